@@ -1,0 +1,62 @@
+#pragma once
+
+#include "app/CommandArgs.h"
+#include "app/TextTable.h"
+#include "settings/clsREG.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <memory>
+
+class OraSession;
+class OraDatabase;
+class clsPrinter;
+
+// Everything the windows share, in one object that main() creates and hands to each window by
+// reference. A test builds a fresh one.
+struct BDBSWEEP final {
+  static inline const QString NotConnectedText = QStringLiteral("オラクルに接続していません。");
+
+  // The connection: replaced only by a successful logon, so a failed one keeps the old.
+  std::shared_ptr<OraSession> gSession;
+  std::shared_ptr<OraDatabase> gDatabase;
+
+  // The current or last attempted logon; gUser is also the owner every catalogue query asks for.
+  QString gHost;
+  QString gUser;
+  QString gPassword;
+
+  QString gOracleHome;
+  QString gOo4oVersionText;
+  QString gOracleVersionText = NotConnectedText;
+  QString gWindowsUser;
+  CommandArgs gCommandArgs;
+
+  // The SQL a job, the data button or the export prepared last, and its filter part (or
+  // "TRUNCATE" / "DROP" after those jobs).
+  QString gLastSql;
+  QString gLastWhere;
+
+  std::unique_ptr<clsREG> gRegistry;
+  std::shared_ptr<clsPrinter> gPrinter;
+
+  // Catalogue tables, rebuilt by their loaders; row r matches grid row r.
+  TextTable gTables{2};
+  TextTable gColumns{2};
+  TextTable gColumnInfo{5};
+  TextTable gTargets{2};
+  TextTable gIndexes{2};
+  TextTable gIndexColumns{2};
+
+  // Hand-over between windows.
+  QString gInfoTable;
+  QString gInfoTableName;
+  QString gPickedValue;
+  QString gPickColumnID;
+  QString gPickColumnName;
+  QString gColSearchName;
+  QPointer<QObject> gScrollTarget;
+  bool gCancelRequested = false;
+};

@@ -1,0 +1,17 @@
+#include "app/JVK_CmnUi.h"
+
+#include <QClipboard>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QListWidget>
+
+void CopyTextToClipboard(const QString& text) { QGuiApplication::clipboard()->setText(text); }
+
+void AddListItemWithData(QListWidget* list, const QString& text, qint32 data) {
+  auto* item = new QListWidgetItem(text, list);
+  item->setData(Qt::UserRole, data);
+}
+
+QString BrowseForFolder(QWidget* parent, const QString& title, const QString& startFolder) {
+  return QFileDialog::getExistingDirectory(parent, title, startFolder);
+}

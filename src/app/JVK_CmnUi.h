@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+class QListWidget;
+class QWidget;
+
+// The common routines that need widgets.
+
+// Replaces the clipboard's contents with text.
+void CopyTextToClipboard(const QString& text);
+
+// Adds text as a new item of list and stores data as that item's number (Qt::UserRole).
+void AddListItemWithData(QListWidget* list, const QString& text, qint32 data);
+
+// Asks for a folder; "" when the user cancels.
+QString BrowseForFolder(QWidget* parent, const QString& title, const QString& startFolder = QString());

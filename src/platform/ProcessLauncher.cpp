@@ -1,0 +1,7 @@
+#include "platform/ProcessLauncher.h"
+
+#include <QProcess>
+
+bool DetachedProcessLauncher::start(const QString& program, const QStringList& arguments, WindowState) {
+  return QProcess::startDetached(program, arguments);
+}

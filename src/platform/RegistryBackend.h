@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+// A value as the settings store holds it. Text values are the normal case; a DWORD value reads back
+// as its decimal number, and any other kind of value reads as absent.
+struct RegValue final {
+  enum class Type { Text, ExpandText, DWord, Other };
+  Type type = Type::Text;
+  QString text;
+  quint32 dword = 0;
+};
+
+// Raised by a backend when the store itself fails (a file that cannot be written, a lock that is
+// never released). A missing key or value is not an error: reads say "absent" instead.
+struct RegistryError final {
+  int number = 0;
+  QString description;
+};
+
+// One place where settings live, addressed as registry-style key paths ("SOFTWARE\JVK\...") under a
+// root handle. Value names are matched without regard to case, as registry value names are.
+class RegistryBackend {
+public:
+  static constexpr quint32 HKeyLocalMachine = 0x80000002u;
+
+  virtual ~RegistryBackend() = default;
+  virtual std::optional<RegValue> read(quint32 root, const QString& keyPath, const QString& name) = 0;
+  virtual void write(quint32 root, const QString& keyPath, const QString& name, const QString& value) = 0;
+  virtual void remove(quint32 root, const QString& keyPath, const QString& name) = 0;
+};

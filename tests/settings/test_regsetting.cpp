@@ -1,0 +1,234 @@
+#include "ScriptedMessageBoxes.h"
+#include "platform/PlatformRegistry.h"
+#include "settings/RegSetting.h"
+#include "settings/clsREG.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+// A backend that fails the way a broken store would.
+class FailingBackend final : public RegistryBackend {
+public:
+  std::optional<RegValue> read(quint32, const QString&, const QString&) override {
+    throw RegistryError{13, QStringLiteral("Permission denied")};
+  }
+  void write(quint32, const QString&, const QString&, const QString&) override {}
+  void remove(quint32, const QString&, const QString&) override {}
+};
+
+} // namespace
+
+class TestRegSetting final : public QObject {
+  Q_OBJECT
+
+  struct Store {
+    explicit Store(const QProcessEnvironment& env = {})
+        : registry({dir.path() + QStringLiteral("/config"), dir.path() + QStringLiteral("/autostart")}, env),
+          reg(registry, boxes) {}
+    QString get(const QString& area, const QString& key, const QString& def) {
+      return RegSetting(reg, QStringLiteral("R"), area, key, def);
+    }
+    QTemporaryDir dir;
+    ScriptedMessageBoxes boxes;
+    PlatformRegistry registry;
+    clsREG reg;
+  };
+
+private Q_SLOTS:
+  void readsDefaultWhenAbsentOrEmpty() {
+    Store s;
+    QCOMPARE(s.get("JVK", "FormLeft", "0"), QString("0"));
+    QCOMPARE(RegSetting(s.reg, "W", "JVK", "FormLeft", QString("1200")), QString());
+    QCOMPARE(s.get("JVK", "FormLeft", "0"), QString("1200"));
+    RegSetting(s.reg, "w", "jvk", "FormLeft", QString());
+    QCOMPARE(s.get("JVK", "FormLeft", "0"), QString("0"));
+    QCOMPARE(RegSetting(s.reg, "r", "jvk", "FormLeft", QString("7")), QString("7"));
+  }
+
+  void keysIgnoreCaseAndKeepTheirFirstSpelling() {
+    Store s;
+    RegSetting(s.reg, "W", "JVK", "CHILDPARA3", QString("2"));
+    QCOMPARE(s.get("JVK", "CHILDpara3", "0"), QString("2"));
+    RegSetting(s.reg, "W", "JVK", "childpara3", QString("1"));
+    QCOMPARE(s.get("JVK", "CHILDPARA3", "0"), QString("1"));
+    QFile f(s.dir.path() + "/config/SOFTWARE/JVK/DBSWEEP/Settings.ini");
+    QVERIFY(f.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(f.readAll());
+    QVERIFY(text.contains("\"CHILDPARA3\"=\"1\""));
+    QCOMPARE(text.count("CHILDPARA3", Qt::CaseInsensitive), 1);
+    RegSetting(s.reg, "d", "JVK", "ChildPara3", QString());
+    QCOMPARE(s.get("JVK", "CHILDPARA3", "0"), QString("0"));
+  }
+
+  void nulCutsWrittenValueAndCallersVariable() {
+    Store s;
+    QString value = QString("abc") + QChar(u'\0') + QString("def");
+    RegSetting(s.reg, "W", "JVK", "Name", value);
+    QCOMPARE(value, QString("abc"));
+    QCOMPARE(s.get("JVK", "Name", "x"), QString("abc"));
+    // A value that holds a NUL on disk (written by another tool) is cut on read.
+    QFile f(s.dir.path() + "/config/SOFTWARE/JVK/DBSWEEP/Settings.ini");
+    QVERIFY(f.open(QIODevice::Append));
+    f.write(QByteArray("\"Raw\"=\"left", 11) + QByteArray(1, '\0') + QByteArray("right\"\n"));
+    f.close();
+    QCOMPARE(s.get("JVK", "Raw", "x"), QString("left"));
+  }
+
+  void dwordReadsAsDecimalAndOtherKindsAsAbsent() {
+    Store s;
+    RegSetting(s.reg, "W", "JVK", "Seed", QString("1"));
+    QFile f(s.dir.path() + "/config/SOFTWARE/JVK/DBSWEEP/Settings.ini");
+    QVERIFY(f.open(QIODevice::Append));
+    f.write("\"Count\"=dword:0000002a\n\"Blob\"=hex:01,02\n\"Path\"=expand:\"/opt/x\"\n");
+    f.close();
+    QCOMPARE(s.get("JVK", "Count", "0"), QString("42"));
+    QCOMPARE(s.get("JVK", "Blob", "none"), QString("none"));
+    QCOMPARE(s.get("JVK", "Path", "none"), QString("/opt/x"));
+    // Rewriting the file keeps what it could not read.
+    RegSetting(s.reg, "W", "JVK", "Seed", QString("2"));
+    QCOMPARE(s.get("JVK", "Count", "0"), QString("42"));
+    QVERIFY(f.open(QIODevice::ReadOnly));
+    QVERIFY(f.readAll().contains("\"Blob\"=hex:01,02"));
+  }
+
+  void unknownModesAndAreasChangeNothing() {
+    Store s;
+    QCOMPARE(RegSetting(s.reg, "X", "JVK", "FormTop", QString("5")), QString("ERROR"));
+    QCOMPARE(RegSetting(s.reg, "", "JVK", "FormTop", QString("5")), QString("ERROR"));
+    QCOMPARE(RegSetting(s.reg, "W", "Jvk", "FormTop", QString("5")), QString("ERROR"));
+    QCOMPARE(RegSetting(s.reg, "W", "XYZ", "FormTop", QString("5")), QString("ERROR"));
+    QCOMPARE(s.get("JVK", "FormTop", "0"), QString("0"));
+    QVERIFY(!QFile::exists(s.dir.path() + "/config"));
+  }
+
+  void areasSelectTheirKeyPaths_data() {
+    QTest::addColumn<QString>("area");
+    QTest::addColumn<QString>("path");
+    QTest::newRow("JVK") << "JVK"
+                         << R"(SOFTWARE\JVK\DBSWEEP\Settings)";
+    QTest::newRow("run") << "run"
+                         << R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Run)";
+    QTest::newRow("ORA") << "ORA"
+                         << R"(SOFTWARE\ORACLE\ALL_HOMES)";
+    QTest::newRow("ora5") << "ora5"
+                          << R"(SOFTWARE\ORACLE\HOME5)";
+    QTest::newRow("ORA0") << "ORA0"
+                          << R"(SOFTWARE\ORACLE\HOME0)";
+    QTest::newRow("ORA99") << "ORA99"
+                           << R"(SOFTWARE\ORACLE\HOME99)";
+    // Recognised by text comparison, not by number.
+    QTest::newRow("ORA1X") << "ORA1X"
+                           << R"(SOFTWARE\ORACLE\HOME1X)";
+    QTest::newRow("ORA100") << "ORA100"
+                            << R"(SOFTWARE\ORACLE\HOME100)";
+    QTest::newRow("ORANone") << "ORANone"
+                             << "";
+    QTest::newRow("ORA990") << "ORA990"
+                            << "";
+    QTest::newRow("Ora5") << "Ora5"
+                          << "";
+    QTest::newRow("Run") << "Run"
+                         << "";
+  }
+
+  void areasSelectTheirKeyPaths() {
+    QFETCH(QString, area);
+    QFETCH(QString, path);
+    Store s;
+    const QString result = s.get(area, "Anything", "dflt");
+    if (path.isEmpty()) {
+      QCOMPARE(result, QString("ERROR"));
+    } else {
+      QCOMPARE(result, QString("dflt"));
+      QCOMPARE(s.reg.KeyPath(), path);
+    }
+  }
+
+  void runAreaIsTheAutostartEntry() {
+    Store s;
+    const QString exec = "/opt/dbsweep/dbsweep-tray --x=100%";
+    QCOMPARE(s.get("RUN", "DBSWEEP", "NONE"), QString("NONE"));
+    RegSetting(s.reg, "W", "RUN", "DBSWEEP", exec);
+    const QString file = s.dir.path() + "/autostart/DBSWEEP.desktop";
+    QFile f(file);
+    QVERIFY(f.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(f.readAll());
+    QVERIFY(text.startsWith("[Desktop Entry]\n"));
+    QVERIFY(text.contains("\nExec=/opt/dbsweep/dbsweep-tray --x=100%%\n"));
+    f.close();
+    QCOMPARE(s.get("run", "dbsweep", "NONE"), exec);
+    RegSetting(s.reg, "D", "RUN", "DBSWEEP", QString());
+    QVERIFY(!QFile::exists(file));
+    QCOMPARE(s.get("RUN", "DBSWEEP", "NONE"), QString("NONE"));
+  }
+
+  void oracleAreasShowTheClientHome() {
+    QTemporaryDir client;
+    QProcessEnvironment withHome;
+    withHome.insert("ORACLE_HOME", "/opt/oracle/product/19c/client_1/");
+    {
+      Store s(withHome);
+      const QString last = s.get("ORA", "LAST_HOME", "None");
+      QCOMPARE(last, QString("0"));
+      QCOMPARE(s.get("ORA" + last, "ORACLE_HOME", "0"), QString("/opt/oracle/product/19c/client_1"));
+      // The client's keys are not ours to change.
+      RegSetting(s.reg, "W", "ORA0", "ORACLE_HOME", QString("/elsewhere"));
+      QCOMPARE(s.get("ORA0", "ORACLE_HOME", "0"), QString("/opt/oracle/product/19c/client_1"));
+    }
+    QFile lib(client.path() + "/libclntsh.so.19.1");
+    QVERIFY(lib.open(QIODevice::WriteOnly));
+    lib.close();
+    QProcessEnvironment instant;
+    instant.insert("LD_LIBRARY_PATH", "/nonexistent:" + client.path());
+    {
+      Store s(instant);
+      QCOMPARE(s.get("ORA", "LAST_HOME", "None"), QString("0"));
+      QCOMPARE(s.get("ora0", "oracle_home", "0"), client.path());
+    }
+    {
+      Store s; // no client at all
+      const QString last = s.get("ORA", "LAST_HOME", "None");
+      QCOMPARE(last, QString("None"));
+      QCOMPARE(s.get("ORA" + last, "ORACLE_HOME", "0"), QString("ERROR"));
+    }
+  }
+
+  void storeFailuresAreReportedAndReadGivesDefault() {
+    Store s;
+    // The configuration folder cannot be created where a file stands.
+    QFile blocker(s.dir.path() + "/config");
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    s.boxes.expect(MessageBoxes::Answer::Ok);
+    RegSetting(s.reg, "W", "JVK", "FormLeft", QString("1"));
+    QCOMPARE(s.boxes.shown().size(), 1);
+    QCOMPARE(s.boxes.shown()[0].title, QString("WriteEntry"));
+    QVERIFY(s.boxes.shown()[0].text.startsWith("Error: "));
+    QCOMPARE(s.boxes.shown()[0].buttons, MessageBoxes::Buttons::Ok);
+
+    FailingBackend failing;
+    ScriptedMessageBoxes boxes;
+    clsREG reg(failing, boxes);
+    boxes.expect(MessageBoxes::Answer::Ok);
+    QCOMPARE(RegSetting(reg, "R", "JVK", "FormLeft", QString("0")), QString("0"));
+    QCOMPARE(boxes.shown().size(), 1);
+    QCOMPARE(boxes.shown()[0].text, QString("Error: 13. Permission denied"));
+    QCOMPARE(boxes.shown()[0].title, QString("ReadEntry"));
+  }
+
+  void keyPathDropsTrailingBackslash() {
+    Store s;
+    s.reg.setRegBase("A");
+    s.reg.setProgram("B");
+    s.reg.setSection("");
+    QCOMPARE(s.reg.KeyPath(), QString(R"(SOFTWARE\A\B)"));
+    s.reg.setSection("C");
+    QCOMPARE(s.reg.KeyPath(), QString(R"(SOFTWARE\A\B\C)"));
+  }
+};
+
+QTEST_GUILESS_MAIN(TestRegSetting)
+#include "test_regsetting.moc"

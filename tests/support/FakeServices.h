@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/ProcessLauncher.h"
+
+#include <QList>
+
+// A clock the test sets by hand.
+class ManualClock final : public Clock {
+public:
+  QDateTime now() const override { return m_now; }
+  qint64 tickMs() const override { return m_tick; }
+  qint32 uptimeMs() const override { return m_uptime; }
+
+  void setNow(const QDateTime& now) { m_now = now; }
+  void advance(qint64 ms) {
+    m_now = m_now.addMSecs(ms);
+    m_tick += ms;
+    m_uptime = qint32(quint32(m_uptime) + quint32(ms));
+  }
+  void setUptime(qint32 ms) { m_uptime = ms; }
+
+private:
+  QDateTime m_now = QDateTime(QDate(2026, 1, 5), QTime(9, 0));
+  qint64 m_tick = 0;
+  qint32 m_uptime = 0;
+};
+
+// Records the programs it is asked to start instead of starting them.
+class RecordingLauncher final : public ProcessLauncher {
+public:
+  struct Launch {
+    QString program;
+    QStringList arguments;
+    WindowState state;
+  };
+
+  bool start(const QString& program, const QStringList& arguments, WindowState state) override {
+    m_launches.append({program, arguments, state});
+    return m_succeeds;
+  }
+  const QList<Launch>& launches() const { return m_launches; }
+  void setSucceeds(bool s) { m_succeeds = s; }
+
+private:
+  QList<Launch> m_launches;
+  bool m_succeeds = true;
+};
