@@ -27,6 +27,8 @@ struct BDBSWEEP final {
   QString gHost;
   QString gUser;
   QString gPassword;
+  // What the main window's lblOra shows: the user and host of the last logon attempt.
+  QString gLogonCaption = QStringLiteral("User:\r\nHost:");
 
   QString gOracleHome;
   QString gOo4oVersionText;

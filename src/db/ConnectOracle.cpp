@@ -1,0 +1,28 @@
+#include "db/ConnectOracle.h"
+
+#include "app/BDBSWEEP.h"
+#include "app/JVK_Cmn.h"
+#include "db/OraError.h"
+#include "db/OraSession.h"
+#include "widgets/MessageBoxes.h"
+
+bool OpenOraDatabase(BDBSWEEP& state, const DbEnvironment& env) {
+  try {
+    state.gSession = std::make_shared<OraSession>(env);
+    state.gDatabase = state.gSession->OpenDatabase(state.gHost, state.gUser + u'/' + state.gPassword, 0);
+    return true;
+  } catch (const OraError&) {
+    return false;
+  }
+}
+
+bool ConnectOracle(BDBSWEEP& state, MessageBoxes& boxes, const DbEnvironment& env) {
+  state.gLogonCaption = QStringLiteral("User:") + state.gUser + QStringLiteral("\r\nHost:") + state.gHost;
+  if (OpenOraDatabase(state, env)) {
+    state.gWindowsUser = GetWindowsUserName();
+    return true;
+  }
+  boxes.show(QStringLiteral("オラクルセッションが確立できません。"), QStringLiteral("エラー"),
+             MessageBoxes::Buttons::Ok, MessageBoxes::Icon::Critical);
+  return false;
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "db/OraDynaset.h"
+
+#include <QString>
+
+#include <memory>
+
+// What a backend provides: one logged-on connection. Outside begin() every statement commits by
+// itself; after begin() nothing commits until commit() (or DDL) and rollback() undoes it.
+class DbConnection {
+public:
+  virtual ~DbConnection() = default;
+  virtual std::unique_ptr<OraDynaset> query(const QString& sql, int options) = 0;
+  virtual qint64 execute(const QString& sql) = 0;
+  virtual void begin() = 0;
+  virtual void commit() = 0;
+  virtual void rollback() = 0;
+  virtual QString serverVersion() = 0;
+  virtual QString clientVersion() = 0;
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+#include <QVariant>
+
+// The rows of a query, positioned on the first row when created. A field value is a QVariant;
+// Null is an invalid QVariant, distinct from "" (which Oracle itself never stores).
+class OraDynaset {
+public:
+  // Options of CreateDynaset.
+  static constexpr int Updatable = 0;
+  static constexpr int ReadOnly = 4;
+  static constexpr int NoCache = 8;
+
+  virtual ~OraDynaset() = default;
+
+  // Number of rows of the whole result (fetches to the end when needed; the position stays).
+  virtual qint64 RecordCount() = 0;
+  virtual int FieldCount() const = 0;
+  virtual QString FieldName(int index) const = 0;
+  // The current row's value by column name (any case) or by 0-based position. An unknown name or
+  // position raises an error; so does reading when there is no current row.
+  virtual QVariant Fields(const QString& name) = 0;
+  virtual QVariant Fields(int index) = 0;
+  virtual void MoveNext() = 0;
+  // True once MoveNext has gone past the last row (or the result is empty).
+  virtual bool IsEOF() = 0;
+  // Deletes the current row from its table (updatable dynasets only).
+  virtual void Delete() = 0;
+  virtual void Close() = 0;
+};

@@ -1,0 +1,178 @@
+#include "db/local/Catalogue.h"
+
+#include "db/local/Sqlite.h"
+
+#include <QCryptographicHash>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+
+namespace Catalogue {
+
+QString schemaFile(const QString& folder, const QString& owner) {
+  return folder + u'/' + owner + QStringLiteral(".schema");
+}
+
+void create(sqlite3* db) {
+  sqliteExec(db, QStringLiteral(R"(
+CREATE TABLE CAT.users(username TEXT PRIMARY KEY, password TEXT NOT NULL, is_dba INTEGER NOT NULL DEFAULT 0,
+  user_id INTEGER NOT NULL, created TEXT NOT NULL);
+CREATE TABLE CAT.sessions(sid INTEGER PRIMARY KEY, serial INTEGER NOT NULL, username TEXT, osuser TEXT, machine TEXT,
+  program TEXT, pid INTEGER, logon_time TEXT, killed INTEGER NOT NULL DEFAULT 0);
+CREATE TABLE CAT.counters(name TEXT PRIMARY KEY, value INTEGER NOT NULL);
+CREATE TABLE CAT.objects(owner TEXT, name TEXT, type TEXT NOT NULL, created TEXT, PRIMARY KEY(owner, name));
+CREATE TABLE CAT.tables(owner TEXT, table_name TEXT, iot INTEGER NOT NULL DEFAULT 0, num_rows INTEGER,
+  PRIMARY KEY(owner, table_name));
+CREATE INDEX CAT.tables_name ON tables(table_name);
+CREATE TABLE CAT.views(owner TEXT, view_name TEXT, text TEXT, PRIMARY KEY(owner, view_name));
+CREATE TABLE CAT.columns(owner TEXT, table_name TEXT, column_name TEXT, column_id INTEGER, data_type TEXT,
+  data_length INTEGER, data_precision INTEGER, data_scale INTEGER, nullable TEXT, char_length INTEGER,
+  data_default TEXT, declared TEXT, PRIMARY KEY(owner, table_name, column_name));
+CREATE INDEX CAT.columns_table ON columns(table_name, column_id);
+CREATE INDEX CAT.columns_column ON columns(column_name, table_name);
+CREATE TABLE CAT.comments(owner TEXT, table_name TEXT, column_name TEXT, comments TEXT,
+  PRIMARY KEY(owner, table_name, column_name));
+CREATE TABLE CAT.constraints(owner TEXT, constraint_name TEXT, constraint_type TEXT, table_name TEXT,
+  search_condition TEXT, r_owner TEXT, r_constraint_name TEXT, delete_rule TEXT, status TEXT,
+  generated TEXT, index_name TEXT, PRIMARY KEY(owner, constraint_name));
+CREATE INDEX CAT.constraints_table ON constraints(owner, table_name);
+CREATE TABLE CAT.cons_columns(owner TEXT, constraint_name TEXT, table_name TEXT, column_name TEXT, position INTEGER,
+  PRIMARY KEY(owner, constraint_name, column_name));
+CREATE TABLE CAT.indexes(owner TEXT, index_name TEXT, table_owner TEXT, table_name TEXT, uniqueness TEXT,
+  sqlite INTEGER NOT NULL DEFAULT 1, PRIMARY KEY(owner, index_name));
+CREATE INDEX CAT.indexes_table ON indexes(table_owner, table_name);
+CREATE TABLE CAT.ind_columns(index_owner TEXT, index_name TEXT, table_owner TEXT, table_name TEXT, column_name TEXT,
+  column_position INTEGER, column_length INTEGER, descend TEXT, PRIMARY KEY(index_owner, index_name, column_position));
+CREATE INDEX CAT.ind_columns_table ON ind_columns(table_name);
+CREATE TABLE CAT.sequences(owner TEXT, sequence_name TEXT, min_value INTEGER, max_value INTEGER,
+  increment_by INTEGER, cycle_flag TEXT, last_number INTEGER, PRIMARY KEY(owner, sequence_name));
+)"));
+}
+
+void installViews(sqlite3* db, const QString& user, qint64 sid) {
+  const QString me = QStringLiteral("'") + QString(user).replace(u'\'', QStringLiteral("''")) + u'\'';
+  struct View {
+    const char* name;
+    const char* select;
+    const char* ownerColumn; // dropped from the USER_ twin; null: no twin
+  };
+  static const View views[] = {
+      {"ALL_TABLES",
+       "SELECT owner AS OWNER, table_name AS TABLE_NAME, 'USERS' AS TABLESPACE_NAME, "
+       "CASE iot WHEN 1 THEN 'IOT' END AS IOT_TYPE, num_rows AS NUM_ROWS FROM CAT.tables",
+       "OWNER"},
+      {"ALL_VIEWS",
+       "SELECT owner AS OWNER, view_name AS VIEW_NAME, length(text) AS TEXT_LENGTH, text AS TEXT FROM CAT.views",
+       "OWNER"},
+      {"ALL_TAB_COMMENTS",
+       "SELECT o.owner AS OWNER, o.name AS TABLE_NAME, o.type AS TABLE_TYPE, c.comments AS COMMENTS FROM CAT.objects o "
+       "LEFT JOIN CAT.comments c ON c.owner = o.owner AND c.table_name = o.name AND c.column_name = '' "
+       "WHERE o.type IN ('TABLE', 'VIEW')",
+       "OWNER"},
+      {"ALL_COL_COMMENTS",
+       "SELECT t.owner AS OWNER, t.table_name AS TABLE_NAME, t.column_name AS COLUMN_NAME, c.comments AS COMMENTS "
+       "FROM CAT.columns t LEFT JOIN CAT.comments c ON c.owner = t.owner AND c.table_name = t.table_name "
+       "AND c.column_name = t.column_name",
+       "OWNER"},
+      {"ALL_TAB_COLUMNS",
+       "SELECT owner AS OWNER, table_name AS TABLE_NAME, column_name AS COLUMN_NAME, data_type AS DATA_TYPE, "
+       "data_length AS DATA_LENGTH, data_precision AS DATA_PRECISION, data_scale AS DATA_SCALE, nullable AS NULLABLE, "
+       "column_id AS COLUMN_ID, data_default AS DATA_DEFAULT, char_length AS CHAR_LENGTH FROM CAT.columns",
+       "OWNER"},
+      {"ALL_CONSTRAINTS",
+       "SELECT owner AS OWNER, constraint_name AS CONSTRAINT_NAME, constraint_type AS CONSTRAINT_TYPE, "
+       "table_name AS TABLE_NAME, search_condition AS SEARCH_CONDITION, r_owner AS R_OWNER, "
+       "r_constraint_name AS R_CONSTRAINT_NAME, delete_rule AS DELETE_RULE, status AS STATUS, "
+       "'NOT DEFERRABLE' AS DEFERRABLE, 'VALIDATED' AS VALIDATED, generated AS GENERATED, "
+       "index_name AS INDEX_NAME FROM CAT.constraints",
+       nullptr},
+      {"ALL_CONS_COLUMNS",
+       "SELECT owner AS OWNER, constraint_name AS CONSTRAINT_NAME, table_name AS TABLE_NAME, column_name AS "
+       "COLUMN_NAME, "
+       "position AS POSITION FROM CAT.cons_columns",
+       nullptr},
+      {"ALL_INDEXES",
+       "SELECT owner AS OWNER, index_name AS INDEX_NAME, 'NORMAL' AS INDEX_TYPE, table_owner AS TABLE_OWNER, "
+       "table_name AS TABLE_NAME, 'TABLE' AS TABLE_TYPE, uniqueness AS UNIQUENESS FROM CAT.indexes",
+       "OWNER"},
+      {"ALL_IND_COLUMNS",
+       "SELECT index_owner AS INDEX_OWNER, index_name AS INDEX_NAME, table_owner AS TABLE_OWNER, "
+       "table_name AS TABLE_NAME, column_name AS COLUMN_NAME, column_position AS COLUMN_POSITION, "
+       "column_length AS COLUMN_LENGTH, descend AS DESCEND FROM CAT.ind_columns",
+       "INDEX_OWNER"},
+      {"ALL_SEQUENCES",
+       "SELECT owner AS SEQUENCE_OWNER, sequence_name AS SEQUENCE_NAME, min_value AS MIN_VALUE, max_value AS "
+       "MAX_VALUE, "
+       "increment_by AS INCREMENT_BY, cycle_flag AS CYCLE_FLAG, last_number AS LAST_NUMBER FROM CAT.sequences",
+       "SEQUENCE_OWNER"},
+      {"ALL_OBJECTS",
+       "SELECT owner AS OWNER, name AS OBJECT_NAME, type AS OBJECT_TYPE, created AS CREATED, 'VALID' AS STATUS "
+       "FROM CAT.objects",
+       "OWNER"},
+      {"ALL_USERS", "SELECT username AS USERNAME, user_id AS USER_ID, created AS CREATED FROM CAT.users", nullptr},
+  };
+  // Oracle's column names include SQLite keywords (DEFERRABLE, GENERATED ...): quote them all.
+  static const QRegularExpression alias(QStringLiteral("\\bAS ([A-Z_]+)\\b"));
+  QString sql;
+  for (const View& v : views) {
+    const QString select = QString::fromLatin1(v.select).replace(alias, QStringLiteral("AS \"\\1\""));
+    sql += QStringLiteral("CREATE TEMP VIEW \"%1\" AS %2;\n").arg(QLatin1String(v.name), select);
+    // DBA_ views show the same: every owner's objects are visible here.
+    sql += QStringLiteral("CREATE TEMP VIEW \"DBA_%1\" AS SELECT * FROM \"%2\";\n")
+               .arg(QLatin1String(v.name + 4), QLatin1String(v.name));
+    if (!v.ownerColumn)
+      continue;
+    sql += QStringLiteral("CREATE TEMP VIEW \"USER_%1\" AS SELECT * FROM \"%2\" WHERE \"%3\" = %4;\n")
+               .arg(QLatin1String(v.name + 4), QLatin1String(v.name), QLatin1String(v.ownerColumn), me);
+  }
+  // Oracle's USER_CONSTRAINTS and USER_CONS_COLUMNS keep their OWNER column.
+  sql +=
+      QStringLiteral("CREATE TEMP VIEW \"USER_CONSTRAINTS\" AS SELECT * FROM \"ALL_CONSTRAINTS\" WHERE OWNER = %1;\n"
+                     "CREATE TEMP VIEW \"USER_CONS_COLUMNS\" AS SELECT * FROM \"ALL_CONS_COLUMNS\" WHERE OWNER = %1;\n")
+          .arg(me);
+  sql += QStringLiteral(
+             "CREATE TEMP VIEW \"V$SESSION\" AS SELECT sid AS SID, serial AS \"SERIAL#\", username AS USERNAME, "
+             "osuser AS OSUSER, machine AS MACHINE, program AS PROGRAM, 'USER' AS TYPE, "
+             "CASE WHEN killed = 1 THEN 'KILLED' WHEN sid = %1 THEN 'ACTIVE' ELSE 'INACTIVE' END AS STATUS, "
+             "logon_time AS LOGON_TIME FROM CAT.sessions;\n"
+             "CREATE TEMP VIEW \"GV$SESSION\" AS SELECT 1 AS INST_ID, * FROM \"V$SESSION\";\n"
+             "CREATE TEMP VIEW \"DUAL\" AS SELECT 'X' AS DUMMY;\n")
+             .arg(sid);
+  sqliteExec(db, sql);
+}
+
+namespace {
+
+QByteArray stretch(const QByteArray& salt, const QString& password) {
+  QByteArray digest = salt + password.toUtf8();
+  for (int i = 0; i < 20000; ++i)
+    digest = QCryptographicHash::hash(salt + digest, QCryptographicHash::Sha256);
+  return digest;
+}
+
+} // namespace
+
+QString hashPassword(const QString& password) {
+  QByteArray salt(16, '\0');
+  for (char& c : salt)
+    c = char(QRandomGenerator::system()->bounded(256));
+  return QString::fromLatin1(salt.toHex() + '$' + stretch(salt, password).toHex());
+}
+
+bool checkPassword(const QString& password, const QString& stored) {
+  const auto parts = stored.split(u'$');
+  if (parts.size() != 2)
+    return false;
+  const QByteArray salt = QByteArray::fromHex(parts[0].toLatin1());
+  // Oracle passwords compare without regard to case only in old releases; ours are exact.
+  return stretch(salt, password).toHex() == parts[1].toLatin1();
+}
+
+qint64 nextCounter(sqlite3* db, const QString& name) {
+  sqliteExec(db,
+             QStringLiteral("INSERT INTO CAT.counters(name, value) VALUES (?1, 1) "
+                            "ON CONFLICT(name) DO UPDATE SET value = value + 1"),
+             {name});
+  return sqliteValue(db, QStringLiteral("SELECT value FROM CAT.counters WHERE name = ?1"), {name}).toLongLong();
+}
+
+} // namespace Catalogue

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+
+#include <sqlite3.h>
+
+// The catalogue file of an instance: users, sessions, sequences and the data dictionary, as
+// plain tables maintained by the statements that change them. Every connection attaches it as
+// CAT and sees the dictionary through Oracle's views, created per connection.
+namespace Catalogue {
+
+inline const QString FileName = QStringLiteral("catalogue.db");
+
+// The SQLite file holding owner's tables.
+QString schemaFile(const QString& folder, const QString& owner);
+
+// Creates the catalogue's tables in the database attached as CAT.
+void create(sqlite3* db);
+
+// Oracle's dictionary views (ALL_*, USER_*, V$SESSION, DUAL) for one session, as temporary views.
+void installViews(sqlite3* db, const QString& user, qint64 sid);
+
+// A salted, stretched hash of a password, as "salt$hash" in hex.
+QString hashPassword(const QString& password);
+bool checkPassword(const QString& password, const QString& stored);
+
+// The next number of a named counter (constraint names, session serials).
+qint64 nextCounter(sqlite3* db, const QString& name);
+
+} // namespace Catalogue

@@ -1,0 +1,511 @@
+// The DDL of indexes, views, sequences, comments, drops, users, grants and sessions.
+#include "db/local/Catalogue.h"
+#include "db/local/DdlRunner.h"
+#include "db/local/LocalConnection.h"
+#include "db/local/SessionWatch.h"
+
+#include <QDateTime>
+#include <QFile>
+
+#include <cstring>
+
+namespace {
+
+QString q(const QString& name) { return SqlTranslator::quoteName(name); }
+QString now() { return QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")); }
+
+qint64 signedNumber(TokenCursor& t) {
+  const bool negative = t.accept(u"-");
+  if (!negative)
+    t.accept(u"+");
+  if (t.peek().kind != SqlToken::Kind::Number)
+    TokenCursor::fail(4001);
+  const qint64 n = t.next().text.toLongLong();
+  return negative ? -n : n;
+}
+
+} // namespace
+
+void DdlRunner::createIndex(bool unique) {
+  auto [ownerText, index] = m_t.qualifiedName(953);
+  const QString indexOwner = ownerOr(ownerText);
+  m_t.expect(u"ON", 969);
+  auto [tableOwnerText, table] = m_t.qualifiedName();
+  const QString owner = ownerOr(tableOwnerText.isEmpty() ? ownerText : tableOwnerText);
+  requireAccess(owner);
+  requireAccess(indexOwner);
+  const QString schema = schemaFor(owner, 942);
+  QStringList columns, order;
+  m_t.expect(u"(", 906);
+  do {
+    if (!m_t.peek().isName() || m_t.peek(1).is(u"(") || m_t.peek(1).is(u"||"))
+      throw OraError(3001, QStringLiteral("unimplemented feature"));
+    columns << m_t.name(904);
+    order << (m_t.accept(u"DESC") ? QStringLiteral("DESC") : (m_t.accept(u"ASC"), QStringLiteral("ASC")));
+  } while (m_t.accept(u","));
+  m_t.expect(u")", 907);
+  skipClauses();
+  sqlite3* db = m_c.db();
+  inTransaction([&] {
+    requireTable(owner, table);
+    if (sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.indexes WHERE owner = ?1 AND index_name = ?2"),
+                    {indexOwner, index})
+            .isValid())
+      throw OraError(955, QStringLiteral("name is already used by an existing object"));
+    SqliteStmt same(
+        db, QStringLiteral(
+                "SELECT i.owner, i.index_name FROM CAT.indexes i WHERE i.table_owner = ?1 AND i.table_name = ?2 "
+                "AND ?3 = (SELECT group_concat(column_name, ',') FROM (SELECT column_name FROM CAT.ind_columns k "
+                "WHERE k.index_owner = i.owner AND k.index_name = i.index_name ORDER BY column_position))"));
+    same.bindAll({owner, table, columns.join(u',')});
+    if (same.step())
+      throw OraError(1408, QStringLiteral("such column list already indexed"));
+    sqliteExec(db,
+               QStringLiteral("INSERT INTO CAT.indexes(owner, index_name, table_owner, table_name, uniqueness) VALUES "
+                              "(?1, ?2, ?3, ?4, ?5)"),
+               {indexOwner, index, owner, table, unique ? QStringLiteral("UNIQUE") : QStringLiteral("NONUNIQUE")});
+    for (int i = 0; i < columns.size(); ++i) {
+      const QVariant length =
+          sqliteValue(db,
+                      QStringLiteral("SELECT data_length FROM CAT.columns WHERE owner = ?1 AND table_name = ?2 "
+                                     "AND column_name = ?3"),
+                      {owner, table, columns[i]});
+      if (!length.isValid())
+        throw OraError(904, QStringLiteral("%1: invalid identifier").arg(q(columns[i])));
+      sqliteExec(
+          db,
+          QStringLiteral("INSERT INTO CAT.ind_columns(index_owner, index_name, table_owner, table_name, column_name, "
+                         "column_position, column_length, descend) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"),
+          {indexOwner, index, owner, table, columns[i], i + 1, length, order[i]});
+      columns[i] = q(columns[i]) + u' ' + order[i];
+    }
+    try {
+      sqliteExec(db, QStringLiteral("CREATE %1INDEX %2.%3 ON %4 (%5)")
+                         .arg(unique ? QStringLiteral("UNIQUE ") : QString(), q(schema),
+                              q(QStringLiteral("IX$") + index), q(table), columns.join(QStringLiteral(", "))));
+    } catch (const SqliteFailure& f) {
+      if (f.code == SQLITE_CONSTRAINT_UNIQUE)
+        throw OraError(1452, QStringLiteral("cannot CREATE UNIQUE INDEX; duplicate keys found"));
+      throw;
+    }
+  });
+}
+
+void DdlRunner::createView(bool replace) {
+  auto [ownerText, view] = m_t.qualifiedName();
+  const QString owner = ownerOr(ownerText);
+  requireAccess(owner);
+  const QString schema = schemaFor(owner);
+  QStringList names;
+  if (m_t.peek().is(u"("))
+    names = parseColumnList();
+  m_t.expect(u"AS", 905);
+  const size_t from = m_t.pos();
+  size_t to = m_t.tokens().size() - 1;
+  int depth = 0;
+  for (size_t i = from; i < to; ++i) {
+    const SqlToken& t = m_t.tokens()[i];
+    depth += t.is(u"(") ? 1 : t.is(u")") ? -1 : 0;
+    if (depth == 0 && t.is(u"WITH") && (m_t.tokens()[i + 1].is(u"READ") || m_t.tokens()[i + 1].is(u"CHECK"))) {
+      to = i;
+      break;
+    }
+  }
+  const QString select = m_c.translator().translate(m_t.tokens(), from, to);
+  const QString text = m_t.source(m_sql, from, to);
+  QStringList quoted;
+  for (const QString& n : names)
+    quoted << q(n);
+  sqlite3* db = m_c.db();
+  inTransaction([&] {
+    const auto existing = objectType(owner, view);
+    if (existing && (!replace || *existing != u"VIEW"))
+      throw OraError(955, QStringLiteral("name is already used by an existing object"));
+    if (existing) {
+      sqliteExec(db, QStringLiteral("DROP VIEW %1.%2").arg(q(schema), q(view)));
+      for (const char* table : {"objects", "views", "columns"})
+        sqliteExec(db,
+                   QStringLiteral("DELETE FROM CAT.%1 WHERE owner = ?1 AND %2 = ?2")
+                       .arg(QLatin1String(table), QLatin1String(strcmp(table, "objects") == 0 ? "name"
+                                                                : strcmp(table, "views") == 0 ? "view_name"
+                                                                                              : "table_name")),
+                   {owner, view});
+    }
+    sqliteExec(db,
+               QStringLiteral("CREATE VIEW %1.%2%3 AS %4")
+                   .arg(q(schema), q(view),
+                        quoted.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(quoted.join(QStringLiteral(", "))),
+                        select));
+    SqliteStmt probe(db, QStringLiteral("SELECT * FROM %1.%2").arg(q(schema), q(view)));
+    sqliteExec(db, QStringLiteral("INSERT INTO CAT.objects(owner, name, type, created) VALUES (?1, ?2, 'VIEW', ?3)"),
+               {owner, view, now()});
+    sqliteExec(db, QStringLiteral("INSERT INTO CAT.views(owner, view_name, text) VALUES (?1, ?2, ?3)"),
+               {owner, view, text});
+    for (int i = 0; i < probe.columnCount(); ++i) {
+      // A column taken straight from a table keeps that column's type; an expression is
+      // reported as text.
+      OracleType type;
+      const QString decl = probe.declaredType(i);
+      try {
+        const auto tokens = tokenizeSql(decl.isEmpty() ? QStringLiteral("VARCHAR2(4000)") : decl);
+        TokenCursor c(tokens);
+        type = OracleType::parse(c);
+      } catch (const OraError&) {
+        const auto tokens = tokenizeSql(QStringLiteral("VARCHAR2(4000)"));
+        TokenCursor c(tokens);
+        type = OracleType::parse(c);
+      }
+      addColumn(owner, view, Column{probe.columnName(i), type, QString()}, i + 1);
+    }
+  });
+}
+
+void DdlRunner::createSequence() {
+  auto [ownerText, name] = m_t.qualifiedName();
+  const QString owner = ownerOr(ownerText);
+  requireAccess(owner);
+  schemaFor(owner);
+  qint64 increment = 1;
+  std::optional<qint64> start, low, high;
+  bool cycle = false;
+  while (!m_t.atEnd()) {
+    if (m_t.accept(u"START")) {
+      m_t.expect(u"WITH", 905);
+      start = signedNumber(m_t);
+    } else if (m_t.accept(u"INCREMENT")) {
+      m_t.expect(u"BY", 905);
+      increment = signedNumber(m_t);
+      if (increment == 0)
+        throw OraError(4002, QStringLiteral("INCREMENT must be a nonzero integer"));
+    } else if (m_t.accept(u"MAXVALUE")) {
+      high = signedNumber(m_t);
+    } else if (m_t.accept(u"MINVALUE")) {
+      low = signedNumber(m_t);
+    } else if (m_t.accept(u"CYCLE")) {
+      cycle = true;
+    } else if (m_t.accept(u"CACHE")) {
+      signedNumber(m_t);
+    } else if (m_t.accept(u"NOMAXVALUE") || m_t.accept(u"NOMINVALUE") || m_t.accept(u"NOCYCLE") ||
+               m_t.accept(u"NOCACHE") || m_t.accept(u"ORDER") || m_t.accept(u"NOORDER")) {
+    } else {
+      TokenCursor::fail(933);
+    }
+  }
+  const qint64 lowValue = low.value_or(increment > 0 ? 1 : -999999999999999999LL);
+  const qint64 highValue = high.value_or(increment > 0 ? 999999999999999999LL : -1);
+  const qint64 first = start.value_or(increment > 0 ? lowValue : highValue);
+  if (lowValue >= highValue)
+    throw OraError(4005, QStringLiteral("INCREMENT must be less than MAXVALUE minus MINVALUE"));
+  if (first < lowValue || first > highValue)
+    throw OraError(first < lowValue ? 4006 : 4008, first < lowValue
+                                                       ? QStringLiteral("START WITH cannot be less than MINVALUE")
+                                                       : QStringLiteral("START WITH cannot be more than MAXVALUE"));
+  inTransaction([&] {
+    if (objectType(owner, name))
+      throw OraError(955, QStringLiteral("name is already used by an existing object"));
+    sqliteExec(m_c.db(),
+               QStringLiteral("INSERT INTO CAT.objects(owner, name, type, created) VALUES (?1, ?2, 'SEQUENCE', ?3)"),
+               {owner, name, now()});
+    sqliteExec(m_c.db(),
+               QStringLiteral(
+                   "INSERT INTO CAT.sequences(owner, sequence_name, min_value, max_value, increment_by, cycle_flag, "
+                   "last_number) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
+               {owner, name, lowValue, highValue, increment, cycle ? QStringLiteral("Y") : QStringLiteral("N"), first});
+  });
+}
+
+void DdlRunner::comment() {
+  m_t.expect(u"ON", 905);
+  const bool onTable = m_t.accept(u"TABLE");
+  if (!onTable)
+    m_t.expect(u"COLUMN", 905);
+  QStringList parts{m_t.name()};
+  while (m_t.accept(u"."))
+    parts << m_t.name(904);
+  m_t.expect(u"IS", 905);
+  if (m_t.peek().kind != SqlToken::Kind::String)
+    TokenCursor::fail(933);
+  const QString text = m_t.next().text;
+  if (!m_t.atEnd())
+    TokenCursor::fail(933);
+  const qsizetype objectParts = onTable ? 1 : 2;
+  if (parts.size() < objectParts || parts.size() > objectParts + 1)
+    TokenCursor::fail(onTable ? 903 : 904);
+  const QString owner = ownerOr(parts.size() > objectParts ? parts[0] : QString());
+  const QString table = parts[parts.size() - objectParts];
+  const QString column = onTable ? QString() : parts.last();
+  requireAccess(owner);
+  sqlite3* db = m_c.db();
+  inTransaction([&] {
+    const auto type = objectType(owner, table);
+    if (!type || (*type != u"TABLE" && *type != u"VIEW"))
+      throw OraError(942, QStringLiteral("table or view does not exist"));
+    if (!onTable &&
+        !sqliteValue(
+             db, QStringLiteral("SELECT 1 FROM CAT.columns WHERE owner = ?1 AND table_name = ?2 AND column_name = ?3"),
+             {owner, table, column})
+             .isValid())
+      throw OraError(904, QStringLiteral("%1: invalid identifier").arg(q(column)));
+    // An empty comment is Null: Oracle stores '' as Null.
+    if (text.isEmpty())
+      sqliteExec(db,
+                 QStringLiteral("DELETE FROM CAT.comments WHERE owner = ?1 AND table_name = ?2 AND column_name = ?3"),
+                 {owner, table, column});
+    else
+      sqliteExec(
+          db,
+          QStringLiteral(
+              "INSERT OR REPLACE INTO CAT.comments(owner, table_name, column_name, comments) VALUES (?1, ?2, ?3, ?4)"),
+          {owner, table, column, text});
+  });
+}
+
+void DdlRunner::drop() {
+  if (m_t.accept(u"USER"))
+    return dropUser();
+  const QString kind =
+      m_t.peek().is(u"TABLE") || m_t.peek().is(u"VIEW") || m_t.peek().is(u"INDEX") || m_t.peek().is(u"SEQUENCE")
+          ? m_t.next().upper()
+          : (TokenCursor::fail(950), QString());
+  auto [ownerText, name] = m_t.qualifiedName(kind == u"INDEX" ? 953 : 903);
+  const QString owner = ownerOr(ownerText);
+  requireAccess(owner);
+  const QString schema = schemaFor(owner, 942);
+  sqlite3* db = m_c.db();
+  if (kind == u"TABLE") {
+    bool cascade = false;
+    while (!m_t.atEnd()) {
+      if (m_t.accept(u"CASCADE"))
+        m_t.expect(u"CONSTRAINTS", 905), cascade = true;
+      else if (!m_t.accept(u"PURGE"))
+        TokenCursor::fail(933);
+    }
+    inTransaction([&] {
+      requireTable(owner, name);
+      SqliteStmt children(
+          db, QStringLiteral(
+                  "SELECT c.owner, c.constraint_name, c.table_name FROM CAT.constraints c JOIN CAT.constraints p "
+                  "ON p.owner = c.r_owner AND p.constraint_name = c.r_constraint_name "
+                  "WHERE p.owner = ?1 AND p.table_name = ?2 AND NOT (c.owner = ?1 AND c.table_name = ?2)"));
+      children.bindAll({owner, name});
+      QList<QStringList> dependants;
+      while (children.step())
+        dependants << QStringList{children.text(0), children.text(1), children.text(2)};
+      if (!dependants.isEmpty() && !cascade)
+        throw OraError(2449, QStringLiteral("unique/primary keys in table referenced by foreign keys"));
+      for (const QStringList& d : dependants) {
+        removeConstraint(d[0], d[1]);
+        if (d[0] == owner)
+          rebuild(owner, d[2], schema, nullptr);
+      }
+      dropTable(owner, name);
+      sqliteExec(db, QStringLiteral("DROP TABLE %1.%2").arg(q(schema), q(name)));
+    });
+  } else if (kind == u"VIEW") {
+    if (!m_t.atEnd())
+      TokenCursor::fail(933);
+    inTransaction([&] {
+      if (objectType(owner, name) != QStringLiteral("VIEW"))
+        throw OraError(942, QStringLiteral("table or view does not exist"));
+      dropTable(owner, name);
+      sqliteExec(db, QStringLiteral("DELETE FROM CAT.views WHERE owner = ?1 AND view_name = ?2"), {owner, name});
+      sqliteExec(db, QStringLiteral("DROP VIEW %1.%2").arg(q(schema), q(name)));
+    });
+  } else if (kind == u"INDEX") {
+    inTransaction([&] {
+      SqliteStmt s(db, QStringLiteral("SELECT sqlite FROM CAT.indexes WHERE owner = ?1 AND index_name = ?2"));
+      s.bindAll({owner, name});
+      if (!s.step())
+        throw OraError(1418, QStringLiteral("specified index does not exist"));
+      if (sqliteValue(db,
+                      QStringLiteral(
+                          "SELECT 1 FROM CAT.constraints WHERE owner = ?1 AND index_name = ?2 AND status = 'ENABLED'"),
+                      {owner, name})
+              .isValid())
+        throw OraError(2429, QStringLiteral("cannot drop index used for enforcement of unique/primary key"));
+      const bool inSqlite = s.column(0).toInt() == 1;
+      sqliteExec(db, QStringLiteral("DELETE FROM CAT.ind_columns WHERE index_owner = ?1 AND index_name = ?2"),
+                 {owner, name});
+      sqliteExec(db, QStringLiteral("DELETE FROM CAT.indexes WHERE owner = ?1 AND index_name = ?2"), {owner, name});
+      if (inSqlite)
+        sqliteExec(db, QStringLiteral("DROP INDEX %1.%2").arg(q(schema), q(QStringLiteral("IX$") + name)));
+    });
+  } else {
+    inTransaction([&] {
+      if (objectType(owner, name) != QStringLiteral("SEQUENCE"))
+        throw OraError(2289, QStringLiteral("sequence does not exist"));
+      sqliteExec(db, QStringLiteral("DELETE FROM CAT.sequences WHERE owner = ?1 AND sequence_name = ?2"),
+                 {owner, name});
+      sqliteExec(db, QStringLiteral("DELETE FROM CAT.objects WHERE owner = ?1 AND name = ?2"), {owner, name});
+    });
+  }
+}
+
+// Removes a table's or view's dictionary rows.
+void DdlRunner::dropTable(const QString& owner, const QString& name) {
+  sqlite3* db = m_c.db();
+  sqliteExec(db, QStringLiteral("DELETE FROM CAT.cons_columns WHERE owner = ?1 AND table_name = ?2"), {owner, name});
+  sqliteExec(db, QStringLiteral("DELETE FROM CAT.constraints WHERE owner = ?1 AND table_name = ?2"), {owner, name});
+  sqliteExec(db, QStringLiteral("DELETE FROM CAT.ind_columns WHERE table_owner = ?1 AND table_name = ?2"),
+             {owner, name});
+  sqliteExec(db, QStringLiteral("DELETE FROM CAT.indexes WHERE table_owner = ?1 AND table_name = ?2"), {owner, name});
+  sqliteExec(db, QStringLiteral("DELETE FROM CAT.comments WHERE owner = ?1 AND table_name = ?2"), {owner, name});
+  sqliteExec(db, QStringLiteral("DELETE FROM CAT.columns WHERE owner = ?1 AND table_name = ?2"), {owner, name});
+  sqliteExec(db, QStringLiteral("DELETE FROM CAT.tables WHERE owner = ?1 AND table_name = ?2"), {owner, name});
+  sqliteExec(db, QStringLiteral("DELETE FROM CAT.objects WHERE owner = ?1 AND name = ?2"), {owner, name});
+}
+
+void DdlRunner::truncate() {
+  m_t.expect(u"TABLE", 905);
+  auto [ownerText, table] = m_t.qualifiedName();
+  const QString owner = ownerOr(ownerText);
+  requireAccess(owner);
+  const QString schema = schemaFor(owner, 942);
+  while (!m_t.atEnd())
+    if (!(m_t.accept(u"DROP") || m_t.accept(u"REUSE") || m_t.accept(u"STORAGE")))
+      TokenCursor::fail(933);
+  inTransaction([&] {
+    requireTable(owner, table);
+    if (sqliteValue(
+            m_c.db(),
+            QStringLiteral("SELECT 1 FROM CAT.constraints c JOIN CAT.constraints p ON p.owner = c.r_owner AND "
+                           "p.constraint_name = c.r_constraint_name WHERE p.owner = ?1 AND p.table_name = ?2 AND "
+                           "c.status = 'ENABLED' AND NOT (c.owner = ?1 AND c.table_name = ?2)"),
+            {owner, table})
+            .isValid())
+      throw OraError(2266, QStringLiteral("unique/primary keys in table referenced by enabled foreign keys"));
+    sqliteExec(m_c.db(), QStringLiteral("DELETE FROM %1.%2").arg(q(schema), q(table)));
+  });
+}
+
+void DdlRunner::createUser() {
+  requireDba();
+  const QString user = m_t.name(1935);
+  m_t.expect(u"IDENTIFIED", 905);
+  m_t.expect(u"BY", 905);
+  if (!m_t.peek().isName() && m_t.peek().kind != SqlToken::Kind::String)
+    TokenCursor::fail(988);
+  const QString password = m_t.next().text;
+  skipClauses();
+  inTransaction([&] {
+    if (sqliteValue(m_c.db(), QStringLiteral("SELECT 1 FROM CAT.users WHERE username = ?1"), {user}).isValid())
+      throw OraError(1920, QStringLiteral("user name '%1' conflicts with another user or role name").arg(user));
+    sqliteExec(m_c.db(),
+               QStringLiteral("INSERT INTO CAT.users(username, password, is_dba, user_id, created) "
+                              "SELECT ?1, ?2, 0, coalesce(max(user_id), 100) + 1, ?3 FROM CAT.users"),
+               {user, Catalogue::hashPassword(password), now()});
+    sqlite3* file = nullptr;
+    if (sqlite3_open_v2(Catalogue::schemaFile(m_c.folder(), user).toUtf8().constData(), &file,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) != SQLITE_OK) {
+      sqlite3_close(file);
+      throw OraError(
+          1119, QStringLiteral("error in creating database file '%1'").arg(Catalogue::schemaFile(m_c.folder(), user)));
+    }
+    sqlite3_exec(file, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+    sqlite3_close(file);
+  });
+}
+
+void DdlRunner::alterUser() {
+  const QString user = m_t.name(1935);
+  if (user != m_c.user())
+    requireDba();
+  m_t.expect(u"IDENTIFIED", 905);
+  m_t.expect(u"BY", 905);
+  const QString password = m_t.next().text;
+  skipClauses();
+  inTransaction([&] {
+    sqliteExec(m_c.db(), QStringLiteral("UPDATE CAT.users SET password = ?2 WHERE username = ?1"),
+               {user, Catalogue::hashPassword(password)});
+    if (sqlite3_changes(m_c.db()) == 0)
+      throw OraError(1918, QStringLiteral("user '%1' does not exist").arg(user));
+  });
+}
+
+void DdlRunner::dropUser() {
+  requireDba();
+  const QString user = m_t.name(1935);
+  const bool cascade = m_t.accept(u"CASCADE");
+  if (!m_t.atEnd())
+    TokenCursor::fail(933);
+  if (user == m_c.user())
+    throw OraError(1940, QStringLiteral("cannot drop a user that is currently connected"));
+  sqlite3* db = m_c.db();
+  inTransaction([&] {
+    if (!sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.users WHERE username = ?1"), {user}).isValid())
+      throw OraError(1918, QStringLiteral("user '%1' does not exist").arg(user));
+    SessionWatch::removeDeadSessions(db);
+    if (sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.sessions WHERE username = ?1"), {user}).isValid())
+      throw OraError(1940, QStringLiteral("cannot drop a user that is currently connected"));
+    if (!cascade && sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.objects WHERE owner = ?1"), {user}).isValid())
+      throw OraError(1922, QStringLiteral("CASCADE must be specified to drop '%1'").arg(user));
+    for (const char* sql :
+         {"DELETE FROM CAT.constraints WHERE r_owner = ?1 AND owner <> ?1",
+          "DELETE FROM CAT.cons_columns WHERE owner = ?1", "DELETE FROM CAT.constraints WHERE owner = ?1",
+          "DELETE FROM CAT.ind_columns WHERE index_owner = ?1 OR table_owner = ?1",
+          "DELETE FROM CAT.indexes WHERE owner = ?1 OR table_owner = ?1", "DELETE FROM CAT.comments WHERE owner = ?1",
+          "DELETE FROM CAT.columns WHERE owner = ?1", "DELETE FROM CAT.tables WHERE owner = ?1",
+          "DELETE FROM CAT.views WHERE owner = ?1", "DELETE FROM CAT.sequences WHERE owner = ?1",
+          "DELETE FROM CAT.objects WHERE owner = ?1", "DELETE FROM CAT.users WHERE username = ?1"})
+      sqliteExec(db, QString::fromLatin1(sql), {user});
+  });
+  const QString file = Catalogue::schemaFile(m_c.folder(), user);
+  for (const QString& suffix : {QString(), QStringLiteral("-wal"), QStringLiteral("-shm")})
+    QFile::remove(file + suffix);
+}
+
+void DdlRunner::grant(bool revoke) {
+  QStringList privileges;
+  bool onObject = false;
+  while (!m_t.atEnd() && !m_t.peek().is(revoke ? u"FROM" : u"TO")) {
+    if (m_t.accept(u"ON"))
+      onObject = true;
+    else if (m_t.peek().isName())
+      privileges << m_t.next().upper();
+    else
+      m_t.next();
+  }
+  m_t.expect(revoke ? u"FROM" : u"TO", 905);
+  QStringList grantees;
+  do
+    grantees << m_t.name(987);
+  while (m_t.accept(u","));
+  skipClauses();
+  const bool dba = !onObject && privileges.contains(QStringLiteral("DBA"));
+  if (dba || !onObject)
+    requireDba();
+  inTransaction([&] {
+    for (const QString& g : grantees) {
+      if (g == u"PUBLIC")
+        continue;
+      if (!sqliteValue(m_c.db(), QStringLiteral("SELECT 1 FROM CAT.users WHERE username = ?1"), {g}).isValid())
+        throw OraError(1917, QStringLiteral("user or role '%1' does not exist").arg(g));
+      if (dba)
+        sqliteExec(m_c.db(), QStringLiteral("UPDATE CAT.users SET is_dba = ?2 WHERE username = ?1"),
+                   {g, revoke ? 0 : 1});
+    }
+  });
+}
+
+void DdlRunner::alterSystem() {
+  if (!(m_t.accept(u"KILL") && m_t.accept(u"SESSION")))
+    throw OraError(2065, QStringLiteral("illegal option for ALTER SYSTEM"));
+  requireDba();
+  if (m_t.peek().kind != SqlToken::Kind::String)
+    throw OraError(26, QStringLiteral("missing or invalid session ID"));
+  const QStringList ids = m_t.next().text.split(u',');
+  m_t.accept(u"IMMEDIATE");
+  if (!m_t.atEnd())
+    TokenCursor::fail(933);
+  bool sidOk = false, serialOk = false;
+  const qint64 sid = ids.value(0).trimmed().toLongLong(&sidOk);
+  const qint64 serial = ids.value(1).trimmed().toLongLong(&serialOk);
+  if (ids.size() < 2 || !sidOk || !serialOk)
+    throw OraError(26, QStringLiteral("missing or invalid session ID"));
+  // Killing a session is not DDL: the killer's own pending work stays pending.
+  try {
+    SessionWatch::kill(m_c.side(), sid, serial, m_c.sid());
+  } catch (const SqliteFailure& f) {
+    throw m_c.oracleError(f);
+  }
+}

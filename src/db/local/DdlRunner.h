@@ -1,0 +1,87 @@
+#pragma once
+
+#include "db/local/OracleType.h"
+#include "db/local/TokenCursor.h"
+
+#include <functional>
+#include <optional>
+
+class LocalConnection;
+
+// Runs one DDL statement (and the session-level statements that share its shape: GRANT,
+// ALTER SYSTEM KILL SESSION, users). The dictionary tables are the truth: a table's SQLite
+// definition is generated from them, so adding, enabling or disabling a constraint rebuilds
+// the table from its dictionary rows. Each statement commits what the session had pending and
+// then changes dictionary and schema in one transaction.
+class DdlRunner final {
+public:
+  DdlRunner(LocalConnection& connection, const std::vector<SqlToken>& tokens, const QString& sql);
+  qint64 run();
+
+private:
+  struct Constraint {
+    QString name; // "" until named
+    bool generatedName = false;
+    QChar type; // P U R C
+    QStringList columns;
+    QString condition; // C: source text
+    QString refOwner, refTable;
+    QStringList refColumns;
+    QString deleteRule = QStringLiteral("NO ACTION");
+    bool enabled = true;
+  };
+  struct Column {
+    QString name;
+    OracleType type;
+    QString defaultText;
+  };
+
+  // Statements.
+  void createTable();
+  void createIndex(bool unique);
+  void createView(bool replace);
+  void createSequence();
+  void createUser();
+  void alterTable();
+  void alterUser();
+  void alterSystem();
+  void drop();
+  void dropTable(const QString& owner, const QString& name);
+  void dropUser();
+  void truncate();
+  void comment();
+  void grant(bool revoke);
+
+  // Parsing.
+  Column parseColumn(std::vector<Constraint>& constraints);
+  Constraint parseTableConstraint();
+  void parseInlineConstraint(Constraint& k);
+  void parseReferences(Constraint& k);
+  void parseConstraintState(Constraint& k);
+  QStringList parseColumnList();
+  bool atConstraintStart() const;
+  void skipClauses();
+
+  // Dictionary and schema.
+  QString ownerOr(const QString& owner) const;
+  QString schemaFor(const QString& owner, int missingUserError = 1918);
+  void requireAccess(const QString& owner) const;
+  void requireDba() const;
+  std::optional<QString> objectType(const QString& owner, const QString& name) const;
+  void requireTable(const QString& owner, const QString& table) const;
+  void inTransaction(const std::function<void()>& work);
+  void addColumn(const QString& owner, const QString& table, const Column& column, int columnId);
+  void addConstraint(const QString& owner, const QString& table, Constraint k);
+  void removeConstraint(const QString& owner, const QString& name);
+  void refreshNullable(const QString& owner, const QString& table);
+  void rebuild(const QString& owner, const QString& table, const QString& schema, const Constraint* validating);
+  QString tableDdl(const QString& owner, const QString& table, const QString& target) const;
+  void createSqliteIndexes(const QString& owner, const QString& table, const QString& schema);
+  QString translateCondition(const QString& condition) const;
+  QStringList constraintColumns(const QString& owner, const QString& name) const;
+  QString newConstraintName();
+
+  LocalConnection& m_c;
+  const QString& m_sql;
+  TokenCursor m_t;
+};

@@ -1,0 +1,352 @@
+#include "db/local/LocalConnection.h"
+
+#include "db/local/Catalogue.h"
+#include "db/local/DdlRunner.h"
+#include "db/local/LocalDynaset.h"
+#include "db/local/SqlErrors.h"
+#include "db/local/TokenCursor.h"
+
+#include <QDateTime>
+
+namespace {
+
+constexpr int MaxAttached = 8; // SQLite allows ten: CAT and one spare for the DDL of a DBA
+
+enum class Kind { Query, Dml, Ddl, Transaction, Block, Session, Unknown };
+
+Kind kindOf(const std::vector<SqlToken>& t) {
+  const SqlToken& first = t.front();
+  if (first.is(u"SELECT") || first.is(u"WITH") || first.is(u"("))
+    return Kind::Query;
+  if (first.is(u"INSERT") || first.is(u"UPDATE") || first.is(u"DELETE"))
+    return Kind::Dml;
+  if (first.is(u"COMMIT") || first.is(u"ROLLBACK"))
+    return Kind::Transaction;
+  if (first.is(u"BEGIN") || first.is(u"DECLARE"))
+    return Kind::Block;
+  if ((first.is(u"ALTER") && t.size() > 1 && t[1].is(u"SESSION")) || first.is(u"SET"))
+    return Kind::Session;
+  if (first.is(u"CREATE") || first.is(u"ALTER") || first.is(u"DROP") || first.is(u"TRUNCATE") || first.is(u"COMMENT") ||
+      first.is(u"GRANT") || first.is(u"REVOKE"))
+    return Kind::Ddl;
+  return Kind::Unknown;
+}
+
+LocalConnection* self(sqlite3_context* ctx) { return static_cast<LocalConnection*>(sqlite3_user_data(ctx)); }
+
+QString argText(sqlite3_value* v) {
+  return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(v)), sqlite3_value_bytes(v));
+}
+
+void resultError(sqlite3_context* ctx, const OraError& e) {
+  sqlite3_result_error(ctx, e.message().toUtf8().constData(), -1);
+}
+
+void sysdate(sqlite3_context* ctx, int, sqlite3_value**) {
+  const QByteArray now = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toUtf8();
+  sqlite3_result_text(ctx, now.constData(), int(now.size()), SQLITE_TRANSIENT);
+}
+
+// Sequence numbers are handed out outside the session's transaction, as Oracle does: a rollback
+// never gives a number back.
+void nextval(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  LocalConnection* c = self(ctx);
+  const QString owner = argText(argv[0]);
+  const QString name = argText(argv[1]);
+  try {
+    sqlite3* side = c->side();
+    sqliteExec(side, QStringLiteral("BEGIN IMMEDIATE"));
+    try {
+      SqliteStmt s(
+          side, QStringLiteral("SELECT last_number, increment_by, min_value, max_value, cycle_flag FROM CAT.sequences "
+                               "WHERE owner = ?1 AND sequence_name = ?2"));
+      s.bindAll({owner, name});
+      if (!s.step())
+        throw OraError(2289, QStringLiteral("sequence does not exist"));
+      const qint64 value = s.column(0).toLongLong();
+      const qint64 step = s.column(1).toLongLong();
+      const qint64 low = s.column(2).toLongLong();
+      const qint64 high = s.column(3).toLongLong();
+      if ((step > 0 && value > high) || (step < 0 && value < low))
+        throw OraError(8004, QStringLiteral("sequence %1.NEXTVAL %2 and cannot be instantiated")
+                                 .arg(name, step > 0 ? QStringLiteral("exceeds MAXVALUE")
+                                                     : QStringLiteral("goes below MINVALUE")));
+      qint64 following = value + step;
+      if (s.column(4).toString() == u"Y" && (following > high || following < low))
+        following = step > 0 ? low : high;
+      sqliteExec(side,
+                 QStringLiteral("UPDATE CAT.sequences SET last_number = ?3 WHERE owner = ?1 AND sequence_name = ?2"),
+                 {owner, name, following});
+      sqliteExec(side, QStringLiteral("COMMIT"));
+      c->currentValues().insert(owner + u'.' + name, value);
+      sqlite3_result_int64(ctx, value);
+    } catch (...) {
+      sqlite3_exec(side, "ROLLBACK", nullptr, nullptr, nullptr);
+      throw;
+    }
+  } catch (const OraError& e) {
+    resultError(ctx, e);
+  } catch (const SqliteFailure& f) {
+    resultError(ctx,
+                OraError(54, QStringLiteral("resource busy and acquire with NOWAIT specified or timeout expired")));
+    Q_UNUSED(f);
+  }
+}
+
+void currval(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  LocalConnection* c = self(ctx);
+  const QString key = argText(argv[0]) + u'.' + argText(argv[1]);
+  const auto it = c->currentValues().constFind(key);
+  if (it == c->currentValues().constEnd())
+    resultError(
+        ctx,
+        OraError(8002, QStringLiteral("sequence %1.CURRVAL is not yet defined in this session").arg(argText(argv[1]))));
+  else
+    sqlite3_result_int64(ctx, *it);
+}
+
+} // namespace
+
+LocalConnection::LocalConnection(Logon logon, sqlite3* db, sqlite3* side)
+    : m_logon(std::move(logon)), m_db(db), m_side(side) {
+  registerFunctions();
+  m_watch = std::make_unique<SessionWatch>(m_logon.folder + u'/' + Catalogue::FileName, m_side, m_logon.user, [this] {
+    // Runs on the watch thread: stop whatever the session is doing and give its locks back.
+    sqlite3_interrupt(m_db);
+    std::lock_guard lock(m_mutex);
+    rollbackQuietly();
+  });
+  Catalogue::installViews(m_db, m_logon.user, m_watch->sid());
+}
+
+LocalConnection::~LocalConnection() {
+  {
+    std::lock_guard lock(m_mutex);
+    // Work not committed is lost when a session ends, as on a server.
+    rollbackQuietly();
+  }
+  m_watch.reset();
+  sqlite3_close_v2(m_db);
+  sqlite3_close_v2(m_side);
+}
+
+void LocalConnection::registerFunctions() {
+  sqlite3_create_function_v2(m_db, "dbsweep_sysdate", 0, SQLITE_UTF8, this, sysdate, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);
+}
+
+void LocalConnection::checkAlive() {
+  if (m_watch && m_watch->killed())
+    throw OraError(28, QStringLiteral("your session has been killed"));
+}
+
+void LocalConnection::rollbackQuietly() {
+  if (m_inTransaction)
+    sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+  m_inTransaction = false;
+}
+
+QString LocalConnection::schemaOf(const QString& owner) {
+  if (owner == m_logon.user)
+    return QStringLiteral("main");
+  if (m_attached.contains(owner)) {
+    m_attached.removeOne(owner);
+    m_attached.append(owner);
+    return owner;
+  }
+  auto known = m_users.constFind(owner);
+  if (known == m_users.constEnd())
+    known = m_users.insert(
+        owner, sqliteValue(m_db, QStringLiteral("SELECT 1 FROM CAT.users WHERE username = ?1"), {owner}).isValid());
+  if (!*known)
+    return {};
+  if (m_inTransaction)
+    throw OraError(604, QStringLiteral("error occurred at recursive SQL level 1: the schema %1 cannot be opened while "
+                                       "changes are pending; commit or roll back first")
+                            .arg(owner));
+  if (m_attached.size() >= MaxAttached) {
+    sqliteExec(m_db, QStringLiteral("DETACH DATABASE ") + SqlTranslator::quoteName(m_attached.front()));
+    m_attached.removeFirst();
+  }
+  sqliteExec(m_db, QStringLiteral("ATTACH DATABASE ?1 AS ") + SqlTranslator::quoteName(owner),
+             {Catalogue::schemaFile(m_logon.folder, owner)});
+  m_attached.append(owner);
+  return owner;
+}
+
+SqlTranslator LocalConnection::translator() {
+  return SqlTranslator({m_logon.user, [this](const QString& owner) { return schemaOf(owner); }});
+}
+
+void LocalConnection::beginPending() {
+  if (m_explicit && !m_inTransaction) {
+    sqliteExec(m_db, QStringLiteral("BEGIN"));
+    m_inTransaction = true;
+  }
+}
+
+void LocalConnection::commitPending() {
+  if (m_inTransaction) {
+    try {
+      sqliteExec(m_db, QStringLiteral("COMMIT"));
+    } catch (const SqliteFailure& f) {
+      throw oracleError(f);
+    }
+    m_inTransaction = false;
+  }
+}
+
+OraError LocalConnection::oracleError(const SqliteFailure& failure, const QString& owner, const QString& table,
+                                      SqlErrors::Dml dml) const {
+  if ((failure.code & 0xff) == SQLITE_INTERRUPT && m_watch && m_watch->killed())
+    return OraError(28, QStringLiteral("your session has been killed"));
+  return SqlErrors::toOracle(m_db, failure, owner.isEmpty() ? m_logon.user : owner, table, dml);
+}
+
+void LocalConnection::begin() {
+  std::lock_guard lock(m_mutex);
+  checkAlive();
+  m_explicit = true;
+}
+
+void LocalConnection::commit() {
+  std::lock_guard lock(m_mutex);
+  checkAlive();
+  commitPending();
+  m_explicit = false;
+}
+
+void LocalConnection::rollback() {
+  std::lock_guard lock(m_mutex);
+  checkAlive();
+  rollbackQuietly();
+  m_explicit = false;
+}
+
+QString LocalConnection::serverVersion() { return QStringLiteral("19.0.0.0.0"); }
+
+QString LocalConnection::clientVersion() {
+  return QStringLiteral("%1.%2.%3 (embedded SQLite %4)")
+      .arg(DBSWEEP_VERSION_MAJOR)
+      .arg(DBSWEEP_VERSION_MINOR)
+      .arg(DBSWEEP_VERSION_PATCH)
+      .arg(QString::fromLatin1(sqlite3_libversion()));
+}
+
+std::unique_ptr<OraDynaset> LocalConnection::query(const QString& sql, int options) {
+  std::lock_guard lock(m_mutex);
+  checkAlive();
+  const auto tokens = tokenizeSql(sql);
+  if (kindOf(tokens) != Kind::Query)
+    throw OraError(tokens.front().kind == SqlToken::Kind::End ? 900 : 24333,
+                   tokens.front().kind == SqlToken::Kind::End ? TokenCursor::textOf(900)
+                                                              : QStringLiteral("zero iteration count"));
+  for (const SqlToken& t : tokens)
+    if (t.is(u"V$SESSION") || t.is(u"GV$SESSION")) {
+      SessionWatch::removeDeadSessions(m_side);
+      break;
+    }
+  return LocalDynaset::open(shared_from_this(), tokens, options);
+}
+
+qint64 LocalConnection::execute(const QString& sql) {
+  std::lock_guard lock(m_mutex);
+  checkAlive();
+  const auto tokens = tokenizeSql(sql);
+  if (tokens.size() >= 2 && tokens[tokens.size() - 2].is(u";") && kindOf(tokens) != Kind::Block)
+    throw OraError(911, QStringLiteral("invalid character"));
+  return runStatement(tokens, sql);
+}
+
+qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const QString& sql) {
+  switch (kindOf(tokens)) {
+  case Kind::Query: {
+    auto rows = LocalDynaset::open(shared_from_this(), tokens, OraDynaset::ReadOnly);
+    rows->Close();
+    return 0;
+  }
+  case Kind::Dml: return runDml(tokens);
+  case Kind::Transaction:
+    if (tokens.size() > 2 && !tokens[1].is(u"WORK") && !tokens[1].is(u"TRANSACTION"))
+      throw OraError(933, TokenCursor::textOf(933));
+    if (tokens.front().is(u"COMMIT"))
+      commitPending();
+    else
+      rollbackQuietly();
+    return 0;
+  case Kind::Block: return runBlock(tokens, sql);
+  case Kind::Session: return 0;
+  case Kind::Ddl: return DdlRunner(*this, tokens, sql).run();
+  case Kind::Unknown: break;
+  }
+  throw OraError(900, TokenCursor::textOf(900));
+}
+
+qint64 LocalConnection::runDml(const std::vector<SqlToken>& source) {
+  // Oracle's "DELETE t" and "UPDATE t a" become SQLite's "DELETE FROM t" and "UPDATE t AS a".
+  std::vector<SqlToken> t = source;
+  const auto word = [](const char16_t* w) { return SqlToken{SqlToken::Kind::Word, QString::fromUtf16(w), 0, 0, 0}; };
+  const bool deleting = t[0].is(u"DELETE");
+  size_t target = 1;
+  if (deleting && !t[1].is(u"FROM"))
+    t.insert(t.begin() + 1, word(u"FROM"));
+  if (deleting || t[0].is(u"INSERT")) {
+    if (!t[1].is(deleting ? u"FROM" : u"INTO"))
+      TokenCursor::fail(t[0].is(u"INSERT") ? 925 : 903);
+    target = 2;
+  }
+  TokenCursor c(t, target);
+  const auto [owner, table] = c.qualifiedName();
+  if (!t[0].is(u"INSERT") && c.peek().isName() && !c.peek().is(u"SET") && !c.peek().is(u"WHERE"))
+    t.insert(t.begin() + qsizetype(c.pos()), word(u"AS"));
+  const QString sqlite = translator().translate(t);
+  try {
+    beginPending();
+    SqliteStmt stmt(m_db, sqlite);
+    while (stmt.step()) {
+    }
+    return sqlite3_changes64(m_db);
+  } catch (const SqliteFailure& f) {
+    throw oracleError(f, owner, table,
+                      deleting             ? SqlErrors::Dml::Delete
+                      : t[0].is(u"INSERT") ? SqlErrors::Dml::Insert
+                                           : SqlErrors::Dml::Update);
+  }
+}
+
+// An anonymous block made only of SQL statements runs them one after another.
+qint64 LocalConnection::runBlock(const std::vector<SqlToken>& t, const QString& sql) {
+  size_t i = 0;
+  if (t[i].is(u"DECLARE"))
+    ++i;
+  if (!t[i].is(u"BEGIN"))
+    throw OraError(6550, QStringLiteral("line %1: declarations are not supported in blocks here").arg(t[i].line));
+  ++i;
+  qint64 rows = 0;
+  while (i < t.size() && !t[i].is(u"END")) {
+    std::vector<SqlToken> statement;
+    int depth = 0;
+    for (; i < t.size() && t[i].kind != SqlToken::Kind::End; ++i) {
+      if (t[i].is(u"("))
+        ++depth;
+      else if (t[i].is(u")"))
+        --depth;
+      else if (depth == 0 && t[i].is(u";"))
+        break;
+      statement.push_back(t[i]);
+    }
+    if (i >= t.size() || t[i].kind == SqlToken::Kind::End)
+      throw OraError(6550, QStringLiteral("line %1: the block has no END").arg(t.back().line));
+    ++i; // the ";"
+    if (statement.empty())
+      continue;
+    statement.push_back(SqlToken{SqlToken::Kind::End, QString(), int(sql.size()), 0, statement.back().line});
+    const Kind kind = kindOf(statement);
+    if (kind == Kind::Unknown || kind == Kind::Block || kind == Kind::Query)
+      throw OraError(
+          6550, QStringLiteral("line %1: only SQL statements can run in a block here").arg(statement.front().line));
+    rows += runStatement(statement, sql);
+  }
+  return rows;
+}

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "db/DbConnection.h"
+#include "db/OraError.h"
+#include "db/local/SessionWatch.h"
+#include "db/local/SqlErrors.h"
+#include "db/local/SqlTranslator.h"
+#include "db/local/Sqlite.h"
+
+#include <QHash>
+#include <QStringList>
+
+#include <memory>
+#include <mutex>
+
+// One logged-on session of an embedded instance. Its own schema is SQLite's "main", the
+// catalogue is attached as CAT, and other owners' schemas are attached under their names when a
+// statement names them.
+class LocalConnection final : public DbConnection, public std::enable_shared_from_this<LocalConnection> {
+public:
+  struct Logon {
+    QString folder;
+    QString user;
+    bool dba = false;
+  };
+
+  // Takes over db (schema and catalogue attached) and side (the catalogue alone, for work that
+  // commits on its own: sessions and sequences).
+  LocalConnection(Logon logon, sqlite3* db, sqlite3* side);
+  ~LocalConnection() override;
+  LocalConnection(const LocalConnection&) = delete;
+  LocalConnection& operator=(const LocalConnection&) = delete;
+
+  std::unique_ptr<OraDynaset> query(const QString& sql, int options) override;
+  qint64 execute(const QString& sql) override;
+  void begin() override;
+  void commit() override;
+  void rollback() override;
+  QString serverVersion() override;
+  QString clientVersion() override;
+
+  // For the statement runners and dynasets of this engine.
+  sqlite3* db() const { return m_db; }
+  sqlite3* side() const { return m_side; }
+  const QString& user() const { return m_logon.user; }
+  const QString& folder() const { return m_logon.folder; }
+  bool isDba() const { return m_logon.dba; }
+  qint64 sid() const { return m_watch ? m_watch->sid() : 0; }
+  std::recursive_mutex& mutex() { return m_mutex; }
+  // "main" for the session's own schema, the attached name for another user's, "" when there is
+  // no such user.
+  QString schemaOf(const QString& owner);
+  SqlTranslator translator();
+  // Raises ORA-00028 once the session has been killed.
+  void checkAlive();
+  // Starts the SQLite transaction of an explicit one before the first change.
+  void beginPending();
+  // DDL commits whatever is pending, as Oracle does.
+  void commitPending();
+  // The Oracle error for a failed SQLite call; table is the statement's target, if it has one.
+  OraError oracleError(const SqliteFailure& failure, const QString& owner = {}, const QString& table = {},
+                       SqlErrors::Dml dml = SqlErrors::Dml::None) const;
+  QHash<QString, qint64>& currentValues() { return m_currval; }
+
+private:
+  qint64 runStatement(const std::vector<SqlToken>& tokens, const QString& sql);
+  qint64 runDml(const std::vector<SqlToken>& tokens);
+  qint64 runBlock(const std::vector<SqlToken>& tokens, const QString& sql);
+  void rollbackQuietly();
+  void registerFunctions();
+
+  Logon m_logon;
+  sqlite3* m_db;
+  sqlite3* m_side;
+  std::recursive_mutex m_mutex;
+  std::unique_ptr<SessionWatch> m_watch;
+  bool m_explicit = false; // after begin(): changes wait for commit() or rollback()
+  bool m_inTransaction = false;
+  QStringList m_attached; // other schemas, least recently used first
+  QHash<QString, qint64> m_currval;
+  QHash<QString, bool> m_users;
+};

@@ -1,0 +1,193 @@
+#include "db/local/LocalDynaset.h"
+
+#include "db/local/LocalConnection.h"
+#include "db/local/TokenCursor.h"
+
+namespace {
+
+const QString RowidLabel = QStringLiteral("ROWID$");
+
+// For "SELECT ... FROM [owner.]table [alias] [WHERE ...] [ORDER BY ...]": the position of FROM
+// and the table's tokens; 0 when the query reads more than one table or groups its rows.
+struct SingleTable {
+  size_t from = 0;
+  size_t tableBegin = 0, tableEnd = 0;
+  QString alias;
+};
+
+SingleTable singleTable(const std::vector<SqlToken>& t) {
+  SingleTable s;
+  if (!t[0].is(u"SELECT") || t[1].is(u"DISTINCT") || t[1].is(u"UNIQUE"))
+    return {};
+  int depth = 0;
+  for (size_t i = 1; i < t.size(); ++i) {
+    if (t[i].is(u"("))
+      ++depth;
+    else if (t[i].is(u")"))
+      --depth;
+    else if (depth == 0 && t[i].is(u"FROM")) {
+      s.from = i;
+      break;
+    }
+  }
+  if (!s.from)
+    return {};
+  TokenCursor c(t, s.from + 1);
+  s.tableBegin = c.pos();
+  if (!c.peek().isName())
+    return {};
+  c.qualifiedName();
+  s.tableEnd = c.pos();
+  if (c.peek().isName() && !c.peek().is(u"WHERE") && !c.peek().is(u"ORDER"))
+    s.alias = c.next().name();
+  depth = 0;
+  for (size_t i = c.pos(); i < t.size(); ++i) {
+    if (t[i].is(u"("))
+      ++depth;
+    else if (t[i].is(u")"))
+      --depth;
+    else if (depth == 0 && (t[i].is(u",") || t[i].is(u"JOIN") || t[i].is(u"GROUP") || t[i].is(u"UNION") ||
+                            t[i].is(u"MINUS") || t[i].is(u"INTERSECT") || t[i].is(u"CONNECT")))
+      return {};
+  }
+  return s;
+}
+
+} // namespace
+
+std::unique_ptr<LocalDynaset> LocalDynaset::open(std::shared_ptr<LocalConnection> c, const std::vector<SqlToken>& t,
+                                                 int options) {
+  SqlTranslator tr = c->translator();
+  QString sql;
+  QString deleteSql;
+  const SingleTable single = options == Updatable ? singleTable(t) : SingleTable{};
+  if (single.from) {
+    const QString table = tr.translate(t, single.tableBegin, single.tableEnd);
+    const QString qualifier = single.alias.isEmpty() ? table : SqlTranslator::quoteName(single.alias);
+    sql = tr.translate(t, 0, single.from) + QStringLiteral(", ") + qualifier + QStringLiteral(".rowid AS ") +
+          SqlTranslator::quoteName(RowidLabel) + u' ' + tr.translate(t, single.from, t.size());
+    deleteSql = QStringLiteral("DELETE FROM ") + table + QStringLiteral(" WHERE rowid = ?1");
+  } else {
+    sql = tr.translate(t);
+  }
+  return std::unique_ptr<LocalDynaset>(new LocalDynaset(std::move(c), sql, options, deleteSql));
+}
+
+LocalDynaset::LocalDynaset(std::shared_ptr<LocalConnection> connection, const QString& sql, int options,
+                           QString deleteSql)
+    : m_connection(std::move(connection)), m_sql(sql), m_options(options), m_deleteSql(std::move(deleteSql)) {
+  try {
+    m_stmt = std::make_unique<SqliteStmt>(m_connection->db(), sql);
+  } catch (const SqliteFailure& f) {
+    throw m_connection->oracleError(f);
+  }
+  const int n = m_stmt->columnCount() - (m_deleteSql.isEmpty() ? 0 : 1);
+  for (int i = 0; i < n; ++i) {
+    m_names << m_stmt->columnName(i);
+    m_index.insert(m_names.last().toUpper(), i);
+  }
+}
+
+QString LocalDynaset::FieldName(int index) const {
+  return index >= 0 && index < m_names.size() ? m_names[index] : QString();
+}
+
+bool LocalDynaset::fetchTo(qint64 row) {
+  while (!m_done && row >= m_first + qint64(m_rows.size())) {
+    bool more = false;
+    try {
+      more = m_stmt->step();
+    } catch (const SqliteFailure& f) {
+      m_done = true;
+      throw m_connection->oracleError(f);
+    }
+    if (!more) {
+      m_done = true;
+      m_stmt.reset(); // gives the table back to DDL and to other writers
+      break;
+    }
+    QVariantList values;
+    const int n = m_stmt->columnCount();
+    values.reserve(n);
+    for (int i = 0; i < n; ++i)
+      values << m_stmt->column(i);
+    if (m_options == NoCache && !m_rows.empty()) {
+      m_first += qint64(m_rows.size());
+      m_rows.clear();
+    }
+    m_rows.push_back(std::move(values));
+  }
+  return row >= m_first && row < m_first + qint64(m_rows.size());
+}
+
+const QVariantList& LocalDynaset::current() {
+  std::lock_guard lock(m_connection->mutex());
+  m_connection->checkAlive();
+  if (m_closed || !fetchTo(m_pos))
+    throw OraError(1002, QStringLiteral("fetch out of sequence"));
+  return m_rows[size_t(m_pos - m_first)];
+}
+
+qint64 LocalDynaset::RecordCount() {
+  std::lock_guard lock(m_connection->mutex());
+  m_connection->checkAlive();
+  if (m_count >= 0)
+    return m_count;
+  if (m_options == NoCache && !m_done) {
+    // Counting must not move the cursor nor keep millions of rows.
+    try {
+      m_count = sqliteValue(m_connection->db(), QStringLiteral("SELECT count(*) FROM (") + m_sql + u')').toLongLong();
+    } catch (const SqliteFailure& f) {
+      throw m_connection->oracleError(f);
+    }
+    return m_count;
+  }
+  fetchTo(std::numeric_limits<qint64>::max());
+  m_count = m_first + qint64(m_rows.size());
+  return m_count;
+}
+
+QVariant LocalDynaset::Fields(const QString& name) {
+  const auto it = m_index.constFind(name.toUpper());
+  if (it == m_index.constEnd())
+    throw OraError(904, QStringLiteral("\"%1\": invalid identifier").arg(name.toUpper()));
+  return Fields(*it);
+}
+
+QVariant LocalDynaset::Fields(int index) {
+  if (index < 0 || index >= FieldCount())
+    throw OraError(1007, QStringLiteral("variable not in select list"));
+  return current()[index];
+}
+
+void LocalDynaset::MoveNext() {
+  std::lock_guard lock(m_connection->mutex());
+  if (m_pos < m_first + qint64(m_rows.size()) || !m_done)
+    ++m_pos;
+}
+
+bool LocalDynaset::IsEOF() {
+  std::lock_guard lock(m_connection->mutex());
+  m_connection->checkAlive();
+  return m_closed || !fetchTo(m_pos);
+}
+
+void LocalDynaset::Delete() {
+  if (m_deleteSql.isEmpty())
+    throw OraError(1732, QStringLiteral("data manipulation operation not legal on this view"));
+  const QVariant rowid = current().back();
+  std::lock_guard lock(m_connection->mutex());
+  try {
+    m_connection->beginPending();
+    sqliteExec(m_connection->db(), m_deleteSql, {rowid});
+  } catch (const SqliteFailure& f) {
+    throw m_connection->oracleError(f, {}, {}, SqlErrors::Dml::Delete);
+  }
+}
+
+void LocalDynaset::Close() {
+  std::lock_guard lock(m_connection->mutex());
+  m_stmt.reset();
+  m_rows.clear();
+  m_closed = true;
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "db/DbConnection.h"
+#include "db/DbEnvironment.h"
+
+#include <memory>
+
+// The embedded Oracle-compatible engine: an instance is a folder holding a catalogue file
+// (users, sessions, sequences and the data dictionary) and one SQLite file per schema.
+namespace LocalEngine {
+
+// The folder of "local:NAME" (<data>/instances/NAME) or "local:/absolute/folder".
+QString folderFor(const QString& nameOrPath, const DbEnvironment& env);
+
+bool instanceExists(const QString& folder);
+
+// Creates an empty instance whose SYSTEM user (with the DBA privilege) has systemPassword.
+// Raises OraError when the folder already holds an instance or cannot be written.
+void createInstance(const QString& folder, const QString& systemPassword);
+
+// Logs user on; ORA-12154 for a folder without an instance, ORA-01017 for a wrong user or
+// password.
+std::shared_ptr<DbConnection> connect(const QString& folder, const QString& user, const QString& password);
+
+} // namespace LocalEngine

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "db/local/SqlLexer.h"
+
+#include <functional>
+
+// Turns the Oracle SQL of queries, DML and conditions into SQLite SQL: names are folded and
+// quoted, '' becomes NULL, sequences and pseudo-columns become engine functions, other schemas
+// are reached through their attached names, and select-list labels are Oracle's.
+class SqlTranslator final {
+public:
+  struct Context {
+    QString user;
+    // The SQLite schema name for an owner, attaching it if needed; "" when no such user.
+    std::function<QString(const QString& owner)> schemaOf;
+  };
+
+  explicit SqlTranslator(Context context) : m_context(std::move(context)) {}
+
+  // Translates tokens [begin, end).
+  QString translate(const std::vector<SqlToken>& tokens, size_t begin, size_t end) const;
+  QString translate(const std::vector<SqlToken>& tokens) const { return translate(tokens, 0, tokens.size()); }
+
+  static QString quoteName(const QString& name);
+  static QString quoteText(const QString& text);
+  // Oracle's label for a select-list expression written as source: upper case outside string
+  // literals, without blanks.
+  static QString labelOf(const std::vector<SqlToken>& tokens, size_t begin, size_t end);
+
+private:
+  QString token(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
+  QString selectList(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
+
+  Context m_context;
+};

@@ -1,0 +1,142 @@
+#include "EngineFixture.h"
+
+#include <QRegularExpression>
+
+class TestDictionary final : public QObject {
+  Q_OBJECT
+
+  EngineFixture m_fx;
+  std::shared_ptr<OraDatabase> m_db;
+
+private Q_SLOTS:
+  void initTestCase() {
+    m_db = m_fx.sales();
+    EngineFixture::run(*m_db, QStringLiteral(FIXTURES "/sales_schema.sql"));
+  }
+
+  void tablesViewsAndComments() {
+    QCOMPARE(
+        rowsOf(*m_db, "select owner, table_name, num_rows from all_tables where owner = 'SALES' order by table_name"),
+        QStringList({"SALES|CUSTOMERS|<null>", "SALES|ORDERS|<null>", "SALES|ORDER_LINES|<null>"}));
+    QCOMPARE(rowsOf(*m_db, "select table_name from user_tables where iot_type = 'IOT'"), QStringList({"ORDER_LINES"}));
+    QCOMPARE(rowsOf(*m_db, "select OWNER, VIEW_NAME from ALL_VIEWS"), QStringList({"SALES|BIG_ORDERS"}));
+    QCOMPARE(
+        rowsOf(*m_db, "select table_name, table_type, comments from all_tab_comments where owner = 'SALES' order by 1"),
+        QStringList({"BIG_ORDERS|VIEW|<null>", "CUSTOMERS|TABLE|顧客マスタ", "ORDERS|TABLE|<null>",
+                     "ORDER_LINES|TABLE|<null>"}));
+    // One row for every column of every table and view, Null where nobody commented.
+    QCOMPARE(rowsOf(*m_db, "select count(*), count(comments) from all_col_comments where owner = 'SALES'"),
+             QStringList({"23|2"}));
+    QCOMPARE(
+        rowsOf(*m_db, "select comments from user_col_comments where table_name = 'ORDERS' and column_name = 'AMOUNT'"),
+        QStringList({"Order amount, tax included"}));
+    QCOMPARE(rowsOf(*m_db, "select username from all_users order by username"), QStringList({"SALES", "SYSTEM"}));
+    // The view works and has the columns it was given.
+    QCOMPARE(
+        rowsOf(
+            *m_db,
+            "select column_name, data_type from user_tab_columns where table_name = 'BIG_ORDERS' order by column_id"),
+        QStringList({"ORDER_NO|NUMBER", "CUST_NAME|VARCHAR2", "AMOUNT|NUMBER"}));
+  }
+
+  void columnsReportOracleTypes() {
+    const QStringList rows =
+        rowsOf(*m_db, "select table_name, column_name, data_type, data_length, data_precision, data_scale, nullable, "
+                      "column_id from all_tab_columns where table_name in ('CUSTOMERS', 'ORDER_LINES') "
+                      "order by table_name, column_id");
+    QCOMPARE(rows, QStringList({
+                       "CUSTOMERS|CUST_NO|NUMBER|22|8|0|N|1",
+                       "CUSTOMERS|CUST_NAME|VARCHAR2|40|<null>|<null>|N|2",
+                       "CUSTOMERS|KANA_NAME|VARCHAR2|160|<null>|<null>|Y|3",
+                       "CUSTOMERS|RANK_CODE|CHAR|1|<null>|<null>|Y|4",
+                       "CUSTOMERS|CREDIT|NUMBER|22|<null>|<null>|Y|5",
+                       "CUSTOMERS|CREATED_ON|DATE|7|<null>|<null>|Y|6",
+                       "CUSTOMERS|NOTE|CLOB|4000|<null>|<null>|Y|7",
+                       "ORDER_LINES|ORDER_NO|NUMBER|22|10|0|N|1",
+                       "ORDER_LINES|LINE_NO|NUMBER|22|4|0|N|2",
+                       "ORDER_LINES|ITEM_CODE|VARCHAR2|20|<null>|<null>|N|3",
+                       "ORDER_LINES|QTY|NUMBER|22|<null>|0|Y|4",
+                       "ORDER_LINES|UNIT_PRICE|FLOAT|22|126|<null>|Y|5",
+                       "ORDER_LINES|PHOTO|BLOB|4000|<null>|<null>|Y|6",
+                       "ORDER_LINES|CHECKSUM|RAW|16|<null>|<null>|Y|7",
+                       "ORDER_LINES|LEGACY|LONG|0|<null>|<null>|Y|8",
+                   }));
+    QCOMPARE(rowsOf(*m_db,
+                    "select data_precision, data_scale, data_length from user_tab_columns where column_name = 'AMOUNT' "
+                    "and table_name = 'ORDERS'"),
+             QStringList({"12|2|22"}));
+    QCOMPARE(
+        rowsOf(
+            *m_db,
+            "select data_default from user_tab_columns where table_name = 'CUSTOMERS' and column_name = 'RANK_CODE'"),
+        QStringList({"'B'"}));
+  }
+
+  void constraintsAndIndexes() {
+    const QStringList rows =
+        rowsOf(*m_db, "select constraint_name, constraint_type, table_name, status, r_constraint_name, generated "
+                      "from user_constraints order by table_name, constraint_type, constraint_name");
+    const QRegularExpression sysName(QStringLiteral("^SYS_C\\d{7}$"));
+    QStringList named;
+    int generated = 0;
+    for (QString row : rows) {
+      const QStringList f = row.split(u'|');
+      if (sysName.match(f[0]).hasMatch()) {
+        ++generated;
+        QCOMPARE(f[5], QString("GENERATED NAME"));
+        row = "SYS_C|" + f.mid(1).join(u'|');
+      }
+      named << row;
+    }
+    QCOMPARE(named, QStringList({
+                        "SYS_C|C|CUSTOMERS|ENABLED|<null>|GENERATED NAME", // NOT NULL cust_name
+                        "SYS_C|C|CUSTOMERS|ENABLED|<null>|GENERATED NAME", // CHECK rank_code
+                        "CUST_PK|P|CUSTOMERS|ENABLED|<null>|USER NAME",
+                        "CUST_NAME_UK|U|CUSTOMERS|ENABLED|<null>|USER NAME",
+                        "ORDERS_AMOUNT_CK|C|ORDERS|ENABLED|<null>|USER NAME",
+                        "SYS_C|C|ORDERS|ENABLED|<null>|GENERATED NAME",
+                        "ORDERS_PK|P|ORDERS|ENABLED|<null>|USER NAME",
+                        "ORDERS_CUST_FK|R|ORDERS|ENABLED|CUST_PK|USER NAME",
+                        "SYS_C|C|ORDER_LINES|ENABLED|<null>|GENERATED NAME",
+                        "SYS_C|P|ORDER_LINES|ENABLED|<null>|GENERATED NAME",
+                        "SYS_C|R|ORDER_LINES|ENABLED|ORDERS_PK|GENERATED NAME",
+                    }));
+    QCOMPARE(generated, 6);
+    QCOMPARE(rowsOf(*m_db, "select search_condition from all_constraints where constraint_name = 'ORDERS_AMOUNT_CK'"),
+             QStringList({"amount >= 0"}));
+    QCOMPARE(
+        rowsOf(*m_db,
+               "select delete_rule from user_constraints where table_name = 'ORDER_LINES' and constraint_type = 'R'"),
+        QStringList({"CASCADE"}));
+
+    // Primary and unique keys have an index of the constraint's name.
+    QCOMPARE(
+        rowsOf(*m_db,
+               "select index_name, table_owner, table_name, column_name, column_position, column_length, descend "
+               "from all_ind_columns where table_name in ('CUSTOMERS', 'ORDERS') order by index_name, column_position"),
+        QStringList({"CUST_NAME_UK|SALES|CUSTOMERS|CUST_NAME|1|40|ASC", "CUST_PK|SALES|CUSTOMERS|CUST_NO|1|22|ASC",
+                     "ORDERS_DATE_IX|SALES|ORDERS|ORDER_DATE|1|7|DESC", "ORDERS_DATE_IX|SALES|ORDERS|STATUS|2|10|ASC",
+                     "ORDERS_PK|SALES|ORDERS|ORDER_NO|1|22|ASC"}));
+    const QStringList lines =
+        rowsOf(*m_db, "select i.index_name, i.column_name from user_ind_columns i, user_constraints c "
+                      "where c.constraint_name = i.index_name and c.table_name = 'ORDER_LINES' "
+                      "order by i.column_position");
+    QCOMPARE(lines.size(), 2);
+    QVERIFY(lines[0].endsWith("|ORDER_NO") && lines[1].endsWith("|LINE_NO"));
+  }
+
+  void otherOwnersAreVisibleToAll() {
+    auto system = m_fx.open("SYSTEM", "manager");
+    QCOMPARE(rowsOf(*system, "select count(*) from all_tab_columns where owner = 'SALES' and table_name = 'ORDERS'"),
+             QStringList({"5"}));
+    QCOMPARE(rowsOf(*system, "select count(*) from user_tables"), QStringList({"0"}));
+    system->ExecuteSQL("insert into sales.customers (cust_no, cust_name) values (900, 'from system')");
+    QCOMPARE(rowsOf(*system, "select cust_name from sales.customers where cust_no = 900"),
+             QStringList({"from system"}));
+    QCOMPARE(rowsOf(*m_db, "select count(*) from customers where cust_no = 900"), QStringList({"1"}));
+    m_db->ExecuteSQL("delete from customers where cust_no = 900");
+  }
+};
+
+QTEST_GUILESS_MAIN(TestDictionary)
+#include "test_dictionary.moc"
