@@ -555,6 +555,8 @@ QString DdlRunner::tableDdl(const QString& owner, const QString& table, const QS
 }
 
 void DdlRunner::createSqliteIndexes(const QString& owner, const QString& table, const QString& schema) {
+  // Collected first: schema changes wait for every open statement of the connection.
+  QStringList statements;
   SqliteStmt idx(m_c.db(),
                  QStringLiteral("SELECT owner, index_name, uniqueness FROM CAT.indexes WHERE table_owner = ?1 "
                                 "AND table_name = ?2 AND sqlite = 1"));
@@ -566,10 +568,12 @@ void DdlRunner::createSqliteIndexes(const QString& owner, const QString& table, 
     ic.bindAll({idx.text(0), idx.text(1)});
     while (ic.step())
       cols << q(ic.text(0)) + u' ' + ic.text(1);
-    sqliteExec(m_c.db(), QStringLiteral("CREATE %1INDEX %2.%3 ON %4 (%5)")
-                             .arg(idx.text(2) == u"UNIQUE" ? QStringLiteral("UNIQUE ") : QString(), q(schema),
-                                  q(QStringLiteral("IX$") + idx.text(1)), q(table), cols.join(QStringLiteral(", "))));
+    statements << QStringLiteral("CREATE %1INDEX %2.%3 ON %4 (%5)")
+                      .arg(idx.text(2) == u"UNIQUE" ? QStringLiteral("UNIQUE ") : QString(), q(schema),
+                           q(QStringLiteral("IX$") + idx.text(1)), q(table), cols.join(QStringLiteral(", ")));
   }
+  for (const QString& sql : statements)
+    sqliteExec(m_c.db(), sql);
 }
 
 // Re-creates the SQLite table from the dictionary and copies the rows over; the copy is what
@@ -664,15 +668,17 @@ void DdlRunner::alterTable() {
     if (!m_t.atEnd())
       TokenCursor::fail(933);
     inTransaction([&] {
-      SqliteStmt s(db, QStringLiteral("SELECT constraint_type, search_condition FROM CAT.constraints WHERE owner = ?1 "
-                                      "AND constraint_name = ?2 AND table_name = ?3"));
-      s.bindAll({owner, name, table});
-      if (!s.step())
+      const QString type = sqliteValue(db,
+                                       QStringLiteral("SELECT constraint_type FROM CAT.constraints WHERE owner = ?1 "
+                                                      "AND constraint_name = ?2 AND table_name = ?3"),
+                                       {owner, name, table})
+                               .toString();
+      if (type.isEmpty())
         throw OraError(2431, QStringLiteral("cannot %1 constraint (%2) - no such constraint")
                                  .arg(enable ? QStringLiteral("enable") : QStringLiteral("disable"), name));
       Constraint k;
       k.name = name;
-      k.type = s.text(0).at(0);
+      k.type = type.at(0);
       k.columns = constraintColumns(owner, name);
       if (!enable && (k.type == u'P' || k.type == u'U')) {
         // Keys that other tables' enabled foreign keys point at cannot go quietly.

@@ -24,6 +24,9 @@ sqlite3* openFile(const QString& path, bool create) {
   }
   sqlite3_busy_timeout(db, BusyWaitMs);
   sqlite3_extended_result_codes(db, 1);
+  // Double quotes always name something, as in Oracle; never fall back to a string.
+  sqlite3_db_config(db, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+  sqlite3_db_config(db, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   return db;
 }
 

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+// One thing a script asks the console to do, in script order.
+struct ScriptItem final {
+  enum class Kind {
+    Statement,   // SQL to run
+    BlockEnd,    // the statements of an anonymous block have all been handed out
+    Prompt,      // text to print
+    ErrorMode,   // WHENEVER SQLERROR: whether a failing statement stops the run
+    Exit,        // EXIT or QUIT: the run ends here
+    Failure,     // text the console refuses to run; text holds the error message
+    Unterminated // input ended inside a statement, which SQL*Plus leaves unrun in its buffer
+  };
+
+  Kind kind = Kind::Statement;
+  QString text;
+  // Line of the script where the statement (or command) starts, counted from 1.
+  int line = 0;
+  // A statement taken out of an anonymous block; the block as a whole gets the feedback.
+  bool inBlock = false;
+  bool continueOnError = false;
+  // EXIT SUCCESS / FAILURE / WARNING / n; none leaves the status to how the run went.
+  std::optional<int> exitCode;
+  bool commit = true;
+};
