@@ -6,7 +6,7 @@
 #include "sqlconsole/ConsoleOptions.h"
 #include "sqlconsole/ConsoleRunner.h"
 #include "sqlconsole/ScriptReader.h"
-#include "sqlconsole/Terminal.h"
+#include "platform/Terminal.h"
 
 #include <QDir>
 #include <QFile>

@@ -124,7 +124,7 @@ std::shared_ptr<DbConnection> connect(const QString& folder, const QString& user
     sqliteExec(db, QStringLiteral("ATTACH DATABASE ?1 AS CAT"), {folder + u'/' + Catalogue::FileName});
     sqliteExec(db,
                QStringLiteral("PRAGMA foreign_keys=ON; PRAGMA case_sensitive_like=ON; PRAGMA legacy_alter_table=ON; "
-                              "PRAGMA journal_mode=WAL"));
+                              "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA CAT.synchronous=NORMAL"));
     return std::make_shared<LocalConnection>(LocalConnection::Logon{folder, user, dba}, db, side);
   } catch (const SqliteFailure& f) {
     sqlite3_close(db);

@@ -1,4 +1,4 @@
-#include "sqlconsole/Terminal.h"
+#include "platform/Terminal.h"
 
 #include <cstdio>
 #include <iostream>
