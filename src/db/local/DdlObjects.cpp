@@ -1,5 +1,6 @@
 // The DDL of indexes, views, sequences, comments, drops, users, grants and sessions.
 #include "db/local/Catalogue.h"
+#include "db/local/OracleDate.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/LocalConnection.h"
 #include "db/local/SessionWatch.h"
@@ -12,7 +13,6 @@
 namespace {
 
 QString q(const QString& name) { return SqlTranslator::quoteName(name); }
-QString now() { return QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")); }
 
 qint64 signedNumber(TokenCursor& t) {
   const bool negative = t.accept(u"-");
@@ -138,7 +138,7 @@ void DdlRunner::createView(bool replace) {
                         select));
     SqliteStmt probe(db, QStringLiteral("SELECT * FROM %1.%2").arg(q(schema), q(view)));
     sqliteExec(db, QStringLiteral("INSERT INTO CAT.objects(owner, name, type, created) VALUES (?1, ?2, 'VIEW', ?3)"),
-               {owner, view, now()});
+               {owner, view, OracleDate::now()});
     sqliteExec(db, QStringLiteral("INSERT INTO CAT.views(owner, view_name, text) VALUES (?1, ?2, ?3)"),
                {owner, view, text});
     for (int i = 0; i < probe.columnCount(); ++i) {
@@ -205,7 +205,7 @@ void DdlRunner::createSequence() {
       throw OraError(955, QStringLiteral("name is already used by an existing object"));
     sqliteExec(m_c.db(),
                QStringLiteral("INSERT INTO CAT.objects(owner, name, type, created) VALUES (?1, ?2, 'SEQUENCE', ?3)"),
-               {owner, name, now()});
+               {owner, name, OracleDate::now()});
     sqliteExec(m_c.db(),
                QStringLiteral(
                    "INSERT INTO CAT.sequences(owner, sequence_name, min_value, max_value, increment_by, cycle_flag, "
@@ -393,7 +393,7 @@ void DdlRunner::createUser() {
     sqliteExec(m_c.db(),
                QStringLiteral("INSERT INTO CAT.users(username, password, is_dba, user_id, created) "
                               "SELECT ?1, ?2, 0, coalesce(max(user_id), 100) + 1, ?3 FROM CAT.users"),
-               {user, Catalogue::hashPassword(password), now()});
+               {user, Catalogue::hashPassword(password), OracleDate::now()});
     sqlite3* file = nullptr;
     if (sqlite3_open_v2(Catalogue::schemaFile(m_c.folder(), user).toUtf8().constData(), &file,
                         SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) != SQLITE_OK) {

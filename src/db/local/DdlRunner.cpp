@@ -1,4 +1,5 @@
 #include "db/local/DdlRunner.h"
+#include "db/local/OracleDate.h"
 
 #include "db/local/Catalogue.h"
 #include "db/local/LocalConnection.h"
@@ -324,7 +325,7 @@ void DdlRunner::createTable() {
   inTransaction([&] {
     if (objectType(owner, table))
       throw OraError(955, QStringLiteral("name is already used by an existing object"));
-    const QString now = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    const QString now = OracleDate::now();
     sqliteExec(m_c.db(),
                QStringLiteral("INSERT INTO CAT.objects(owner, name, type, created) VALUES (?1, ?2, 'TABLE', ?3)"),
                {owner, table, now});

@@ -1,4 +1,5 @@
 #include "db/local/LocalConnection.h"
+#include "db/local/OracleDate.h"
 
 #include "db/local/Catalogue.h"
 #include "db/local/DdlRunner.h"
@@ -43,7 +44,7 @@ void resultError(sqlite3_context* ctx, const OraError& e) {
 }
 
 void sysdate(sqlite3_context* ctx, int, sqlite3_value**) {
-  const QByteArray now = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toUtf8();
+  const QByteArray now = OracleDate::now().toUtf8();
   sqlite3_result_text(ctx, now.constData(), int(now.size()), SQLITE_TRANSIENT);
 }
 

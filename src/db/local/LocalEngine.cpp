@@ -1,4 +1,5 @@
 #include "db/local/LocalEngine.h"
+#include "db/local/OracleDate.h"
 
 #include "db/OraError.h"
 #include "db/local/Catalogue.h"
@@ -77,7 +78,7 @@ void createInstance(const QString& folder, const QString& systemPassword) {
         QStringLiteral(
             "INSERT INTO CAT.users(username, password, is_dba, user_id, created) VALUES ('SYSTEM', ?1, 1, 5, ?2)"),
         {Catalogue::hashPassword(systemPassword),
-         QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))});
+         OracleDate::now()});
     sqliteExec(db, QStringLiteral("COMMIT"));
   } catch (const SqliteFailure& f) {
     sqlite3_close(db);

@@ -1,4 +1,5 @@
 #include "db/local/SessionWatch.h"
+#include "db/local/OracleDate.h"
 
 #include "db/OraError.h"
 #include "db/local/Catalogue.h"
@@ -36,7 +37,7 @@ SessionWatch::SessionWatch(const QString& catalogueFile, sqlite3* side, const QS
                QStringLiteral("INSERT INTO CAT.sessions(serial, username, osuser, machine, program, pid, logon_time) "
                               "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
                {serial, user, processOwnerLogonName(), QSysInfo::machineHostName(), programName(), qlonglong(getpid()),
-                QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))});
+                OracleDate::now()});
     m_sid = sqlite3_last_insert_rowid(side);
     sqliteExec(side, QStringLiteral("COMMIT"));
   } catch (...) {
