@@ -10,5 +10,5 @@ DbEnvironment DbEnvironment::from(const QProcessEnvironment& env) {
       dataHome = env.value(QStringLiteral("HOME"), QDir::homePath()) + QStringLiteral("/.local/share");
     folder = dataHome + QStringLiteral("/dbsweep");
   }
-  return {folder};
+  return {folder, env.value(QStringLiteral("DBSWEEP_DEMO_DIR"))};
 }

@@ -7,7 +7,9 @@
 // <dataFolder>/instances/NAME.
 struct DbEnvironment final {
   QString dataFolder;
+  // The files local:demo is built from; empty means the "demo" folder next to the program.
+  QString demoFolder = {};
 
-  // $DBSWEEP_DATA_DIR, else $XDG_DATA_HOME/dbsweep (~/.local/share/dbsweep).
+  // $DBSWEEP_DATA_DIR, else $XDG_DATA_HOME/dbsweep (~/.local/share/dbsweep); $DBSWEEP_DEMO_DIR.
   static DbEnvironment from(const QProcessEnvironment& env);
 };

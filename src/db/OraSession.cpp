@@ -1,14 +1,25 @@
 #include "db/OraSession.h"
 
 #include "db/OraError.h"
+#include "db/local/DemoInstance.h"
 #include "db/local/LocalEngine.h"
+#include "platform/SystemInfo.h"
 
 namespace {
 
 std::shared_ptr<DbConnection> openBackend(const QString& host, const QString& user, const QString& password,
                                           const DbEnvironment& env) {
-  if (host.startsWith(QStringLiteral("local:"), Qt::CaseInsensitive))
-    return LocalEngine::connect(LocalEngine::folderFor(host.mid(6), env), user, password);
+  if (host.startsWith(QStringLiteral("local:"), Qt::CaseInsensitive)) {
+    const QString name = host.mid(6);
+    const QString folder = LocalEngine::folderFor(name, env);
+    // A new user's first logon goes to the demo, so it appears the first time it is asked for.
+    if (name == DemoInstance::Name) {
+      const QString source = DemoInstance::sourceFolder(env);
+      DemoInstance::ensure(folder, source);
+      DemoInstance::provideNameMasterFiles(source, programFolder());
+    }
+    return LocalEngine::connect(folder, user, password);
+  }
   throw OraError(12154, QStringLiteral("TNS:could not resolve the connect identifier specified "
                                        "(this build reaches Oracle servers only through local: instances)"));
 }

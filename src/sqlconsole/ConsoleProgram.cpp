@@ -3,10 +3,10 @@
 #include "db/OraError.h"
 #include "db/OraSession.h"
 #include "db/local/LocalEngine.h"
+#include "db/script/ScriptReader.h"
+#include "platform/Terminal.h"
 #include "sqlconsole/ConsoleOptions.h"
 #include "sqlconsole/ConsoleRunner.h"
-#include "sqlconsole/ScriptReader.h"
-#include "platform/Terminal.h"
 
 #include <QDir>
 #include <QFile>

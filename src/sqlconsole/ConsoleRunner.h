@@ -1,7 +1,7 @@
 #pragma once
 
+#include "db/script/ScriptItem.h"
 #include "sqlconsole/ResultPrinter.h"
-#include "sqlconsole/ScriptItem.h"
 
 #include <QTextStream>
 

@@ -1,6 +1,6 @@
 #include "sqlconsole/StatementFeedback.h"
 
-#include "sqlconsole/SqlWords.h"
+#include "db/script/SqlWords.h"
 
 #include <QHash>
 

@@ -1,4 +1,4 @@
-#include "sqlconsole/ScriptReader.h"
+#include "db/script/ScriptReader.h"
 
 #include <QTest>
 

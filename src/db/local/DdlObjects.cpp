@@ -1,8 +1,8 @@
 // The DDL of indexes, views, sequences, comments, drops, users, grants and sessions.
 #include "db/local/Catalogue.h"
-#include "db/local/OracleDate.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/LocalConnection.h"
+#include "db/local/OracleDate.h"
 #include "db/local/SessionWatch.h"
 
 #include <QDateTime>

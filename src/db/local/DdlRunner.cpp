@@ -18,6 +18,10 @@ DdlRunner::DdlRunner(LocalConnection& connection, const std::vector<SqlToken>& t
     : m_c(connection), m_sql(sql), m_t(tokens) {}
 
 qint64 DdlRunner::run() {
+  // DDL commits what the session had pending before it even looks at its objects, as Oracle
+  // does; killing a session is not DDL and leaves the killer's work pending.
+  if (!(m_t.peek().is(u"ALTER") && m_t.peek(1).is(u"SYSTEM")))
+    m_c.commitPending();
   if (m_t.accept(u"CREATE")) {
     const bool replace = m_t.accept(u"OR") ? (m_t.expect(u"REPLACE", 922), true) : false;
     if (m_t.accept(u"GLOBAL"))

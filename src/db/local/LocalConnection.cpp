@@ -1,5 +1,5 @@
 #include "db/local/LocalConnection.h"
-#include "db/local/OracleDate.h"
+#include "db/local/OracleFunctions.h"
 
 #include "db/local/Catalogue.h"
 #include "db/local/DdlRunner.h"
@@ -41,11 +41,6 @@ QString argText(sqlite3_value* v) {
 
 void resultError(sqlite3_context* ctx, const OraError& e) {
   sqlite3_result_error(ctx, e.message().toUtf8().constData(), -1);
-}
-
-void sysdate(sqlite3_context* ctx, int, sqlite3_value**) {
-  const QByteArray now = OracleDate::now().toUtf8();
-  sqlite3_result_text(ctx, now.constData(), int(now.size()), SQLITE_TRANSIENT);
 }
 
 // Sequence numbers are handed out outside the session's transaction, as Oracle does: a rollback
@@ -132,7 +127,7 @@ LocalConnection::~LocalConnection() {
 }
 
 void LocalConnection::registerFunctions() {
-  sqlite3_create_function_v2(m_db, "dbsweep_sysdate", 0, SQLITE_UTF8, this, sysdate, nullptr, nullptr, nullptr);
+  OracleFunctions::registerAll(m_db);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);
 }
@@ -177,7 +172,21 @@ QString LocalConnection::schemaOf(const QString& owner) {
 }
 
 SqlTranslator LocalConnection::translator() {
-  return SqlTranslator({m_logon.user, [this](const QString& owner) { return schemaOf(owner); }});
+  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}};
+  context.hasColumn = [this](std::vector<SqlToken> item, const QString& column) {
+    item.push_back(SqlToken{});
+    try {
+      SqliteStmt probe(m_db,
+                       QStringLiteral("SELECT * FROM ") + translator().translate(item) + QStringLiteral(" WHERE 0"));
+      for (int i = 0; i < probe.columnCount(); ++i)
+        if (probe.columnName(i).compare(column, Qt::CaseInsensitive) == 0)
+          return true;
+    } catch (const SqliteFailure&) {
+      // A FROM item that does not exist has no columns; the query reports it.
+    }
+    return false;
+  };
+  return SqlTranslator(context);
 }
 
 void LocalConnection::beginPending() {

@@ -17,7 +17,7 @@ struct SingleTable {
 
 SingleTable singleTable(const std::vector<SqlToken>& t) {
   SingleTable s;
-  if (!t[0].is(u"SELECT") || t[1].is(u"DISTINCT") || t[1].is(u"UNIQUE"))
+  if (!t[0].is(u"SELECT") || t[1].is(u"DISTINCT") || t[1].is(u"UNIQUE") || OuterJoins::contains(t, 0, t.size()))
     return {};
   int depth = 0;
   for (size_t i = 1; i < t.size(); ++i) {

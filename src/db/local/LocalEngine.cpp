@@ -77,8 +77,7 @@ void createInstance(const QString& folder, const QString& systemPassword) {
         db,
         QStringLiteral(
             "INSERT INTO CAT.users(username, password, is_dba, user_id, created) VALUES ('SYSTEM', ?1, 1, 5, ?2)"),
-        {Catalogue::hashPassword(systemPassword),
-         OracleDate::now()});
+        {Catalogue::hashPassword(systemPassword), OracleDate::now()});
     sqliteExec(db, QStringLiteral("COMMIT"));
   } catch (const SqliteFailure& f) {
     sqlite3_close(db);

@@ -62,6 +62,10 @@ QString SqlTranslator::labelOf(const std::vector<SqlToken>& t, size_t begin, siz
 }
 
 QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
+  if (OuterJoins::contains(t, begin, end)) {
+    const auto ansi = OuterJoins::rewrite(t, begin, end, m_context.hasColumn);
+    return translate(ansi, 0, ansi.size());
+  }
   QStringList out;
   for (size_t i = begin; i < end && t[i].kind != SqlToken::Kind::End;) {
     if (t[i].is(u"SELECT")) {
@@ -180,6 +184,8 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return upper;
     if (upper == u"SYSDATE")
       return QStringLiteral("dbsweep_sysdate()");
+    if (upper == u"SYSTIMESTAMP")
+      return QStringLiteral("SYSTIMESTAMP()");
     if (upper == u"USER")
       return quoteText(m_context.user);
     if (upper == u"ROWID")

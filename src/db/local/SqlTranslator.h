@@ -1,5 +1,6 @@
 #pragma once
 
+#include "db/local/OuterJoins.h"
 #include "db/local/SqlLexer.h"
 
 #include <functional>
@@ -13,6 +14,8 @@ public:
     QString user;
     // The SQLite schema name for an owner, attaching it if needed; "" when no such user.
     std::function<QString(const QString& owner)> schemaOf;
+    // Places a (+) written on an unqualified column.
+    OuterJoins::HasColumn hasColumn;
   };
 
   explicit SqlTranslator(Context context) : m_context(std::move(context)) {}

@@ -1,7 +1,7 @@
-#include "sqlconsole/AnonymousBlock.h"
+#include "db/script/AnonymousBlock.h"
 
 #include "db/OraError.h"
-#include "sqlconsole/SqlWords.h"
+#include "db/script/SqlWords.h"
 
 namespace {
 

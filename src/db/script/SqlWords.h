@@ -2,7 +2,7 @@
 
 #include <QStringList>
 
-// The few lexical questions the console asks about a statement's text.
+// The few lexical questions script reading and the console ask about a statement's text.
 namespace SqlWords {
 
 // Characters of an unquoted Oracle name ($ and # included, as in V$SESSION and SERIAL#).

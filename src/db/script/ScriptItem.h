@@ -4,7 +4,7 @@
 
 #include <optional>
 
-// One thing a script asks the console to do, in script order.
+// One thing a script asks whoever runs it (the console, the demo loader) to do, in script order.
 struct ScriptItem final {
   enum class Kind {
     Statement,   // SQL to run
@@ -12,7 +12,7 @@ struct ScriptItem final {
     Prompt,      // text to print
     ErrorMode,   // WHENEVER SQLERROR: whether a failing statement stops the run
     Exit,        // EXIT or QUIT: the run ends here
-    Failure,     // text the console refuses to run; text holds the error message
+    Failure,     // text that cannot be run; text holds the error message
     Unterminated // input ended inside a statement, which SQL*Plus leaves unrun in its buffer
   };
 

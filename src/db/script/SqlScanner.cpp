@@ -1,6 +1,6 @@
-#include "sqlconsole/SqlScanner.h"
+#include "db/script/SqlScanner.h"
 
-#include "sqlconsole/SqlWords.h"
+#include "db/script/SqlWords.h"
 
 namespace {
 

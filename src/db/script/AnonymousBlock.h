@@ -1,12 +1,13 @@
 #pragma once
 
-#include "sqlconsole/ScriptItem.h"
+#include "db/script/ScriptItem.h"
 
 #include <QList>
 
-// An anonymous block ([DECLARE] BEGIN ... END;) whose body is nothing but SQL statements: the
-// console runs those one by one. Anything PL/SQL proper (declarations, assignments, IF, loops,
-// nested blocks, exception handlers) is refused before any of it runs, as a compile error would.
+// An anonymous block ([DECLARE] BEGIN ... END;) whose body is nothing but SQL statements: whoever
+// runs the script runs those one by one. Anything PL/SQL proper (declarations, assignments, IF,
+// loops, nested blocks, exception handlers) is refused before any of it runs, as a compile error
+// would.
 class AnonymousBlock final {
 public:
   // text and code come from SqlScanner; text starts on script line firstLine.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "sqlconsole/ScriptItem.h"
-#include "sqlconsole/SqlScanner.h"
+#include "db/script/ScriptItem.h"
+#include "db/script/SqlScanner.h"
 
 #include <QList>
 

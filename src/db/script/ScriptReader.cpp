@@ -1,7 +1,7 @@
-#include "sqlconsole/ScriptReader.h"
+#include "db/script/ScriptReader.h"
 
-#include "sqlconsole/AnonymousBlock.h"
-#include "sqlconsole/SqlWords.h"
+#include "db/script/AnonymousBlock.h"
+#include "db/script/SqlWords.h"
 
 #include <QRegularExpression>
 

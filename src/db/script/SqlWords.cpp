@@ -1,4 +1,4 @@
-#include "sqlconsole/SqlWords.h"
+#include "db/script/SqlWords.h"
 
 bool SqlWords::isNameChar(QChar c) { return c.isLetterOrNumber() || c == u'_' || c == u'$' || c == u'#'; }
 

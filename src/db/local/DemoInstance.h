@@ -1,0 +1,50 @@
+#pragma once
+
+#include "db/DbEnvironment.h"
+
+#include <QString>
+#include <QStringList>
+
+// local:demo, the instance a new user logs on to first: the order system of a small
+// office-supply mail-order house, owned by QUIL. It is built on first use from the demo folder
+// (demo.sql, run as QUIL, and the two name-master files) plus rows generated here from a fixed
+// seed, so every copy holds the same data.
+namespace DemoInstance {
+
+inline const QString Name = QStringLiteral("demo");
+inline const QString SystemPassword = QStringLiteral("MANAGER");
+inline const QString Owner = QStringLiteral("QUIL");
+inline const QString OwnerPassword = QStringLiteral("QTJL");
+// The previous system's schema: look-alike tables that QUIL's catalogue must not show.
+inline const QString OldOwner = QStringLiteral("QUIL_OLD");
+inline const QString OldOwnerPassword = QStringLiteral("QUILOLD");
+
+inline const QString ScriptFile = QStringLiteral("demo.sql");
+inline const QStringList NameMasterFiles = {QStringLiteral("TBTBLM.dat"), QStringLiteral("TBCLMM.dat")};
+
+// Sizes of the generated data.
+constexpr int Customers = 360;
+constexpr int Orders = 3600;
+constexpr int ContactRecords = 1500;
+constexpr int AccessLogRows = 200000;
+
+// env.demoFolder ($DBSWEEP_DEMO_DIR), else the "demo" folder beside the running program.
+QString sourceFolder(const DbEnvironment& env);
+
+// Makes sure folder holds the demo instance, building it from the files in source when it does
+// not. Safe when several processes start at once: each builds in a sibling folder of its own and
+// renames it into place; one that loses the race drops its copy and uses the winner's. Raises
+// OraError naming what failed; a failed build leaves nothing behind.
+void ensure(const QString& folder, const QString& source);
+
+// Moves a freshly built instance into its place: true when it did; false when another instance
+// got there first, leaving built for the caller to remove. Raises OraError when the move fails
+// for any other reason.
+bool install(const QString& built, const QString& folder);
+
+// Copies the name-master files from source into programFolder where they are missing, since the
+// program reads them from its own folder. A folder that cannot be written is left alone: the
+// names then come from the master tables and comments only.
+void provideNameMasterFiles(const QString& source, const QString& programFolder);
+
+} // namespace DemoInstance

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+// Oracle's NUMBER on top of SQLite's two numeric types: conversions from and to text, and the
+// number format models of TO_CHAR and TO_NUMBER. Errors are raised as OraError.
+namespace OracleNumber {
+
+// A number as SQLite holds it: an integer when it is one, else a double.
+struct Value {
+  bool isInteger = true;
+  qint64 integer = 0;
+  double real = 0;
+
+  static Value of(qint64 i) { return {true, i, 0}; }
+  static Value of(double d) { return {false, 0, d}; }
+  double toDouble() const { return isInteger ? double(integer) : real; }
+  bool isNegative() const { return isInteger ? integer < 0 : real < 0; }
+};
+
+// A value as decimal digits, so that rounding happens in base ten as with Oracle's NUMBER: a
+// double 2.675 is 2.67499999… in binary, yet its shortest text, and Oracle's value, is 2.675.
+// The value is 0.d1d2d3… × 10^point.
+class Decimal final {
+public:
+  static Decimal from(const Value& v);
+
+  bool isZero() const { return m_digits.isEmpty(); }
+  bool isNegative() const { return m_negative; }
+  // Digits left of the decimal point; negative or zero for a value below one.
+  int point() const { return m_point; }
+  const QByteArray& digits() const { return m_digits; }
+
+  // Keeps places digits after the decimal point (negative: zeroes that many before it).
+  Decimal rounded(int places) const;
+  Decimal truncated(int places) const;
+  // Multiplied by ten to the power of shift.
+  Decimal shifted(int shift) const;
+
+  // The integer digits ("" below one) and exactly places digits of the fraction.
+  QByteArray integerDigits() const;
+  QByteArray fractionDigits(int places) const;
+
+  Value value() const;
+  // As TO_CHAR prints a number without a format model: "1.5", ".5", "-3".
+  QString text() const;
+
+private:
+  Decimal cut(int places, bool roundUp) const;
+
+  bool m_negative = false;
+  QByteArray m_digits; // no leading or trailing zeros; empty for zero
+  int m_point = 0;
+};
+
+// A number written as Oracle accepts it: sign, digits, decimal point, exponent, blanks around.
+std::optional<Value> parse(QStringView text);
+// As parse, raising ORA-01722 for text that is no number.
+Value fromText(QStringView text);
+inline QString toText(const Value& v) { return Decimal::from(v).text(); }
+
+// TO_CHAR(number, format) and TO_NUMBER(text, format); ORA-01481 for a model they cannot read.
+QString format(const Value& v, QStringView model);
+Value parse(QStringView text, QStringView model);
+
+} // namespace OracleNumber
