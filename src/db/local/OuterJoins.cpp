@@ -307,9 +307,11 @@ bool contains(const std::vector<SqlToken>& tokens, size_t begin, size_t end) {
 std::vector<SqlToken> rewrite(const std::vector<SqlToken>& tokens, size_t begin, size_t end,
                               const HasColumn& hasColumn) {
   Tokens out;
-  Rewriter(tokens, hasColumn).range(begin, std::min(end, tokens.size()), out);
-  if (out.empty() || out.back().kind != SqlToken::Kind::End)
-    out.push_back(SqlToken{});
+  end = std::min(end, tokens.size());
+  while (end > begin && tokens[end - 1].kind == SqlToken::Kind::End)
+    --end;
+  Rewriter(tokens, hasColumn).range(begin, end, out);
+  out.push_back(SqlToken{});
   return out;
 }
 
