@@ -129,6 +129,25 @@ private Q_SLOTS:
     QCOMPARE(rows("select cust_no from customers minus select cust_no from orders where order_no < 100"),
              QStringList({"2"}));
     QCOMPARE(rows("select user from dual"), QStringList({"SALES"}));
+    // ROWNUM limits the rows before ORDER BY sorts them, as in Oracle.
+    exec("insert into customers (cust_no, cust_name) values (3, 'C')");
+    exec("insert into customers (cust_no, cust_name) values (4, 'D')");
+    // Which two rows is Oracle's choice too; that they are two, match and come sorted is defined.
+    const QStringList two =
+        rows("select cust_no from customers where rownum <= 2 and cust_no > 1 order by cust_no desc");
+    QCOMPARE(two.size(), 2);
+    QVERIFY(two[0].toInt() > two[1].toInt() && two[1].toInt() > 1);
+    QCOMPARE(rows("select cust_no from customers where rownum <= 2 and cust_no > 1"), QStringList({"2", "3"}));
+    QCOMPARE(rows("select count(*) from customers where rownum < 3"), QStringList({"2"})); // limited before counting
+    QCOMPARE(
+        rows("select c.rank_code, count(*) from sales.customers c where rownum <= 3 group by c.rank_code order by 1"),
+        QStringList({"A|1", "B|2"}));
+    QCOMPARE(rows("select count(*) from (select cust_no from customers where 3 > rownum)"), QStringList({"2"}));
+    QCOMPARE(rows("select cust_no from customers where rownum = 1").size(), 1);
+    QCOMPARE(rows("select cust_no from customers where rownum > 1"), QStringList());
+    QCOMPARE(
+        rows("select cust_no, rownum from customers where cust_no in (select cust_no from customers where rownum < 2)"),
+        QStringList({"1|1"}));
   }
 
   void ddlCommitsAndTruncateAndDrop() {

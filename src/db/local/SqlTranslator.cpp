@@ -1,6 +1,7 @@
 #include "db/local/SqlTranslator.h"
 
 #include "db/OraError.h"
+#include "db/local/RownumLimits.h"
 
 #include <QSet>
 
@@ -65,6 +66,12 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
   if (OuterJoins::contains(t, begin, end)) {
     const auto ansi = OuterJoins::rewrite(t, begin, end, m_context.hasColumn);
     return translate(ansi, 0, ansi.size());
+  }
+  if (RownumLimits::contains(t, begin, end) && !m_rownumDone) {
+    const auto limited = RownumLimits::rewrite(t, begin, end);
+    SqlTranslator inner(m_context);
+    inner.m_rownumDone = true;
+    return inner.translate(limited, 0, limited.size());
   }
   QStringList out;
   for (size_t i = begin; i < end && t[i].kind != SqlToken::Kind::End;) {
@@ -188,6 +195,9 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return QStringLiteral("SYSTIMESTAMP()");
     if (upper == u"USER")
       return quoteText(m_context.user);
+    // ROWNUM outside a limiting condition numbers the rows as they come.
+    if (upper == u"ROWNUM")
+      return QStringLiteral("ROW_NUMBER() OVER ()");
     if (upper == u"ROWID")
       return QStringLiteral("rowid");
     if ((upper == u"FIRST" || upper == u"LAST") && i >= 2 && t[i - 2].is(u"NULLS"))

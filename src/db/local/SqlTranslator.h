@@ -35,4 +35,5 @@ private:
   QString selectList(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
 
   Context m_context;
+  bool m_rownumDone = false; // ROWNUM conditions are already limits
 };
