@@ -228,6 +228,24 @@ private Q_SLOTS:
     auto readOnly = m_db->CreateDynaset("select order_no from orders", 4);
     QCOMPARE(errorOf([&] { readOnly->Delete(); }), 1732);
   }
+
+  void datesCompareWithLiteralsAndReadInTheSessionFormat() {
+    exec("delete from orders");
+    exec("insert into orders (order_no, cust_no, order_date) values (1, 1, '2004/1/5')");
+    exec("insert into orders (order_no, cust_no, order_date) values (2, 1, '2004/02/01 09:30:00')");
+    exec("insert into orders (order_no, cust_no, order_date) values (3, 1, '2004/12/31 09:30:00')");
+    exec("insert into orders (order_no, cust_no, order_date) values (4, 2, to_date('20050101', 'YYYYMMDD'))");
+    // A literal with its trailing parts left out is that day's midnight.
+    QCOMPARE(rows("select order_no from orders where order_date between '2004/01/01' and '2004/12/31' order by 1"),
+             QStringList({"1", "2"}));
+    QCOMPARE(rows("select order_no from orders where order_date = '2004/01/05 00:00:00'"), QStringList({"1"}));
+    QCOMPARE(rows("select order_no from orders where order_date >= '2004/2/1 9:30' order by 1"),
+             QStringList({"2", "3", "4"}));
+    // Sorted as dates, read in one form whatever form they were written in.
+    QCOMPARE(rows("select order_date from orders order by order_date"),
+             QStringList({"2004/01/05", "2004/02/01 09:30:00", "2004/12/31 09:30:00", "2005/01/01"}));
+    QCOMPARE(rows("select min(order_date), max(order_date) from orders"), QStringList({"2004/01/05|2005/01/01"}));
+  }
 };
 
 QTEST_GUILESS_MAIN(TestStatements)

@@ -548,6 +548,8 @@ QString DdlRunner::tableDdl(const QString& owner, const QString& table, const QS
   while (cols.step()) {
     const QString name = cols.text(0);
     QString def = q(name) + u' ' + cols.text(1);
+    if (cols.text(1) == u"DATE")
+      def += QStringLiteral(" COLLATE ORADATE");
     if (namedNotNull.contains(name))
       def += QStringLiteral(" CONSTRAINT %1 NOT NULL").arg(q(namedNotNull.value(name)));
     else if (notNull.contains(name))

@@ -4,10 +4,13 @@
 #include "db/local/Catalogue.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/LocalDynaset.h"
+#include "db/local/OracleDateTime.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
 
 #include <QDateTime>
+
+#include <cstring>
 
 namespace {
 
@@ -31,6 +34,34 @@ Kind kindOf(const std::vector<SqlToken>& t) {
       first.is(u"GRANT") || first.is(u"REVOKE"))
     return Kind::Ddl;
   return Kind::Unknown;
+}
+
+bool canonicalDate(const char* s, int n) {
+  return n == 19 && s[4] == '/' && s[7] == '/' && s[10] == ' ' && s[13] == ':' && s[16] == ':';
+}
+
+QByteArray normalizedDate(const char* s, int n) {
+  const QString text = QString::fromUtf8(s, n);
+  try {
+    if (const auto date = OracleDateTime::parseStored(text))
+      return OracleDateTime::stored(*date).toUtf8();
+  } catch (const OraError&) {
+    // Not a date after all (2004/02/30): it compares as the text it is.
+  }
+  return text.toUtf8();
+}
+
+// The collation of DATE columns: a column compared with a literal written in the session's
+// date format ('2004/12/31', '2004/1/5 9:30') compares as the dates, as Oracle converts the
+// literal to a DATE.
+int compareDates(void*, int n1, const void* p1, int n2, const void* p2) {
+  const auto* s1 = static_cast<const char*>(p1);
+  const auto* s2 = static_cast<const char*>(p2);
+  if (canonicalDate(s1, n1) && canonicalDate(s2, n2))
+    return std::memcmp(s1, s2, 19);
+  const QByteArray a = canonicalDate(s1, n1) ? QByteArray(s1, n1) : normalizedDate(s1, n1);
+  const QByteArray b = canonicalDate(s2, n2) ? QByteArray(s2, n2) : normalizedDate(s2, n2);
+  return a.compare(b);
 }
 
 LocalConnection* self(sqlite3_context* ctx) { return static_cast<LocalConnection*>(sqlite3_user_data(ctx)); }
@@ -127,6 +158,7 @@ LocalConnection::~LocalConnection() {
 }
 
 void LocalConnection::registerFunctions() {
+  sqlite3_create_collation_v2(m_db, "ORADATE", SQLITE_UTF8, nullptr, compareDates, nullptr);
   OracleFunctions::registerAll(m_db);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);

@@ -1,6 +1,7 @@
 #include "db/local/LocalDynaset.h"
 
 #include "db/local/LocalConnection.h"
+#include "db/local/OracleDateTime.h"
 #include "db/local/TokenCursor.h"
 
 namespace {
@@ -83,9 +84,35 @@ LocalDynaset::LocalDynaset(std::shared_ptr<LocalConnection> connection, const QS
   }
   const int n = m_stmt->columnCount() - (m_deleteSql.isEmpty() ? 0 : 1);
   for (int i = 0; i < n; ++i) {
+    const QString declared = m_stmt->declaredType(i);
+    m_dates.push_back(declared == u"DATE" ? DateColumn::Yes : declared.isEmpty() ? DateColumn::Maybe : DateColumn::No);
     m_names << m_stmt->columnName(i);
     m_index.insert(m_names.last().toUpper(), i);
   }
+}
+
+// DATE values read in the session's format, without the time when it is midnight. A DATE
+// column may hold a value as it was written ('2004/1/5'): it reads in the full form. An
+// expression (MAX(date), SYSDATE, TO_DATE(...)) has no declared type: its text tells, so a
+// text that reads as a date in the session's format is shown as one.
+QVariant LocalDynaset::shown(QVariant value, int column) const {
+  if (column >= int(m_dates.size()) || m_dates[size_t(column)] == DateColumn::No ||
+      value.typeId() != QMetaType::QString)
+    return value;
+  const QString text = value.toString();
+  const bool canonical = text.size() == 19 && text[4] == u'/' && text[7] == u'/' && text[10] == u' ' &&
+                         text[13] == u':' && text[16] == u':' && text[0].isDigit();
+  if (canonical)
+    return text.endsWith(QStringLiteral(" 00:00:00")) ? QVariant(text.left(10)) : value;
+  if (m_dates[size_t(column)] == DateColumn::Maybe && !(text.size() >= 8 && text[4] == u'/'))
+    return value;
+  try {
+    if (const auto date = OracleDateTime::parseStored(text))
+      return OracleDateTime::defaultText(*date);
+  } catch (const OraError&) {
+    // Not a date after all: shown as the text it is.
+  }
+  return value;
 }
 
 QString LocalDynaset::FieldName(int index) const {
@@ -110,7 +137,7 @@ bool LocalDynaset::fetchTo(qint64 row) {
     const int n = m_stmt->columnCount();
     values.reserve(n);
     for (int i = 0; i < n; ++i)
-      values << m_stmt->column(i);
+      values << shown(m_stmt->column(i), i);
     if (m_options == NoCache && !m_rows.empty()) {
       m_first += qint64(m_rows.size());
       m_rows.clear();

@@ -32,7 +32,9 @@ public:
 
 private:
   LocalDynaset(std::shared_ptr<LocalConnection> connection, const QString& sql, int options, QString deleteSql);
+  enum class DateColumn { No, Yes, Maybe };
   bool fetchTo(qint64 row);
+  QVariant shown(QVariant value, int column) const;
   const QVariantList& current();
 
   std::shared_ptr<LocalConnection> m_connection;
@@ -42,6 +44,7 @@ private:
   std::unique_ptr<SqliteStmt> m_stmt;
   QStringList m_names;
   QHash<QString, int> m_index;
+  std::vector<DateColumn> m_dates;
   std::vector<QVariantList> m_rows; // cached rows; a no-cache dynaset holds the current one only
   qint64 m_first = 0;               // row number of m_rows[0]
   qint64 m_pos = 0;                 // current row number
