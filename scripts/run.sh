@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds DBSWEEP and starts it. Arguments go to the program
-# (user, password and host log on at once: scripts/run.sh QUIL QTJL local:demo).
+# (user, password and host log on at once); without any it logs on to the demo instance.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -12,4 +12,5 @@ if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
 fi
 ensure_packages "${PACKAGES[@]}" fonts-noto-cjk
 build
+[ $# -gt 0 ] || set -- QUIL QTJL local:demo
 exec "$BUILD_DIR/src/dbsweep" "$@"

@@ -11,4 +11,4 @@ else
   build
 fi
 cd "$BUILD_DIR"
-ctest --output-on-failure --parallel "$(nproc)"
+ctest --output-on-failure --parallel "$(nproc)" --label-exclude fuzz

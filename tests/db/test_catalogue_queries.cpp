@@ -216,6 +216,9 @@ private Q_SLOTS:
                  "a.kokyaku_no"),
              25156);
     QCOMPARE(err("select a.name(+) from kokyaku a, juchu b"), 30563);
+    QCOMPARE(err("select * from kokyaku a, juchu b where 1 (+) = a.kokyaku_no"), 936);
+    QCOMPARE(err("select * from kokyaku a, juchu b where z.kokyaku_no(+) = a.kokyaku_no"), 904);
+    QCOMPARE(text, QString("ORA-00904: \"Z\".\"KOKYAKU_NO\": invalid identifier"));
     // Outer rows are kept with Nulls; a plain condition on the outer table still filters.
     QCOMPARE(rowsOf(*m_db,
                     "select a.kokyaku_no, b.juchu_no from kokyaku a, juchu b where b.kokyaku_no(+) = a.kokyaku_no "

@@ -37,7 +37,8 @@ private Q_SLOTS:
     QCOMPARE(rowsOf(*b, "select count(*) from t"), QStringList({"2"}));
     QCOMPARE(b->ExecuteSQL("insert into t values (3)"), qint64(1));
     // Each connection is a row of V$SESSION; the asking one is ACTIVE.
-    QCOMPARE(rowsOf(*a, "select count(*), count(distinct sid) from v$session where username = 'SALES'"), QStringList({"2|2"}));
+    QCOMPARE(rowsOf(*a, "select count(*), count(distinct sid) from v$session where username = 'SALES'"),
+             QStringList({"2|2"}));
     QCOMPARE(rowsOf(*a, "select count(*) from v$session where status = 'ACTIVE'"), QStringList({"1"}));
   }
 

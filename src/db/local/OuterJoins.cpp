@@ -159,8 +159,15 @@ private:
             qualified ? itemNamed(items, m_t[i].name()) : (marked ? itemWithColumn(items, m_t[i].name()) : -1);
         if (item >= 0)
           (marked ? outer : others).insert(item);
+        else if (marked) // no table in the FROM list has it
+          throw OraError(904,
+                         QStringLiteral("%1: invalid identifier")
+                             .arg(qualified ? u'"' + m_t[i].name() + QStringLiteral("\".\"") + m_t[last].name() + u'"'
+                                            : u'"' + m_t[i].name() + u'"'));
         i = last;
       }
+      if (outer.isEmpty()) // the (+) follows no column: a literal, an expression, a stray mark
+        throw OraError(936, QStringLiteral("missing expression"));
       if (outer.size() > 1)
         throw OraError(1468, QStringLiteral("a predicate may reference only one outer-joined table"));
       const int table = *outer.begin();

@@ -1,0 +1,180 @@
+// Feeds mutated Oracle SQL through the whole statement path of the embedded engine: tokenizer,
+// translator, outer joins, ROWNUM limits, DDL and SQLite. Every statement must end in rows or
+// in an Oracle error; a crash, a hang or any other exception fails the run.
+//
+// DBSWEEP_FUZZ_SECONDS sets how long it runs (60 by default); DBSWEEP_FUZZ_SEED repeats a run.
+
+#include "EngineFixture.h"
+
+#include "db/local/SqlLexer.h"
+
+#include <QElapsedTimer>
+#include <QRandomGenerator>
+
+#include <atomic>
+#include <cstdio>
+#include <mutex>
+#include <thread>
+
+namespace {
+
+const QStringList Seeds = {
+    "select a.table_name, b.tbl_nm, nvl(c.comments, a.table_name) from user_tables a, tbtblm b, "
+    "user_tab_comments c where b.tbl_id (+) = a.table_name and c.table_name (+) = a.table_name order by 1",
+    "select o.order_no, c.cust_name from orders o, customers c where o.cust_no = c.cust_no (+) and "
+    "c.rank_code (+) = 'A' union select order_no, null from orders minus select 1, 'x' from dual",
+    "select cust_no, decode(rank_code, 'A', 1, 'B', 2, 0), nvl2(credit, 'y', 'n') from customers where "
+    "cust_no in (select cust_no from orders where rownum <= 3 and amount > 10) and cust_name like 'S%'",
+    "select to_char(order_date, 'YYYY/MM/DD HH24:MI'), trunc(order_date, 'MM'), add_months(order_date, -2), "
+    "months_between(sysdate, order_date), last_day(order_date) from orders where order_date between "
+    "'2004/01/01' and '2004/12/31'",
+    "select substr(cust_name, 2, 3), instr(cust_name, 'a', -1), lpad(cust_no, 8, '0'), trim(' x '), "
+    "replace(cust_name, 'a'), upper(kana_name), round(credit / 3, 2), mod(cust_no, 7), greatest(1, 2, 3) "
+    "from customers where rownum < 5",
+    "select count(*), rank_code from customers group by rank_code having count(*) > 0 order by 2 desc",
+    "select order_seq.nextval, order_seq.currval, user, sysdate, systimestamp, rownum from dual",
+    "select owner, table_name, column_name, data_type, data_precision, data_scale from all_tab_columns where "
+    "upper(owner) = upper('sales') and table_name in (select table_name from all_tab_columns where "
+    "column_name = 'CUST_NO') order by table_name, column_id",
+    "select sid, serial#, username, status, machine, program from v$session where username is not null",
+    "select a.constraint_name, b.column_name, b.position from all_constraints a, all_cons_columns b where "
+    "a.owner = b.owner (+) and a.constraint_name = b.constraint_name (+) and a.constraint_type in ('P', 'U')",
+    "insert into orders (order_no, cust_no, order_date, amount, status) values (order_seq.nextval, 1, "
+    "to_date('2004/06/17', 'YYYY/MM/DD'), 1500.25, 'OPEN')",
+    "update orders set amount = amount * 1.1, status = decode(status, 'OPEN', 'DONE', status) where order_no > 0",
+    "delete from order_lines where order_no in (select order_no from orders where cust_no = 1)",
+    "create table work1 (id number(10) primary key, name varchar2(20) not null, created date default sysdate, "
+    "constraint work1_uk unique (name))",
+    "alter table work1 add (note varchar2(100), amount number(12, 2) check (amount >= 0))",
+    "comment on column work1.name is '名前'",
+    "create index work1_ix on work1 (created desc, name)",
+    "truncate table order_lines",
+    "drop table work1 cascade constraints",
+    "select * from (select cust_no, count(*) n from orders group by cust_no) where n > 1 and rownum <= 10",
+};
+
+const QStringList Interesting = {
+    "(+)",  "(",      ")",          ",",       "'",     "''",         "'x'",     "\"",     "\"Q\"",
+    "1",    "-1",     "1e309",      ".",       "*",     "/",          "||",      "=",      "<=",
+    "<>",   "!=",     ">",          "SELECT",  "FROM",  "WHERE",      "AND",     "OR",     "NOT",
+    "IN",   "EXISTS", "UNION",      "ALL",     "MINUS", "ROWNUM",     "DUAL",    "NULL",   "NVL(",
+    "(+",   "+)",     "SYSDATE",    "NEXTVAL", "ORDER", "BY",         "GROUP",   "HAVING", "DISTINCT",
+    "CASE", "WHEN",   "THEN",       "END",     "LIKE",  "ESCAPE",     "BETWEEN", ":b",     "--",
+    "/*",   "*/",     ";",          "\\",      "\t",    "日本",       "TABLE",   "CREATE", "ALTER",
+    "DROP", "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
+};
+
+// The statement the watchdog reports, and when it started.
+std::mutex g_currentLock;
+QString g_current;
+std::atomic<qint64> g_startedMs{-1};
+
+void setCurrent(const QString& sql, qint64 nowMs) {
+  std::lock_guard lock(g_currentLock);
+  g_current = sql;
+  g_startedMs = nowMs;
+}
+
+QString mutate(const QString& seed, QRandomGenerator& random) {
+  std::vector<SqlToken> tokens = tokenizeSql(seed);
+  QStringList parts;
+  for (const SqlToken& t : tokens)
+    if (t.kind != SqlToken::Kind::End)
+      parts << seed.mid(t.pos, t.length);
+  const int edits = 1 + int(random.bounded(4));
+  for (int e = 0; e < edits && !parts.isEmpty(); ++e) {
+    const auto at = qsizetype(random.bounded(int(parts.size())));
+    switch (random.bounded(6)) {
+    case 0: parts.removeAt(at); break;
+    case 1: parts.insert(at, parts[at]); break;
+    case 2: parts.swapItemsAt(at, qsizetype(random.bounded(int(parts.size())))); break;
+    case 3: parts.insert(at, Interesting[random.bounded(int(Interesting.size()))]); break;
+    case 4: // a character of the token changed into any character at all
+      if (!parts[at].isEmpty())
+        parts[at][random.bounded(int(parts[at].size()))] = QChar(char16_t(random.bounded(1, 0x3100)));
+      break;
+    default: parts = parts.mid(0, at); break;
+    }
+  }
+  return parts.join(u' ');
+}
+
+void runOne(OraDatabase& db, const QString& sql) {
+  if (sql.trimmed().startsWith(QStringLiteral("select"), Qt::CaseInsensitive)) {
+    auto d = db.CreateDynaset(sql, OraDynaset::ReadOnly);
+    for (qint64 r = 0; r < 1000 && !d->IsEOF(); ++r) {
+      for (int c = 0; c < d->FieldCount(); ++c)
+        d->Fields(c);
+      d->MoveNext();
+    }
+  } else {
+    db.ExecuteSQL(sql);
+  }
+}
+
+} // namespace
+
+class FuzzSql final : public QObject {
+  Q_OBJECT
+
+private Q_SLOTS:
+  void mutatedStatementsEndInRowsOrOracleErrors() {
+    const int seconds = qEnvironmentVariableIntValue("DBSWEEP_FUZZ_SECONDS") > 0
+                            ? qEnvironmentVariableIntValue("DBSWEEP_FUZZ_SECONDS")
+                            : 60;
+    const quint32 seed = qEnvironmentVariableIsSet("DBSWEEP_FUZZ_SEED")
+                             ? quint32(qEnvironmentVariableIntValue("DBSWEEP_FUZZ_SEED"))
+                             : QRandomGenerator::global()->generate();
+    std::printf("seed %u, %d seconds\n", seed, seconds);
+    QRandomGenerator random(seed);
+
+    QElapsedTimer clock;
+    clock.start();
+    std::atomic<bool> done{false};
+    std::thread watchdog([&] {
+      while (!done) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        const qint64 started = g_startedMs;
+        if (started >= 0 && clock.elapsed() - started > 10000) {
+          std::lock_guard lock(g_currentLock);
+          std::fprintf(stderr, "hang over 10 s on: %s\n", qPrintable(g_current));
+          std::abort();
+        }
+      }
+    });
+
+    qint64 executions = 0, oracleErrors = 0;
+    QString failure;
+    while (failure.isEmpty() && clock.elapsed() < seconds * 1000LL) {
+      EngineFixture fx;
+      auto db = fx.sales();
+      EngineFixture::run(*db, QStringLiteral(FIXTURES "/sales_schema.sql"));
+      db->ExecuteSQL("create table tbtblm (tbl_id varchar2(30), tbl_nm varchar2(60))");
+      // A fresh schema now and then: mutated DDL wears the old one away.
+      for (int i = 0; i < 3000 && failure.isEmpty() && clock.elapsed() < seconds * 1000LL; ++i) {
+        const QString& base = Seeds[random.bounded(int(Seeds.size()))];
+        const QString sql = random.bounded(10) == 0 ? base : mutate(base, random);
+        setCurrent(sql, clock.elapsed());
+        try {
+          runOne(*db, sql);
+        } catch (const OraError& e) {
+          ++oracleErrors;
+          if (e.number() <= 0)
+            failure = QStringLiteral("an error without an Oracle number for: ") + sql;
+        } catch (const std::exception& e) {
+          failure = QStringLiteral("%1 for: %2").arg(QString::fromLocal8Bit(e.what()), sql);
+        }
+        ++executions;
+      }
+      setCurrent(QString(), -1);
+    }
+    done = true;
+    watchdog.join();
+    std::printf("%lld executions, %lld ended in Oracle errors\n", executions, oracleErrors);
+    QVERIFY2(failure.isEmpty(), qPrintable(failure));
+    QVERIFY(executions > 0);
+  }
+};
+
+QTEST_GUILESS_MAIN(FuzzSql)
+#include "fuzz_sql.moc"
