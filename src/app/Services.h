@@ -1,5 +1,6 @@
 #pragma once
 
+struct AppEnvironment;
 class Clock;
 class MessageBoxes;
 class ProcessLauncher;
@@ -9,4 +10,5 @@ struct Services final {
   MessageBoxes& boxes;
   Clock& clock;
   ProcessLauncher& launcher;
+  const AppEnvironment& env;
 };

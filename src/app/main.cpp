@@ -1,3 +1,4 @@
+#include "app/AppEnvironment.h"
 #include "app/BDBSWEEP.h"
 #include "app/FDBSWEEP.h"
 #include "app/JVK_Cmn.h"
@@ -5,6 +6,7 @@
 #include "platform/Clock.h"
 #include "platform/PlatformRegistry.h"
 #include "platform/ProcessLauncher.h"
+#include "platform/SystemInfo.h"
 #include "widgets/QtMessageBoxes.h"
 
 #include <QApplication>
@@ -25,11 +27,14 @@ int main(int argc, char* argv[]) {
   QApplication::setApplicationName(QStringLiteral("DBSWEEP"));
 
   const auto env = QProcessEnvironment::systemEnvironment();
-  PlatformRegistry registry(PlatformRegistry::foldersFrom(env), env);
+  const PlatformRegistry::Folders folders = PlatformRegistry::foldersFrom(env);
+  PlatformRegistry registry(folders, env);
   QtMessageBoxes boxes;
   SystemClock clock;
   DetachedProcessLauncher launcher;
-  Services services{boxes, clock, launcher};
+  const AppEnvironment appEnv{programFolder(), folders.config, env.value(QStringLiteral("TNS_ADMIN")),
+                              DbEnvironment::from(env)};
+  Services services{boxes, clock, launcher, appEnv};
 
   BDBSWEEP state;
   state.gRegistry = std::make_unique<clsREG>(registry, boxes);

@@ -4,6 +4,7 @@
 #include "app/FDBSWEEP.h"
 #include "app/JVK_Cmn.h"
 #include "app/JVK_CmnUi.h"
+#include "app/AppEnvironment.h"
 #include "app/Services.h"
 #include "platform/Uptime.h"
 
@@ -108,7 +109,8 @@ private Q_SLOTS:
     ScriptedMessageBoxes boxes;
     ManualClock clock;
     RecordingLauncher launcher;
-    Services services{boxes, clock, launcher};
+    AppEnvironment env;
+    Services services{boxes, clock, launcher, env};
     FDBSWEEP window(state, services);
     window.show();
     QCOMPARE(window.objectName(), QString("FDBSWEEP"));
