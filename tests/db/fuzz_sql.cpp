@@ -99,6 +99,11 @@ QString mutate(const QString& seed, QRandomGenerator& random) {
   return parts.join(u' ');
 }
 
+int runSeconds() {
+  const int seconds = qEnvironmentVariableIntValue("DBSWEEP_FUZZ_SECONDS");
+  return seconds > 0 ? seconds : 60;
+}
+
 void runOne(OraDatabase& db, const QString& sql) {
   if (sql.trimmed().startsWith(QStringLiteral("select"), Qt::CaseInsensitive)) {
     auto d = db.CreateDynaset(sql, OraDynaset::ReadOnly);
@@ -119,9 +124,7 @@ class FuzzSql final : public QObject {
 
 private Q_SLOTS:
   void mutatedStatementsEndInRowsOrOracleErrors() {
-    const int seconds = qEnvironmentVariableIntValue("DBSWEEP_FUZZ_SECONDS") > 0
-                            ? qEnvironmentVariableIntValue("DBSWEEP_FUZZ_SECONDS")
-                            : 60;
+    const int seconds = runSeconds();
     const quint32 seed = qEnvironmentVariableIsSet("DBSWEEP_FUZZ_SEED")
                              ? quint32(qEnvironmentVariableIntValue("DBSWEEP_FUZZ_SEED"))
                              : QRandomGenerator::global()->generate();
@@ -176,5 +179,11 @@ private Q_SLOTS:
   }
 };
 
-QTEST_GUILESS_MAIN(FuzzSql)
+int main(int argc, char* argv[]) {
+  // Qt Test stops a test function after five minutes; a long run is meant to take longer.
+  qputenv("QTEST_FUNCTION_TIMEOUT", QByteArray::number((runSeconds() + 600) * 1000LL));
+  QCoreApplication app(argc, argv);
+  FuzzSql test;
+  return QTest::qExec(&test, argc, argv);
+}
 #include "fuzz_sql.moc"
