@@ -2,6 +2,7 @@
 
 #include "app/CommandArgs.h"
 #include "app/TextTable.h"
+#include "browser/NameMasters.h"
 #include "settings/clsREG.h"
 
 #include <QObject>
@@ -51,6 +52,12 @@ struct BDBSWEEP final {
   TextTable gTargets{2};
   TextTable gIndexes{2};
   TextTable gIndexColumns{2};
+
+  // The name-master files, read once at start-up.
+  NameMasters gNameMasters;
+
+  // The table whose columns the field grid shows; "" makes the next table chosen load afresh.
+  QString gCurTableID;
 
   // Hand-over between windows.
   QString gInfoTable;

@@ -2,10 +2,23 @@
 
 #include <QMainWindow>
 
+#include <array>
+
+class FlexGrid;
+class MainToolBar;
+class QCheckBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPushButton;
+class QTimer;
+class StatusPanel;
 struct BDBSWEEP;
 struct Services;
 
-// The main window.
+// The main window: the start-up object of the program and the frame around the schema browser,
+// the row filter, the jobs and their result list.
 class FDBSWEEP final : public QMainWindow {
   Q_OBJECT
   Q_DISABLE_COPY_MOVE(FDBSWEEP)
@@ -13,7 +26,75 @@ class FDBSWEEP final : public QMainWindow {
 public:
   FDBSWEEP(BDBSWEEP& state, Services& services, QWidget* parent = nullptr);
 
+  // The start-up sequence: settings, splash, name masters, and the logon the command line asks
+  // for. Runs once, before the window is first shown.
+  void load();
+  // One tick of Timer1: clock, job menu, resident entries, uptime.
+  void timerTick();
+  // Places the lists and grids for the current reference width.
+  void LayoutMainWindow();
+
+protected:
+  void closeEvent(QCloseEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  bool event(QEvent* event) override;
+
 private:
+  void buildTopBand(QWidget* central);
+  void buildGrids(QWidget* central);
+  void buildFilterAndButtons(QWidget* central);
+  void buildStatusBar();
+  void connectToolBar();
+  void applyStoredGeometry();
+  void readOracleHome();
+  void readPrintFont();
+  void logonFromCommandLine();
+  void showLogonCaption();
+
+  void CmdLogon_Click();
+  void cmdDefaultSize_Click();
+  void showVersionMessage();
+  void openDateTimeSettings();
+  // Settles work pending in this window before the session goes; false when the user cancels.
+  bool settlePendingWork();
+
   BDBSWEEP& m_state;
   Services& m_services;
+
+  QPushButton* m_cmdLogon = nullptr;
+  QPushButton* m_cmdDefaultSize = nullptr;
+  QCheckBox* m_chkTabNM = nullptr;
+  QCheckBox* m_chkFldNM = nullptr;
+  QLabel* m_lblOra = nullptr;
+  QLabel* m_label3 = nullptr;
+  FlexGrid* m_grdTable = nullptr;
+  FlexGrid* m_grdFIELD = nullptr;
+  FlexGrid* m_grdKey = nullptr;
+  FlexGrid* m_grdCount = nullptr;
+  QListWidget* m_lstTable = nullptr;
+  QGroupBox* m_frmWhere = nullptr;
+  std::array<QLabel*, 10> m_lblX{};
+  std::array<QLineEdit*, 10> m_txt1{};
+  std::array<QLineEdit*, 10> m_txt2{};
+  QLineEdit* m_txtAddWhere = nullptr;
+  QCheckBox* m_chkLstTable = nullptr;
+  QPushButton* m_cmdSearch = nullptr;
+  std::array<QPushButton*, 3> m_cmdAND{};
+  std::array<QPushButton*, 7> m_cmdJOB{};
+  QPushButton* m_cmdOpt = nullptr;
+  QPushButton* m_cmdPrint = nullptr;
+  QPushButton* m_cmdVer = nullptr;
+  QPushButton* m_cmdEnd = nullptr;
+  std::array<StatusPanel*, 5> m_panels{};
+  MainToolBar* m_tbar = nullptr;
+  QTimer* m_timer1 = nullptr;
+
+  // Layout values in twips, taken at design size before the stored geometry applies.
+  int m_designWidth = 0;
+  int m_designHeight = 0;
+  int m_designGridHeight = 0;  // grdTable and grdFIELD
+  int m_designListHeight = 0;  // lstTable
+  int m_designCountHeight = 0; // grdCount
+  int m_designU = 0;
+  int m_u = 0;
 };

@@ -43,6 +43,7 @@ int main(int argc, char* argv[]) {
   state.gWindowsUser = GetWindowsUserName();
 
   FDBSWEEP window(state, services);
+  window.load();
   window.show();
   return QApplication::exec();
 }

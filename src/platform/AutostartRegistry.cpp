@@ -61,7 +61,10 @@ QString AutostartRegistry::existingFile(const QString& name) const {
 std::optional<RegValue> AutostartRegistry::read(quint32, const QString&, const QString& name) {
   if (!validName(name))
     return std::nullopt;
-  QFile f(existingFile(name));
+  const QString path = existingFile(name);
+  if (path.isEmpty())
+    return std::nullopt;
+  QFile f(path);
   if (!f.open(QIODevice::ReadOnly))
     return std::nullopt;
   bool inEntry = false;

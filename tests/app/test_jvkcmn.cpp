@@ -1,10 +1,10 @@
 #include "FakeServices.h"
 #include "ScriptedMessageBoxes.h"
+#include "app/AppEnvironment.h"
 #include "app/BDBSWEEP.h"
 #include "app/FDBSWEEP.h"
 #include "app/JVK_Cmn.h"
 #include "app/JVK_CmnUi.h"
-#include "app/AppEnvironment.h"
 #include "app/Services.h"
 #include "platform/Uptime.h"
 

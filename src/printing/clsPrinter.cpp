@@ -1,0 +1,3 @@
+#include "printing/clsPrinter.h"
+
+clsPrinter::clsPrinter() : m_font(QStringLiteral("ＭＳ ゴシック"), 10) {}

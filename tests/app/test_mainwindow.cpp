@@ -1,0 +1,283 @@
+#include "FakeServices.h"
+#include "ScriptedMessageBoxes.h"
+#include "app/AppEnvironment.h"
+#include "app/BDBSWEEP.h"
+#include "app/FDBSWEEP.h"
+#include "app/FORA_Logon.h"
+#include "app/JVK_Cmn.h"
+#include "app/Services.h"
+#include "db/OraSession.h"
+#include "db/local/LocalEngine.h"
+#include "launcher/TrayAutoStart.h"
+#include "platform/PlatformRegistry.h"
+#include "printing/clsPrinter.h"
+#include "settings/RegSetting.h"
+#include "widgets/StatusPanel.h"
+#include "widgets/Twips.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+using Answer = MessageBoxes::Answer;
+
+namespace {
+
+// One machine: its settings store and folders survive from one start of the program to the next.
+struct Machine {
+  QTemporaryDir dir;
+  PlatformRegistry registry{{dir.path() + "/config", dir.path() + "/autostart"}, {}};
+  ScriptedMessageBoxes boxes;
+  ManualClock clock;
+  RecordingLauncher launcher;
+  AppEnvironment env{dir.path() + "/bin", dir.path() + "/config", QString(), DbEnvironment{dir.path() + "/data"}};
+  Services services{boxes, clock, launcher, env};
+
+  QString setting(const QString& key) {
+    clsREG reg(registry, boxes);
+    return RegSetting(reg, "R", "JVK", key, QString("<none>"));
+  }
+  void setSetting(const QString& key, const QString& value) {
+    clsREG reg(registry, boxes);
+    RegSetting(reg, "W", "JVK", key, value);
+  }
+  // An embedded instance whose SYSTEM password is "manager".
+  QString instance() {
+    const QString folder = dir.path() + "/inst";
+    if (!QFileInfo::exists(folder))
+      LocalEngine::createInstance(folder, "manager");
+    return "local:" + folder;
+  }
+};
+
+// One start of the program on a machine.
+struct Start {
+  explicit Start(Machine& m, const QString& commandLine = QString()) {
+    state.gRegistry = std::make_unique<clsREG>(m.registry, m.boxes);
+    state.gCommandArgs = SplitCommandLine(commandLine);
+    window = std::make_unique<FDBSWEEP>(state, m.services);
+  }
+  void load() {
+    window->load();
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+  }
+  template <typename T> T* find(const QString& name) { return window->findChild<T*>(name); }
+  QString panel(int i) { return find<StatusPanel>(QString("stsBar_%1").arg(i))->text(); }
+
+  BDBSWEEP state;
+  std::unique_ptr<FDBSWEEP> window;
+};
+
+QAction* menuEntry(FDBSWEEP& w, int button, int entry) {
+  return w.findChild<QToolButton*>(QString("tbar_%1").arg(button))->menu()->actions().at(entry);
+}
+
+} // namespace
+
+class TestMainWindow final : public QObject {
+  Q_OBJECT
+
+private Q_SLOTS:
+  void firstStartAsksOnceAndTheSecondRestoresWhereItWas() {
+    Machine m;
+    {
+      Start first(m);
+      m.boxes.expect(Answer::Yes);
+      first.load();
+      QCOMPARE(m.boxes.shown().size(), 1);
+      QCOMPARE(m.boxes.shown()[0].text, QString("常駐DBSWEEPを使用しますか"));
+      QCOMPARE(m.boxes.shown()[0].buttons, MessageBoxes::Buttons::YesNo);
+      QCOMPARE(m.launcher.launches().size(), 1);
+      QCOMPARE(m.launcher.launches()[0].program, m.env.programFolder + "/dbsweep-tray");
+      QCOMPARE(m.setting("PATH"), m.env.programFolder);
+      // The frame before any logon.
+      QVERIFY(first.panel(1).startsWith("Ver."));
+      QCOMPARE(first.panel(2), QString("ｵﾗｸﾙVer"));
+      QCOMPARE(first.panel(3), QString("ｾｯｼｮﾝ"));
+      QCOMPARE(first.find<QLabel>("lblOra")->text(), QString("User:\nHost:"));
+      QVERIFY(!first.find<QPushButton>("cmdSearch")->isEnabled());
+      for (int i = 0; i < 7; ++i)
+        QVERIFY(!first.find<QPushButton>(QString("cmdJOB_%1").arg(i))->isEnabled());
+      QCOMPARE(first.state.gPrinter->Font().pointSize(), 9);
+      QCOMPARE(first.state.gOracleHome, QString("ERROR")); // no Oracle client on this machine
+      QCOMPARE(first.window->size(),
+               QSize(twipsToPixelsX(first.window.get(), 12015), twipsToPixelsY(first.window.get(), 9840)));
+      // The companion is registered now: the menu offers to cancel that.
+      QVERIFY(!menuEntry(*first.window, 5, 3)->isVisible());
+      QVERIFY(menuEntry(*first.window, 5, 4)->isVisible());
+      first.find<QCheckBox>("chkFldNM")->setChecked(false);
+      first.window->move(150, 90);
+      first.window->resize(900, 700);
+      first.window->close();
+    }
+    QCOMPARE(m.setting("FieldID"), QString("0"));
+    QCOMPARE(m.setting("TableID"), QString("1"));
+
+    Start second(m);
+    second.load();
+    QCOMPARE(m.boxes.shown().size(), 1); // not asked again
+    QCOMPARE(second.window->size(), QSize(900, 700));
+    QCOMPARE(second.window->pos(), QPoint(150, 90));
+    QVERIFY(!second.find<QCheckBox>("chkFldNM")->isChecked());
+    QVERIFY(second.find<QCheckBox>("chkTabNM")->isChecked());
+    // Closing maximised keeps what the last normal close saved.
+    second.window->showMaximized();
+    second.window->close();
+    QCOMPARE(m.setting("FormWidth"), QString::number(pixelsToTwipsX(second.window.get(), 900)));
+  }
+
+  void firstStartWithoutTheCompanionRegistersNothing() {
+    Machine m;
+    m.launcher.setSucceeds(false);
+    Start s(m);
+    m.boxes.expect(Answer::Yes);
+    m.boxes.expect(Answer::Ok);
+    s.load();
+    QCOMPARE(m.boxes.shown().size(), 2);
+    QCOMPARE(m.boxes.shown()[1].text, "常駐DBSWEEPが" + m.env.programFolder + "に見つからないため、常駐設定出来ません");
+    clsREG reg(m.registry, m.boxes);
+    QVERIFY(!TrayAutoStartRegistered(reg));
+    QVERIFY(menuEntry(*s.window, 5, 3)->isVisible());
+    QCOMPARE(m.setting("PATH"), m.env.programFolder);
+  }
+
+  void commandLineLogsOnWithThreeWords() {
+    Machine m;
+    m.setSetting("PATH", "x"); // not a first start
+    const QString host = m.instance();
+    {
+      Start two(m, "system manager");
+      two.load();
+      QVERIFY(!two.state.gDatabase);
+      QVERIFY(m.boxes.shown().isEmpty());
+    }
+    {
+      Start three(m, "system\tmanager " + host + " extra words");
+      three.load();
+      QVERIFY(three.state.gDatabase);
+      QCOMPARE(three.state.gUser, QString("system"));
+      QCOMPARE(three.find<QLabel>("lblOra")->text(), "User:system\nHost:" + host);
+      // The command line captures no version texts; only the logon dialog does.
+      m.boxes.expect(Answer::Ok);
+      QTest::mouseClick(three.find<StatusPanel>("stsBar_2"), Qt::LeftButton);
+      QCOMPARE(m.boxes.shown().last().text, QString("\r\nオラクルに接続していません。"));
+      QCOMPARE(m.boxes.shown().last().title, QString("オラクルバージョン"));
+      QCOMPARE(m.boxes.shown().last().icon, MessageBoxes::Icon::Information);
+    }
+    Start wrong(m, "system nope " + host);
+    m.boxes.expect(Answer::Ok);
+    wrong.load();
+    QVERIFY(!wrong.state.gDatabase);
+    QCOMPARE(m.boxes.shown().last().text, QString("オラクルセッションが確立できません。"));
+    QCOMPARE(wrong.find<QLabel>("lblOra")->text(), "User:system\nHost:" + host);
+  }
+
+  void clockTickShowsTimeUptimeAndMirrorsTheJobButtons() {
+    Machine m;
+    m.setSetting("PATH", "x");
+    Start s(m);
+    s.load();
+    m.clock.setNow(QDateTime(QDate(2004, 12, 28), QTime(9, 5, 7)));
+    m.clock.setUptime(((26 * 60 + 3) * 60 + 4) * 1000);
+    auto* rollback = s.find<QPushButton>("cmdJOB_5");
+    rollback->setEnabled(true);
+    s.find<QPushButton>("cmdJOB_2")->hide();
+    s.find<QPushButton>("cmdJOB_0")->setText("件数!");
+    s.window->timerTick();
+    QCOMPARE(s.panel(5), QString(" 2004年12月28日(火) 09:05:07"));
+    QCOMPARE(s.find<QLabel>("Label3")->text(), "  ﾛｸﾞｵﾝ   :" + s.state.gWindowsUser + "\n  PC起動時間:1日 2:3:4");
+    QVERIFY(menuEntry(*s.window, 2, 5)->isEnabled());
+    QVERIFY(!menuEntry(*s.window, 2, 6)->isEnabled());
+    QVERIFY(!menuEntry(*s.window, 2, 2)->isVisible());
+    QCOMPARE(menuEntry(*s.window, 2, 0)->text(), QString("件数!"));
+    m.clock.setUptime(-1000);
+    s.window->timerTick();
+    QCOMPARE(s.find<QLabel>("Label3")->text(), "  ﾛｸﾞｵﾝ   :" + s.state.gWindowsUser + "\n  そろそろPC再起動してね");
+
+    // The SQL panel shows the last statement on a click; the clock panel opens the settings.
+    s.state.gLastSql = "select * from KOKYAKU";
+    QTest::mouseClick(s.find<StatusPanel>("stsBar_4"), Qt::LeftButton);
+    QCOMPARE(s.panel(4), QString("select * from KOKYAKU"));
+    QTest::mouseClick(s.find<StatusPanel>("stsBar_5"), Qt::LeftButton);
+    QCOMPARE(m.launcher.launches().last().program, QString("gnome-control-center"));
+    QCOMPARE(s.find<StatusPanel>("stsBar_3")->toolTip(), QString("セッション情報を表示"));
+    QCOMPARE(s.find<QPushButton>("CmdLogon")->toolTip(), QString("接続します"));
+  }
+
+  void pendingWorkIsSettledBeforeClosingOrLoggingOnAgain() {
+    Machine m;
+    m.setSetting("PATH", "x");
+    Start s(m, "system manager " + m.instance());
+    s.load();
+    s.state.gDatabase->ExecuteSQL("create table t (n number)");
+    s.state.gSession->BeginTrans();
+    s.state.gDatabase->ExecuteSQL("insert into t values (1)");
+    auto* rollback = s.find<QPushButton>("cmdJOB_5");
+    auto* commit = s.find<QPushButton>("cmdJOB_6");
+    rollback->setEnabled(true);
+    commit->setEnabled(true);
+
+    m.boxes.expect(Answer::Cancel);
+    QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
+    QVERIFY(s.state.gSession); // nothing released, no dialog
+    m.boxes.expect(Answer::Cancel);
+    QVERIFY(!s.window->close());
+    QVERIFY(s.window->isVisible());
+    QVERIFY(rollback->isEnabled());
+    QCOMPARE(m.setting("FormWidth"), QString("<none>"));
+
+    // No commits, then the logon dialog opens on a released session; cancelling it keeps the host.
+    m.boxes.expect(Answer::No);
+    bool dialogShown = false;
+    QTimer::singleShot(0, this, [&] {
+      auto* dialog = qobject_cast<FORA_Logon*>(QApplication::activeModalWidget());
+      dialogShown = dialog != nullptr;
+      if (dialog)
+        dialog->reject();
+    });
+    QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
+    QVERIFY(dialogShown);
+    QVERIFY(!s.state.gSession);
+    QVERIFY(!rollback->isEnabled() && !commit->isEnabled());
+    QCOMPARE(s.state.gHost, m.instance());
+    auto d = s.state.gDatabase->CreateDynaset("select count(*) from t", 4);
+    QCOMPARE(d->Fields(0).toInt(), 1);
+
+    // Nothing pending: closing asks nothing and saves the geometry.
+    const int shown = int(m.boxes.shown().size());
+    QVERIFY(s.window->close());
+    QCOMPARE(int(m.boxes.shown().size()), shown);
+    QVERIFY(m.setting("FormWidth") != "<none>");
+  }
+
+  void defaultSizeRestoresTheNormalWindow() {
+    Machine m;
+    m.setSetting("PATH", "x");
+    Start s(m);
+    s.load();
+    s.window->showMaximized();
+    QTest::mouseClick(s.find<QPushButton>("cmdDefaultSize"), Qt::LeftButton);
+    QVERIFY(!s.window->isMaximized());
+    QCOMPARE(s.window->width(), twipsToPixelsX(s.window.get(), 12015));
+    // Wider windows widen the grids with the reference width; the filter follows them.
+    // Wider windows widen the grids with the reference width, and the filter follows them;
+    // a taller window gives the extra height to the lists, not to the key grid.
+    const int narrow = s.find<QWidget>("frmWhere")->x();
+    const int tableHeight = s.find<QWidget>("grdTable")->height();
+    const int keyHeight = s.find<QWidget>("grdKey")->height();
+    s.window->resize(s.window->width() * 3 / 2, s.window->height() + 100);
+    QVERIFY(s.find<QWidget>("frmWhere")->x() > narrow);
+    QVERIFY(qAbs(s.find<QWidget>("grdTable")->height() - tableHeight - 100) <= 1);
+    QCOMPARE(s.find<QWidget>("grdKey")->height(), keyHeight);
+  }
+};
+
+QTEST_MAIN(TestMainWindow)
+#include "test_mainwindow.moc"
