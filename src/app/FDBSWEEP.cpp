@@ -34,6 +34,7 @@
 #include <QTimer>
 
 #include <cmath>
+#include <optional>
 
 namespace {
 
@@ -413,33 +414,39 @@ void FDBSWEEP::LayoutMainWindow() {
   const auto keepHeight = [&](QWidget* w, int x, int y, int width) {
     w->setGeometry(px(x), py(y), px(width), w->height());
   };
+  // A grid's width is its columns plus a border; Qt's frame is wider than that border, so the
+  // frame is added on top, or the last column would hide under a scroll bar.
+  const auto placeGrid = [&](FlexGrid* g, int x, int y, int width, std::optional<int> height = std::nullopt) {
+    g->setGeometry(px(x), py(y), px(width) + 2 * g->frameWidth(), height ? py(*height) : g->height());
+  };
 
   m_grdTable->setColWidth(0, int(std::lround(2.1 * u)));
   const int tableWidth = m_grdTable->ColWidth(0) + 20;
-  keepHeight(m_grdTable, Margin, GridsTop, tableWidth);
+  placeGrid(m_grdTable, Margin, GridsTop, tableWidth);
 
-  const int fieldLeft = Margin + tableWidth + 20;
+  const auto after = [this](QWidget* w, int gap) { return pixelsToTwipsX(this, w->geometry().right() + 1) + gap; };
+  const int fieldLeft = after(m_grdTable, 20);
   const double fieldWidths[] = {0.5, 1.5, 1.0, 0.5, 0.5};
   int fieldWidth = 20;
   for (int c = 0; c < 5; ++c) {
     m_grdFIELD->setColWidth(c, int(std::lround(fieldWidths[c] * u)));
     fieldWidth += m_grdFIELD->ColWidth(c);
   }
-  keepHeight(m_grdFIELD, fieldLeft, GridsTop, fieldWidth);
+  placeGrid(m_grdFIELD, fieldLeft, GridsTop, fieldWidth);
 
-  const int keyLeft = fieldLeft + fieldWidth + 20;
+  const int keyLeft = after(m_grdFIELD, 20);
   m_grdKey->setColWidth(0, int(std::lround(0.5 * u)));
   m_grdKey->setColWidth(1, int(std::lround(1.5 * u)));
   for (int c = 2; c < 9; ++c)
     m_grdKey->setColWidth(c, 0);
   const int keyWidth = m_grdKey->ColWidth(0) + 20 + m_grdKey->ColWidth(1);
-  place(m_grdKey, keyLeft, GridsTop, keyWidth, KeyGridHeight);
+  placeGrid(m_grdKey, keyLeft, GridsTop, keyWidth, KeyGridHeight);
 
   const int listWidth = int(std::lround(2.4 * u)) + 20 + 232;
   keepHeight(m_lstTable, keyLeft, GridsTop + KeyGridHeight + Margin, listWidth);
 
   // Everything else follows the grids.
-  const int left = keyLeft + std::max(keyWidth, listWidth) + Margin;
+  const int left = std::max(after(m_grdKey, Margin), after(m_lstTable, Margin));
   const int boxWidth = int(std::lround(1.75 * u));
   for (int i = 0; i < 10; ++i) {
     const int y = 300 + i * FilterRowPitch;
@@ -466,5 +473,5 @@ void FDBSWEEP::LayoutMainWindow() {
     place(last[size_t(i)], left + i * (ButtonWidth + 30), y, ButtonWidth, ButtonHeight);
   y += ButtonHeight + 30;
   m_grdCount->setColWidth(0, int(std::lround(2.9 * u)));
-  keepHeight(m_grdCount, left, y, m_grdCount->ColWidth(0) + 240);
+  placeGrid(m_grdCount, left, y, m_grdCount->ColWidth(0) + 240);
 }

@@ -55,6 +55,8 @@ FORA_Logon::FORA_Logon(BDBSWEEP& state, Services& services, QWidget* parent)
   txtPWD = new QLineEdit(fraStep3);
   txtPWD->setObjectName(QStringLiteral("txtPWD"));
   txtPWD->setEchoMode(QLineEdit::Password);
+  // One "*" per character, whatever the style would draw.
+  txtPWD->setStyleSheet(QStringLiteral("QLineEdit { lineedit-password-character: 42; }"));
   cmbHost = new QComboBox(fraStep3);
   cmbHost->setObjectName(QStringLiteral("cmbHost"));
   cmbHost->setEditable(true);

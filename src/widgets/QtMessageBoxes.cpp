@@ -28,6 +28,20 @@ std::vector<std::pair<QMessageBox::StandardButton, Answer>> buttonsOf(MessageBox
   return {{QMessageBox::Ok, Answer::Ok}};
 }
 
+// The captions a Japanese desktop gives these buttons; Qt's own are English without a
+// translation installed.
+QString captionOf(QMessageBox::StandardButton b) {
+  switch (b) {
+  case QMessageBox::Yes: return QStringLiteral("はい(&Y)");
+  case QMessageBox::No: return QStringLiteral("いいえ(&N)");
+  case QMessageBox::Cancel: return QStringLiteral("キャンセル");
+  case QMessageBox::Abort: return QStringLiteral("中止(&A)");
+  case QMessageBox::Retry: return QStringLiteral("再試行(&R)");
+  case QMessageBox::Ignore: return QStringLiteral("無視(&I)");
+  default: return QStringLiteral("OK");
+  }
+}
+
 QMessageBox::Icon iconOf(MessageBoxes::Icon i) {
   switch (i) {
   case MessageBoxes::Icon::Critical: return QMessageBox::Critical;
@@ -45,7 +59,7 @@ MessageBoxes::Answer QtMessageBoxes::show(const Box& box) {
   QMessageBox mb(iconOf(box.icon), box.title, box.text, QMessageBox::NoButton, QApplication::activeWindow());
   const auto buttons = buttonsOf(box.buttons);
   for (const auto& [standard, answer] : buttons)
-    mb.addButton(standard);
+    mb.addButton(standard)->setText(captionOf(standard));
   const size_t def = size_t(qBound(1, box.defaultButton, int(buttons.size())) - 1);
   mb.setDefaultButton(buttons[def].first);
   // Closing the box with Escape or its close button counts as Cancel where there is one, else
