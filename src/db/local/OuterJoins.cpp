@@ -305,18 +305,13 @@ private:
 } // namespace
 
 bool contains(const std::vector<SqlToken>& tokens, size_t begin, size_t end) {
-  for (size_t i = begin; i < end && i < tokens.size(); ++i)
-    if (tokens[i].is(u"(+)"))
-      return true;
-  return false;
+  return containsToken(tokens, begin, end, u"(+)");
 }
 
 std::vector<SqlToken> rewrite(const std::vector<SqlToken>& tokens, size_t begin, size_t end,
                               const HasColumn& hasColumn) {
   Tokens out;
-  end = std::min(end, tokens.size());
-  while (end > begin && tokens[end - 1].kind == SqlToken::Kind::End)
-    --end;
+  end = withoutEndTokens(tokens, begin, end);
   Rewriter(tokens, hasColumn).range(begin, end, out);
   out.push_back(SqlToken{});
   return out;

@@ -177,16 +177,11 @@ private:
 } // namespace
 
 bool contains(const std::vector<SqlToken>& tokens, size_t begin, size_t end) {
-  for (size_t i = begin; i < end && i < tokens.size(); ++i)
-    if (tokens[i].is(u"ROWNUM"))
-      return true;
-  return false;
+  return containsToken(tokens, begin, end, u"ROWNUM");
 }
 
 std::vector<SqlToken> rewrite(const std::vector<SqlToken>& tokens, size_t begin, size_t end) {
-  end = std::min(end, tokens.size());
-  while (end > begin && tokens[end - 1].kind == SqlToken::Kind::End)
-    --end;
+  end = withoutEndTokens(tokens, begin, end);
   Tokens out;
   Rewriter(tokens).range(begin, end, out);
   out.push_back(SqlToken{});

@@ -3,6 +3,7 @@
 #include "db/OraError.h"
 
 #include <QStringList>
+#include <algorithm>
 
 namespace {
 
@@ -128,4 +129,18 @@ std::vector<SqlToken> tokenizeSql(const QString& sql) {
   }
   tokens.push_back(SqlToken{SqlToken::Kind::End, QString(), n, 0, line});
   return tokens;
+}
+
+bool containsToken(const std::vector<SqlToken>& tokens, size_t begin, size_t end, QStringView s) {
+  for (size_t i = begin; i < end && i < tokens.size(); ++i)
+    if (tokens[i].is(s))
+      return true;
+  return false;
+}
+
+size_t withoutEndTokens(const std::vector<SqlToken>& tokens, size_t begin, size_t end) {
+  end = std::min(end, tokens.size());
+  while (end > begin && tokens[end - 1].kind == SqlToken::Kind::End)
+    --end;
+  return end;
 }

@@ -32,3 +32,8 @@ struct SqlToken final {
 // End token. Raises OraError for an unterminated string (ORA-01756) or quoted name (ORA-01740)
 // and for a character SQL cannot hold (ORA-00911).
 std::vector<SqlToken> tokenizeSql(const QString& sql);
+
+// Whether tokens [begin, end) hold a word or symbol equal to s.
+bool containsToken(const std::vector<SqlToken>& tokens, size_t begin, size_t end, QStringView s);
+// end, moved back before any End tokens and clamped to the list: where a rewrite's input stops.
+size_t withoutEndTokens(const std::vector<SqlToken>& tokens, size_t begin, size_t end);
