@@ -58,6 +58,7 @@ struct BDBSWEEP final {
 
   // The table whose columns the field grid shows; "" makes the next table chosen load afresh.
   QString gCurTableID;
+  QString gCurTableName;
 
   // Hand-over between windows.
   QString gInfoTable;

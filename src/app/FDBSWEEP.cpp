@@ -8,6 +8,8 @@
 #include "app/JVK_Cmn.h"
 #include "app/MainToolBar.h"
 #include "app/Services.h"
+#include "browser/BrowserGrids.h"
+#include "browser/Catalogues.h"
 #include "db/ConnectOracle.h"
 #include "db/OraSession.h"
 #include "jobs/PendingTransaction.h"
@@ -17,6 +19,7 @@
 #include "printing/clsPrinter.h"
 #include "settings/RegSetting.h"
 #include "widgets/FlexGrid.h"
+#include "widgets/HourGlass.h"
 #include "widgets/MessageBoxes.h"
 #include "widgets/StatusPanel.h"
 #include "widgets/Twips.h"
@@ -55,6 +58,9 @@ constexpr int FilterLabelWidth = 450;
 constexpr int FilterFrameHeight = 300 + 10 * FilterRowPitch + Margin;
 
 const QString JVK = QStringLiteral("JVK");
+const QString ErrorTitle = QStringLiteral("エラー");
+// The marker of a column that is already a key.
+const QColor KeyMarker(0, 255, 0);
 
 QString readSetting(BDBSWEEP& state, const QString& area, const QString& key, const QString& def) {
   return RegSetting(*state.gRegistry, QStringLiteral("R"), area, key, def);
@@ -108,6 +114,8 @@ void FDBSWEEP::buildTopBand(QWidget* central) {
   m_chkTabNM->setObjectName(QStringLiteral("chkTabNM"));
   m_chkFldNM = new QCheckBox(QStringLiteral("項目ID表示"), central);
   m_chkFldNM->setObjectName(QStringLiteral("chkFldNM"));
+  connect(m_chkTabNM, &QCheckBox::clicked, this, &FDBSWEEP::chkTabNM_Click);
+  connect(m_chkFldNM, &QCheckBox::clicked, this, &FDBSWEEP::chkFldNM_Click);
   m_cmdDefaultSize = button(central, QStringLiteral("cmdDefaultSize"), QStringLiteral("ﾃﾞﾌｫﾙﾄ ｻｲｽﾞ"));
   const auto place = [this](QWidget* w, int x, int y, int width, int height) {
     w->setGeometry(twipsToPixelsX(this, x), twipsToPixelsY(this, y), twipsToPixelsX(this, width),
@@ -139,6 +147,25 @@ void FDBSWEEP::buildGrids(QWidget* central) {
   m_lstTable = new QListWidget(central);
   m_lstTable->setObjectName(QStringLiteral("lstTable"));
   m_lstTable->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  writeGridHeadings();
+  // Nothing to choose from until a catalogue is loaded.
+  m_grdFIELD->setEnabled(false);
+  m_grdKey->setEnabled(false);
+  m_browser = new BrowserGrids(m_grdTable, m_grdFIELD, m_grdKey, this);
+  connect(m_browser, &BrowserGrids::loadFields, this, &FDBSWEEP::LoadColumnCatalogue);
+}
+
+void FDBSWEEP::writeGridHeadings() {
+  m_grdTable->setTextMatrix(0, 0, QStringLiteral("ﾃｰﾌﾞﾙ"));
+  const QStringList fieldHeadings = {QString(), QStringLiteral("項目名"), QStringLiteral("属性"),
+                                     QStringLiteral("桁数"), QStringLiteral("小数")};
+  for (int c = 0; c < 5; ++c)
+    m_grdFIELD->setTextMatrix(0, c, fieldHeadings[c]);
+  const QStringList keyHeadings = fieldHeadings + QStringList{QString(), QStringLiteral("値１"), QString(),
+                                                              QStringLiteral("値２")};
+  for (int c = 0; c < 9; ++c)
+    m_grdKey->setTextMatrix(0, c, keyHeadings[c]);
+  lstCountClear();
 }
 
 void FDBSWEEP::buildFilterAndButtons(QWidget* central) {
@@ -151,11 +178,9 @@ void FDBSWEEP::buildFilterAndButtons(QWidget* central) {
     m_lblX[size_t(i)]->setAlignment(Qt::AlignCenter);
     m_txt2[size_t(i)] = new QLineEdit(m_frmWhere);
     m_txt2[size_t(i)]->setObjectName(QStringLiteral("txt2_%1").arg(i));
-    // A filter row appears with the key column it belongs to.
-    for (QWidget* w : {static_cast<QWidget*>(m_txt1[size_t(i)]), static_cast<QWidget*>(m_lblX[size_t(i)]),
-                       static_cast<QWidget*>(m_txt2[size_t(i)])})
-      w->hide();
   }
+  // A filter row appears with the key column it belongs to.
+  hideFilterRows();
   m_txtAddWhere = new QLineEdit(central);
   m_txtAddWhere->setObjectName(QStringLiteral("txtAddWhere"));
   m_txtAddWhere->setToolTip(QStringLiteral("WHERE句の後ろに連結する条件の入力欄です"));
@@ -302,6 +327,9 @@ void FDBSWEEP::logonFromCommandLine() {
   m_state.gHost = args.word(3);
   ConnectOracle(m_state, m_services.boxes, m_services.env.db);
   showLogonCaption();
+  // Even after a failed logon: the catalogue then says for itself that it has nothing.
+  if (!m_state.gHost.isEmpty())
+    LoadTableCatalogue();
 }
 
 void FDBSWEEP::showLogonCaption() {
@@ -342,6 +370,119 @@ void FDBSWEEP::CmdLogon_Click() {
   FORA_Logon dialog(m_state, m_services, this);
   dialog.exec();
   showLogonCaption();
+  if (!m_state.gHost.isEmpty())
+    LoadTableCatalogue();
+}
+
+void FDBSWEEP::LoadTableCatalogue() {
+  std::optional<TextTable> tables;
+  {
+    const HourGlass wait;
+    tables = ReadTableCatalogue(m_state.gDatabase.get(), m_state.gUser, TableMasterSettings(*m_state.gRegistry),
+                                m_state.gNameMasters);
+  }
+  m_cmdSearch->setEnabled(false);
+  if (tables) {
+    m_state.gTables = std::move(*tables);
+    m_state.gColumns.redim(0);
+    m_grdTable->setRows(m_state.gTables.upper() + 1);
+    ShowIdsOrNames(*m_grdTable, 0, m_state.gTables, m_chkTabNM->isChecked());
+    m_grdFIELD->setRows(1);
+    m_lstTable->clear();
+    disableTableJobs();
+    lstCountClear();
+    m_cmdSearch->setEnabled(true);
+    // A fresh list: whichever table is clicked next shows its columns, even the one shown before.
+    m_state.gCurTableID.clear();
+    m_state.gCurTableName.clear();
+    setWindowTitle(QStringLiteral("DBSWEEP"));
+  } else {
+    m_services.boxes.show(QStringLiteral("テーブル情報が取得できません。"), ErrorTitle, MessageBoxes::Buttons::Ok,
+                          MessageBoxes::Icon::Critical);
+  }
+  m_grdFIELD->setEnabled(false);
+  m_grdKey->setEnabled(false);
+  m_grdKey->setRows(1);
+  hideFilterRows();
+}
+
+void FDBSWEEP::LoadColumnCatalogue() {
+  m_grdTable->setCol(0);
+  if (m_grdTable->Rows() < 2 || m_grdTable->Text().isEmpty())
+    return;
+  const int row = m_grdTable->Row();
+  const QString id = m_state.gTables.at(0, row).trimmed();
+  if (id == m_state.gCurTableID)
+    return;
+  m_state.gCurTableID = id;
+  m_state.gCurTableName = m_state.gTables.at(1, row).trimmed();
+  setWindowTitle(id + QStringLiteral("「") + m_state.gCurTableName + QStringLiteral("」:DBSWEEP"));
+  m_grdKey->setRows(1);
+  hideFilterRows();
+  disableTableJobs();
+  m_lstTable->clear();
+
+  std::optional<TextTable> columns;
+  {
+    const HourGlass wait;
+    columns = ReadColumnCatalogue(m_state.gDatabase.get(), m_state.gUser, id,
+                                  ColumnMasterSettings(*m_state.gRegistry), m_state.gNameMasters);
+  }
+  if (!columns) {
+    m_services.boxes.show(QStringLiteral("サーバーの接続に失敗しました。"), ErrorTitle, MessageBoxes::Buttons::Ok,
+                          MessageBoxes::Icon::Critical);
+    return;
+  }
+  const int count = columns->upper();
+  m_state.gColumns.redim(count);
+  m_grdFIELD->setEnabled(true);
+  m_grdKey->setEnabled(true);
+  m_grdFIELD->setRows(count + 1);
+  for (int r = 1; r <= count; ++r) {
+    m_state.gColumns.set(0, r, columns->at(0, r));
+    m_state.gColumns.set(1, r, columns->at(1, r));
+    m_grdFIELD->setTextMatrix(r, 0, QString::number(r));
+    m_grdFIELD->setCellBackColor(r, 1, QColor());
+    for (int c = 2; c <= 4; ++c)
+      m_grdFIELD->setTextMatrix(r, c, columns->at(c, r));
+  }
+  ShowIdsOrNames(*m_grdFIELD, 1, m_state.gColumns, m_chkFldNM->isChecked());
+}
+
+void FDBSWEEP::lstCountClear() {
+  m_grdCount->setRows(1);
+  m_grdCount->setRow(0);
+  m_grdCount->setCol(0);
+  m_grdCount->setTextMatrix(0, 0, QStringLiteral("処理結果"));
+  m_grdCount->setCellAlignment(0, 0, Qt::AlignCenter);
+}
+
+void FDBSWEEP::hideFilterRows() {
+  for (int i = 0; i < 10; ++i) {
+    m_txt1[size_t(i)]->hide();
+    m_lblX[size_t(i)]->hide();
+    m_txt2[size_t(i)]->hide();
+  }
+}
+
+void FDBSWEEP::disableTableJobs() {
+  for (int i = 0; i <= 4; ++i)
+    m_cmdJOB[size_t(i)]->setEnabled(false);
+}
+
+void FDBSWEEP::chkTabNM_Click() {
+  const bool ids = m_chkTabNM->isChecked();
+  ShowIdsOrNames(*m_grdTable, 0, m_state.gTables, ids);
+  for (int i = 0; i < m_lstTable->count(); ++i) {
+    QListWidgetItem* item = m_lstTable->item(i);
+    item->setText(m_state.gTargets.at(ids ? 0 : 1, item->data(Qt::UserRole).toInt()));
+  }
+}
+
+void FDBSWEEP::chkFldNM_Click() {
+  const bool ids = m_chkFldNM->isChecked();
+  ShowIdsOrNames(*m_grdFIELD, 1, m_state.gColumns, ids);
+  ShowKeyNames(*m_grdKey, m_state.gColumns, ids);
 }
 
 void FDBSWEEP::cmdDefaultSize_Click() {

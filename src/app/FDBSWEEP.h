@@ -4,6 +4,7 @@
 
 #include <array>
 
+class BrowserGrids;
 class FlexGrid;
 class MainToolBar;
 class QCheckBox;
@@ -34,6 +35,14 @@ public:
   // Places the lists and grids for the current reference width.
   void LayoutMainWindow();
 
+  // Lists every table and view of the user in grdTable and drops everything chosen on the old
+  // list: columns, keys, filter rows, targets, results.
+  void LoadTableCatalogue();
+  // Shows the columns of the table in grdTable's current row, unless they are already shown.
+  void LoadColumnCatalogue();
+  // Empties the result list down to its heading.
+  void lstCountClear();
+
 protected:
   void closeEvent(QCloseEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
@@ -50,6 +59,12 @@ private:
   void readPrintFont();
   void logonFromCommandLine();
   void showLogonCaption();
+
+  void writeGridHeadings();
+  void hideFilterRows();
+  void disableTableJobs();
+  void chkTabNM_Click();
+  void chkFldNM_Click();
 
   void CmdLogon_Click();
   void cmdDefaultSize_Click();
@@ -87,6 +102,7 @@ private:
   QPushButton* m_cmdEnd = nullptr;
   std::array<StatusPanel*, 5> m_panels{};
   MainToolBar* m_tbar = nullptr;
+  BrowserGrids* m_browser = nullptr;
   QTimer* m_timer1 = nullptr;
 
   // Layout values in twips, taken at design size before the stored geometry applies.

@@ -166,14 +166,30 @@ void NameMasterFile::parse(QStringView text) {
   }
 }
 
+namespace {
+
+QString readMasterSetting(clsREG& registry, const QString& key, const QString& def) {
+  return RegSetting(registry, QStringLiteral("R"), QStringLiteral("JVK"), key, def);
+}
+
+} // namespace
+
+MasterTable TableMasterSettings(clsREG& registry) {
+  return {readMasterSetting(registry, QStringLiteral("TBLM"), QStringLiteral("TBTBLM")),
+          readMasterSetting(registry, QStringLiteral("TBLNM"), QStringLiteral("TBL_NM")),
+          readMasterSetting(registry, QStringLiteral("TBLID"), QStringLiteral("TBL_ID"))};
+}
+
+MasterTable ColumnMasterSettings(clsREG& registry) {
+  return {readMasterSetting(registry, QStringLiteral("CLMM"), QStringLiteral("TBCLMM")),
+          readMasterSetting(registry, QStringLiteral("CLMNM"), QStringLiteral("CLM_NM")),
+          readMasterSetting(registry, QStringLiteral("CLMID"), QStringLiteral("CLM_ID"))};
+}
+
 void LoadNameMasters(NameMasters& masters, clsREG& registry, const QStringList& folders) {
-  // Read each time: the options dialog may have changed them since the last load.
-  const QString tableFile = RegSetting(registry, QStringLiteral("R"), QStringLiteral("JVK"), QStringLiteral("TBLM"),
-                                       QStringLiteral("TBTBLM"));
-  loadFirstFound(masters.tables, tableFile + QStringLiteral(".dat"), folders);
-  const QString columnFile = RegSetting(registry, QStringLiteral("R"), QStringLiteral("JVK"), QStringLiteral("CLMM"),
-                                        QStringLiteral("TBCLMM"));
-  loadFirstFound(masters.columns, columnFile + QStringLiteral(".dat"), folders);
+  // The files are named after the master tables.
+  loadFirstFound(masters.tables, TableMasterSettings(registry).table + QStringLiteral(".dat"), folders);
+  loadFirstFound(masters.columns, ColumnMasterSettings(registry).table + QStringLiteral(".dat"), folders);
 }
 
 QString TableDisplayName(const NameMasters& masters, const QString& id) { return masters.tables.lookup(id); }

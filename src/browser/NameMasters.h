@@ -34,6 +34,19 @@ private:
   QHash<QString, int> m_firstIndex; // ID -> 0-based index of its first record
 };
 
+// A name-master table in the user's schema: its name and the columns that hold the ID and the
+// display name. Read from the settings each time, so a change in the options takes effect at the
+// next query.
+struct MasterTable final {
+  QString table;
+  QString nameColumn;
+  QString idColumn;
+};
+// "TBLM", "TBLNM", "TBLID" (defaults TBTBLM, TBL_NM, TBL_ID).
+MasterTable TableMasterSettings(clsREG& registry);
+// "CLMM", "CLMNM", "CLMID" (defaults TBCLMM, CLM_NM, CLM_ID).
+MasterTable ColumnMasterSettings(clsREG& registry);
+
 struct NameMasters final {
   NameMasterFile tables;
   NameMasterFile columns;

@@ -1,10 +1,14 @@
 #include "widgets/FlexGrid.h"
 
+#include "widgets/DragKind.h"
 #include "widgets/Twips.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QHeaderView>
+#include <QDrag>
+#include <QMimeData>
 #include <QMouseEvent>
+#include <QPainter>
 
 FlexGrid::FlexGrid(QWidget* parent) : QTableView(parent), m_model(new FlexGridModel(this)) {
   setModel(m_model);
@@ -159,6 +163,9 @@ void FlexGrid::takeSelectionFromView() {
 }
 
 void FlexGrid::headingPressed(int col) {
+  // The heading is row 0, as the mouse handlers count rows.
+  m_mouseRow = 0;
+  m_mouseCol = col;
   if (Rows() <= FixedRows())
     return;
   const bool extend = QGuiApplication::keyboardModifiers() & Qt::ShiftModifier;
@@ -173,14 +180,22 @@ void FlexGrid::trackMouse(const QPoint& pos) {
 
 void FlexGrid::mousePressEvent(QMouseEvent* event) {
   trackMouse(event->position().toPoint());
-  Q_EMIT MouseDown(event->button(), event->position().toPoint());
-  // Only the left button moves the current cell; a right click leaves the selection for the
-  // pop-up menu to act on.
-  if (event->button() == Qt::LeftButton)
+  m_dragKind.clear();
+  m_pressPos = event->position().toPoint();
+  // The left button moves the current cell before the handlers hear of the press, so they act on
+  // the row pressed; a right click leaves the selection for the pop-up menu to act on.
+  if (event->button() == Qt::LeftButton) {
     QTableView::mousePressEvent(event);
+    // A plain press inside a selected range leaves the view's selection as it was until the
+    // release; the grid's current cell is the one pressed at once.
+    if (m_mouseRow >= FixedRows() && !(event->modifiers() & Qt::ShiftModifier))
+      setSelection(m_mouseRow, m_mouseCol, m_mouseRow, m_mouseCol);
+  }
+  Q_EMIT MouseDown(event->button(), event->position().toPoint());
 }
 
 void FlexGrid::mouseReleaseEvent(QMouseEvent* event) {
+  m_dragKind.clear();
   QTableView::mouseReleaseEvent(event);
   if (event->button() == Qt::LeftButton)
     Q_EMIT Click();
@@ -194,5 +209,62 @@ void FlexGrid::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void FlexGrid::mouseMoveEvent(QMouseEvent* event) {
   trackMouse(event->position().toPoint());
+  if (!m_dragKind.isEmpty()) {
+    // While a row is being dragged the selection must not stretch after the mouse.
+    if ((event->buttons() & Qt::LeftButton) &&
+        (event->position().toPoint() - m_pressPos).manhattanLength() >= QApplication::startDragDistance())
+      startArmedDrag();
+    return;
+  }
   QTableView::mouseMoveEvent(event);
+}
+
+void FlexGrid::Drag(const QString& kind) { m_dragKind = kind; }
+
+void FlexGrid::startArmedDrag() {
+  const QString kind = std::exchange(m_dragKind, QString());
+  const QString text = TextMatrix(m_row, m_col);
+  auto* drag = new QDrag(this);
+  drag->setMimeData(MakeDragData(this, kind, text));
+  // A chip with the row's text follows the pointer, so the user sees what is being moved.
+  const QFontMetrics metrics = fontMetrics();
+  QPixmap chip(metrics.horizontalAdvance(text) + 12, metrics.height() + 6);
+  chip.fill(palette().color(QPalette::Highlight));
+  QPainter painter(&chip);
+  painter.setPen(palette().color(QPalette::HighlightedText));
+  painter.drawText(chip.rect(), Qt::AlignCenter, text);
+  painter.end();
+  drag->setPixmap(chip);
+  drag->setHotSpot(QPoint(-8, -8));
+  drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::CopyAction);
+  // The release ended the drag, not a press of the view's own.
+  setState(NoState);
+}
+
+void FlexGrid::setDropTarget(bool on) {
+  setAcceptDrops(on);
+  viewport()->setAcceptDrops(on);
+}
+
+void FlexGrid::dragEnterEvent(QDragEnterEvent* event) {
+  if (DragKindOf(event->mimeData(), this).isEmpty())
+    event->ignore();
+  else
+    event->acceptProposedAction();
+}
+
+void FlexGrid::dragMoveEvent(QDragMoveEvent* event) {
+  if (DragKindOf(event->mimeData(), this).isEmpty())
+    event->ignore();
+  else
+    event->acceptProposedAction();
+}
+
+void FlexGrid::dropEvent(QDropEvent* event) {
+  if (DragKindOf(event->mimeData(), this).isEmpty()) {
+    event->ignore();
+    return;
+  }
+  event->acceptProposedAction();
+  Q_EMIT DragDrop();
 }

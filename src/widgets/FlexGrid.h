@@ -61,6 +61,13 @@ public:
   int MouseRow() const { return m_mouseRow; }
   int MouseCol() const { return m_mouseCol; }
 
+  // Begins a manual drag of the current row: it leaves the grid once the mouse moves with the
+  // button still down, showing the current cell's text, and carries kind to the drop target. A
+  // release without moving ends it unused.
+  void Drag(const QString& kind);
+  // Whether rows dragged within this window may be dropped here (DragDrop reports them).
+  void setDropTarget(bool on);
+
   void Clear() { m_model->clear(); }
   // Sorts the selected rows (every body row when one row is selected) by the selected columns.
   void Sort(SortOrder order);
@@ -74,12 +81,16 @@ Q_SIGNALS:
   void MouseDown(Qt::MouseButton button, QPoint pos);
   void RowColChange();
   void SelChange();
+  void DragDrop();
 
 protected:
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dragMoveEvent(QDragMoveEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
 private:
   QModelIndex toIndex(int row, int col) const;
@@ -89,10 +100,13 @@ private:
   void headingPressed(int col);
   void trackMouse(const QPoint& pos);
   void applyColumnWidths();
+  void startArmedDrag();
 
   FlexGridModel* m_model;
   int m_row = 1, m_col = 0, m_rowSel = 1, m_colSel = 0;
   int m_mouseRow = -1, m_mouseCol = -1;
   bool m_showing = false;
+  QString m_dragKind; // a drag begun and waiting for the mouse to move
+  QPoint m_pressPos;
   std::vector<int> m_colTwips; // -1 = never set
 };

@@ -302,6 +302,8 @@ QVariant FlexGridModel::data(const QModelIndex& index, int role) const {
   const int col = index.column();
   switch (role) {
   case Qt::DisplayRole: return text(row, col);
+  // Narrow columns cut long texts short; the whole text is a hover away.
+  case Qt::ToolTipRole: return text(row, col);
   case Qt::BackgroundRole: {
     const QColor c = backColor(row, col);
     if (c.isValid())

@@ -1,4 +1,4 @@
-#include "FakeServices.h"
+#include "MainWindowFixture.h"
 #include "ScriptedMessageBoxes.h"
 #include "app/AppEnvironment.h"
 #include "app/BDBSWEEP.h"
@@ -28,52 +28,6 @@
 using Answer = MessageBoxes::Answer;
 
 namespace {
-
-// One machine: its settings store and folders survive from one start of the program to the next.
-struct Machine {
-  QTemporaryDir dir;
-  PlatformRegistry registry{{dir.path() + "/config", dir.path() + "/autostart"}, {}};
-  ScriptedMessageBoxes boxes;
-  ManualClock clock;
-  RecordingLauncher launcher;
-  AppEnvironment env{dir.path() + "/bin", dir.path() + "/config", QString(), DbEnvironment{dir.path() + "/data"}};
-  Services services{boxes, clock, launcher, env};
-
-  QString setting(const QString& key) {
-    clsREG reg(registry, boxes);
-    return RegSetting(reg, "R", "JVK", key, QString("<none>"));
-  }
-  void setSetting(const QString& key, const QString& value) {
-    clsREG reg(registry, boxes);
-    RegSetting(reg, "W", "JVK", key, value);
-  }
-  // An embedded instance whose SYSTEM password is "manager".
-  QString instance() {
-    const QString folder = dir.path() + "/inst";
-    if (!QFileInfo::exists(folder))
-      LocalEngine::createInstance(folder, "manager");
-    return "local:" + folder;
-  }
-};
-
-// One start of the program on a machine.
-struct Start {
-  explicit Start(Machine& m, const QString& commandLine = QString()) {
-    state.gRegistry = std::make_unique<clsREG>(m.registry, m.boxes);
-    state.gCommandArgs = SplitCommandLine(commandLine);
-    window = std::make_unique<FDBSWEEP>(state, m.services);
-  }
-  void load() {
-    window->load();
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-  }
-  template <typename T> T* find(const QString& name) { return window->findChild<T*>(name); }
-  QString panel(int i) { return find<StatusPanel>(QString("stsBar_%1").arg(i))->text(); }
-
-  BDBSWEEP state;
-  std::unique_ptr<FDBSWEEP> window;
-};
 
 QAction* menuEntry(FDBSWEEP& w, int button, int entry) {
   return w.findChild<QToolButton*>(QString("tbar_%1").arg(button))->menu()->actions().at(entry);
@@ -173,9 +127,13 @@ private Q_SLOTS:
     }
     Start wrong(m, "system nope " + host);
     m.boxes.expect(Answer::Ok);
+    m.boxes.expect(Answer::Ok);
     wrong.load();
     QVERIFY(!wrong.state.gDatabase);
-    QCOMPARE(m.boxes.shown().last().text, QString("オラクルセッションが確立できません。"));
+    // The table list is still asked for, and says for itself that it has nothing.
+    QCOMPARE(m.boxes.shown().size(), 3);
+    QCOMPARE(m.boxes.shown()[1].text, QString("オラクルセッションが確立できません。"));
+    QCOMPARE(m.boxes.shown()[2].text, QString("テーブル情報が取得できません。"));
     QCOMPARE(wrong.find<QLabel>("lblOra")->text(), "User:system\nHost:" + host);
   }
 

@@ -1,38 +1,15 @@
 // The catalogue, search and job statements exactly as the program builds them, run on the
 // embedded engine and compared with what Oracle returns for them.
 #include "EngineFixture.h"
+#include "browser/CatalogueSql.h"
 
 namespace {
 
 const QString User = QStringLiteral("app"); // as typed at logon: the queries upper() it
+const MasterTable ColumnMaster{QStringLiteral("TBCLMM"), QStringLiteral("CLM_NM"), QStringLiteral("CLM_ID")};
 
 QString tableCatalogue(const QString& tblm, const QString& tblid, const QString& tblnm) {
-  return "select A.TABLE_NAME TBLNM_A,A.NUM_ROWS NUMROWS,NVL(B." + tblnm + ",NVL(C.COMMENTS,A.TABLE_NAME)) TBLNM_K" +
-         " from ALL_TABLES A," + tblm + " B,ALL_TAB_COMMENTS C " + " WHERE upper(A.OWNER) = upper('" + User +
-         "') AND B." + tblid + " (+) = A.TABLE_NAME " +
-         " AND A.TABLE_NAME = C.TABLE_NAME(+) AND A.OWNER = C.OWNER(+) " + "UNION " +
-         "select A.VIEW_NAME TBLNM_A,-1 NUMROWS,NVL(B." + tblnm + ",NVL(C.COMMENTS,A.VIEW_NAME)) TBLNM_K" +
-         " from ALL_VIEWS A," + tblm + " B,ALL_TAB_COMMENTS C " + " WHERE upper(A.OWNER) = upper('" + User +
-         "') AND B." + tblid + " (+) = A.VIEW_NAME " + " AND A.VIEW_NAME = C.TABLE_NAME(+) AND A.OWNER = C.OWNER(+) " +
-         " order by 1";
-}
-
-QString tableCatalogueFallback() {
-  return "select A.TABLE_NAME TBLNM_A,A.NUM_ROWS NUMROWS,NVL(C.COMMENTS,A.TABLE_NAME) TBLNM_K" +
-         QString(" from ALL_TABLES A,ALL_TAB_COMMENTS C ") + " WHERE upper(A.OWNER) = upper('" + User + "') " +
-         " AND A.TABLE_NAME = C.TABLE_NAME(+) AND A.OWNER = C.OWNER(+) " + "UNION " +
-         "select A.VIEW_NAME TBLNM_A,-1 NUMROWS,NVL(C.COMMENTS,A.VIEW_NAME) TBLNM_K" +
-         " from ALL_VIEWS A,ALL_TAB_COMMENTS C " + " WHERE upper(A.OWNER) = upper('" + User + "') " +
-         " AND A.VIEW_NAME = C.TABLE_NAME(+) AND A.OWNER = C.OWNER(+) " + " order by 1";
-}
-
-QString columnQuery(const QString& table) {
-  return "select A.COLUMN_NAME,A.DATA_TYPE ,A.DATA_PRECISION ,A.DATA_SCALE ,A.DATA_LENGTH " +
-         QString(",NVL(B.CLM_NM,NVL(C.COMMENTS,A.COLUMN_NAME)) COLNM_K ") +
-         " from ALL_TAB_COLUMNS A,TBCLMM B,ALL_COL_COMMENTS C " + " WHERE upper(A.OWNER) = upper('" + User +
-         "') AND A.TABLE_NAME = '" + table + "'  AND B.CLM_ID (+) = A.COLUMN_NAME " +
-         "AND A.TABLE_NAME = C.TABLE_NAME AND A.COLUMN_NAME = C.COLUMN_NAME " + "AND A.OWNER = C.OWNER " +
-         " ORDER BY A.COLUMN_ID";
+  return TableCatalogueSql(User, MasterTable{tblm, tblnm, tblid});
 }
 
 // The search for tables holding every key column, nested as the program nests it.
@@ -127,25 +104,20 @@ private Q_SLOTS:
     // A missing master fails, and the fallback query answers with comments.
     QCOMPARE(errorOf([&] { m_db->CreateDynaset(tableCatalogue("NOMASTER", "TBL_ID", "TBL_NM"), 4); }), 942);
     QCOMPARE(errorOf([&] { m_db->CreateDynaset(tableCatalogue("TBTBLM", "NO_COLUMN", "TBL_NM"), 4); }), 904);
-    const QStringList fallback = rowsOf(*m_db, tableCatalogueFallback());
+    const QStringList fallback = rowsOf(*m_db, TableCatalogueFallbackSql(User));
     QCOMPARE(fallback.size(), 10);
     QCOMPARE(fallback[1], QString("KOKYAKU|<null>|customer master"));
     QCOMPARE(fallback[3], QString("MEMO|<null>|顧客メモ"));
   }
 
   void columnCatalogue() {
-    QCOMPARE(rowsOf(*m_db, columnQuery("JUCHU")),
+    QCOMPARE(rowsOf(*m_db, ColumnCatalogueSql(User, "JUCHU", ColumnMaster)),
              QStringList({"JUCHU_NO|NUMBER|10|0|22|JUCHU_NO", "KOKYAKU_NO|NUMBER|8|0|22|顧客番号",
                           "JUCHU_BI|DATE|<null>|<null>|7|受注日"}));
     // The master beats the comment.
-    QCOMPARE(rowsOf(*m_db, columnQuery("KOKYAKU")).value(0), QString("KOKYAKU_NO|NUMBER|8|0|22|顧客番号"));
+    QCOMPARE(rowsOf(*m_db, ColumnCatalogueSql(User, "KOKYAKU", ColumnMaster)).value(0), QString("KOKYAKU_NO|NUMBER|8|0|22|顧客番号"));
     // Column facts for the viewer: master else ID, no comments.
-    QCOMPARE(
-        rowsOf(*m_db,
-               "select A.COLUMN_NAME,A.DATA_TYPE ,A.DATA_PRECISION ,A.DATA_SCALE ,A.DATA_LENGTH "
-               ",NVL(B.CLM_NM,A.COLUMN_NAME) "
-               "COLNM_K from ALL_TAB_COLUMNS A,TBCLMM B WHERE upper(OWNER) = upper('app') AND TABLE_NAME = 'MEMO'  "
-               "AND B.CLM_ID (+) = A.COLUMN_NAME ORDER BY A.COLUMN_ID"),
+    QCOMPARE(rowsOf(*m_db, ColumnInfoSql(User, "MEMO", ColumnMaster)),
         QStringList({"KOKYAKU_NO|NUMBER|8|0|22|顧客番号", "BODY|VARCHAR2|<null>|<null>|200|BODY"}));
   }
 

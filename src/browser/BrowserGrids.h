@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+class FlexGrid;
+class TextTable;
+
+// Writes column col of rows 1..n of grid from the catalogue table: its IDs (field 0) when ids is
+// set, else its display names (field 1).
+void ShowIdsOrNames(FlexGrid& grid, int col, const TextTable& table, bool ids);
+// Rewrites the names of the key rows from the column table, through the field-grid row number
+// each key keeps in its cell 0.
+void ShowKeyNames(FlexGrid& keys, const TextTable& columns, bool ids);
+
+// The mouse and drag handling of a browser's three grids: the object grid (tables, or indexes in
+// the index browser), the field grid of the chosen object's columns, and the key grid. A click
+// or a drop of an object row shows its fields; a double-click or a drop moves a field into the
+// keys or a key back out. The window decides what each request means.
+class BrowserGrids final : public QObject {
+  Q_OBJECT
+  Q_DISABLE_COPY_MOVE(BrowserGrids)
+
+public:
+  BrowserGrids(FlexGrid* objects, FlexGrid* fields, FlexGrid* keys, QObject* parent);
+
+  // The kind of the drag last begun: "Table", "field" or "key".
+  const QString& DragSource() const { return m_dragSource; }
+
+Q_SIGNALS:
+  void loadFields();
+  void addKey();
+  void removeKey();
+  // The right button went down on a field grid that has rows.
+  void fieldMenu();
+
+private:
+  void objectsMouseDown();
+  void fieldsMouseDown(Qt::MouseButton button);
+  void keysMouseDown();
+  void beginDrag(FlexGrid* grid, const QString& kind);
+
+  FlexGrid* m_objects;
+  FlexGrid* m_fields;
+  FlexGrid* m_keys;
+  QString m_dragSource;
+};

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "browser/NameMasters.h"
+
+#include <QString>
+
+// The catalogue queries, built by plain concatenation as the DBA would type them: IDs go between
+// single quotes as they are, and the owner test upper-cases both sides so any spelling of the
+// user name matches. Each query that joins a name-master table has a fallback without it, for a
+// schema where the master or one of its configured columns does not exist.
+
+// Every table and view of user: TBLNM_A (ID), NUMROWS (-1 for views), TBLNM_K (display name:
+// master, else comment, else the ID), ordered by ID.
+QString TableCatalogueSql(const QString& user, const MasterTable& master);
+QString TableCatalogueFallbackSql(const QString& user);
+
+// The columns of one table in COLUMN_ID order: COLUMN_NAME, DATA_TYPE, DATA_PRECISION,
+// DATA_SCALE, DATA_LENGTH, COLNM_K (master, else comment, else the ID).
+QString ColumnCatalogueSql(const QString& user, const QString& table, const MasterTable& master);
+QString ColumnCatalogueFallbackSql(const QString& user, const QString& table);
+
+// The same column facts for the viewer and the export, where COLNM_K ignores comments.
+QString ColumnInfoSql(const QString& user, const QString& table, const MasterTable& master);
+QString ColumnInfoFallbackSql(const QString& user, const QString& table);

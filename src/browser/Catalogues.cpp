@@ -1,0 +1,98 @@
+#include "browser/Catalogues.h"
+
+#include "app/BDBSWEEP.h"
+#include "browser/CatalogueSql.h"
+#include "db/OraDatabase.h"
+#include "db/OraError.h"
+#include "widgets/MessageBoxes.h"
+
+namespace {
+
+// Reads every row of an open query into a table of the given width, one row per record from row
+// 1 on; fill writes row r from the current record. Nothing when the query did not open or a fetch
+// fails.
+template <typename Fill>
+std::optional<TextTable> readRows(std::unique_ptr<OraDynaset> d, int width, const Fill& fill) {
+  if (!d)
+    return std::nullopt;
+  try {
+    TextTable rows(width);
+    rows.redim(int(d->RecordCount()));
+    for (int r = 1; r <= rows.upper(); ++r, d->MoveNext())
+      fill(*d, rows, r);
+    d->Close();
+    return rows;
+  } catch (const OraError&) {
+    return std::nullopt;
+  }
+}
+
+// The column rows of a column query: numeric types show precision and scale, the others their
+// length. A name that is only the ID again may be known to the name-master file.
+std::optional<TextTable> readColumns(std::unique_ptr<OraDynaset> d, const NameMasters& names) {
+  return readRows(std::move(d), 5, [&names](OraDynaset& d, TextTable& columns, int r) {
+    const QString id = FieldText(d, QStringLiteral("COLUMN_NAME"));
+    const QString name = FieldText(d, QStringLiteral("COLNM_K"));
+    const QString type = FieldText(d, QStringLiteral("DATA_TYPE"));
+    const bool numeric = type.contains(QStringLiteral("NUM"));
+    columns.set(0, r, id);
+    columns.set(1, r, name == id ? ColumnDisplayName(names, id) : name);
+    columns.set(2, r, type);
+    columns.set(3, r, FieldText(d, numeric ? QStringLiteral("DATA_PRECISION") : QStringLiteral("DATA_LENGTH")));
+    columns.set(4, r, numeric ? FieldText(d, QStringLiteral("DATA_SCALE")) : QString());
+  });
+}
+
+} // namespace
+
+std::unique_ptr<OraDynaset> OpenWithFallback(OraDatabase* db, const QString& sql, const QString& fallback) {
+  if (!db)
+    return nullptr;
+  for (const QString& text : {sql, fallback}) {
+    try {
+      return db->CreateDynaset(text, OraDynaset::ReadOnly);
+    } catch (const OraError&) {
+      // The master is optional: a schema without it, or with other column names, still browses.
+    }
+  }
+  return nullptr;
+}
+
+QString FieldText(OraDynaset& dynaset, const QString& name) {
+  const QVariant v = dynaset.Fields(name);
+  return v.isValid() ? v.toString() : QString();
+}
+
+std::optional<TextTable> ReadTableCatalogue(OraDatabase* db, const QString& user, const MasterTable& master,
+                                            const NameMasters& names) {
+  auto d = OpenWithFallback(db, TableCatalogueSql(user, master), TableCatalogueFallbackSql(user));
+  return readRows(std::move(d), 2, [&names](OraDynaset& d, TextTable& tables, int r) {
+    const QString id = FieldText(d, QStringLiteral("TBLNM_A"));
+    const QString name = FieldText(d, QStringLiteral("TBLNM_K"));
+    // The query answers the ID itself when neither master nor comment names the table, and a
+    // comment that only repeats the ID says nothing either: then the file may know a name.
+    tables.set(0, r, id);
+    tables.set(1, r, name == id ? TableDisplayName(names, id) : name);
+  });
+}
+
+std::optional<TextTable> ReadColumnCatalogue(OraDatabase* db, const QString& user, const QString& table,
+                                             const MasterTable& master, const NameMasters& names) {
+  return readColumns(
+      OpenWithFallback(db, ColumnCatalogueSql(user, table, master), ColumnCatalogueFallbackSql(user, table)), names);
+}
+
+int LoadColumnInfo(BDBSWEEP& state, MessageBoxes& boxes) {
+  const QString& table = state.gInfoTable;
+  std::optional<TextTable> columns =
+      readColumns(OpenWithFallback(state.gDatabase.get(), ColumnInfoSql(state.gUser, table, ColumnMasterSettings(*state.gRegistry)),
+                                   ColumnInfoFallbackSql(state.gUser, table)),
+                  state.gNameMasters);
+  if (!columns) {
+    boxes.show(QStringLiteral("サーバーの接続に失敗しました。"), QStringLiteral("エラー"), MessageBoxes::Buttons::Ok,
+               MessageBoxes::Icon::Critical);
+    return 0;
+  }
+  state.gColumnInfo = *columns;
+  return state.gColumnInfo.upper();
+}

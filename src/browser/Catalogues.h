@@ -1,0 +1,36 @@
+#pragma once
+
+#include "app/TextTable.h"
+#include "browser/NameMasters.h"
+
+#include <memory>
+#include <optional>
+
+class MessageBoxes;
+class OraDatabase;
+class OraDynaset;
+struct BDBSWEEP;
+
+// Opens sql read-only and, when that raises any error, fallback instead. Null when both fail or
+// there is no database to ask.
+std::unique_ptr<OraDynaset> OpenWithFallback(OraDatabase* db, const QString& sql, const QString& fallback);
+
+// The text of a field, "" for Null.
+QString FieldText(OraDynaset& dynaset, const QString& name);
+
+// Every table and view of user, in ID order, as the table catalogue holds them: row r (from 1)
+// is (ID, display name). The display name is the master's, else the comment, else the
+// name-master file's, else the ID. Nothing when neither catalogue query runs.
+std::optional<TextTable> ReadTableCatalogue(OraDatabase* db, const QString& user, const MasterTable& master,
+                                            const NameMasters& names);
+
+// The columns of table in COLUMN_ID order, five fields per row: ID, display name (master, else
+// comment, else file, else ID), data type, precision (numeric types) or length, scale (numeric
+// types) or "". Nothing when neither query runs.
+std::optional<TextTable> ReadColumnCatalogue(OraDatabase* db, const QString& user, const QString& table,
+                                             const MasterTable& master, const NameMasters& names);
+
+// Fills state.gColumnInfo with the columns of state.gInfoTable for the viewer and the export
+// (display names from the master or the file, never from comments) and returns their count. On
+// failure it says so and returns 0.
+int LoadColumnInfo(BDBSWEEP& state, MessageBoxes& boxes);
