@@ -64,3 +64,30 @@ QString ColumnInfoFallbackSql(const QString& user, const QString& table) {
          ownerIs(QStringLiteral("OWNER"), user) + QStringLiteral(" AND TABLE_NAME = '") + table +
          QStringLiteral("'  ORDER BY A.COLUMN_ID");
 }
+
+QString TableMasterCheckSql(const QString& user, const QString& masterTable) {
+  return QStringLiteral("select TABLE_NAME from ALL_TABLES") + ownerIs(QStringLiteral("OWNER"), user) +
+         QStringLiteral(" AND TABLE_NAME = '") + masterTable + u'\'';
+}
+
+QString TableSearchSql(const QString& user, const QStringList& columns, const MasterTable* master) {
+  const QString owner = QStringLiteral("' and upper(owner) = upper('") + user + QStringLiteral("')");
+  QString s;
+  for (qsizetype k = 0; k + 1 < columns.size(); ++k) {
+    s = s.isEmpty() ? QStringLiteral("select distinct table_name from ALL_TAB_COLUMNS where COLUMN_NAME = '") +
+                          columns[k] + owner + u' '
+                    : QStringLiteral("select distinct table_name from ALL_TAB_COLUMNS WHERE TABLE_NAME in (") + s +
+                          QStringLiteral(") and COLUMN_NAME = '") + columns[k] + owner;
+  }
+  const QString last = columns.isEmpty() ? QString() : columns.last();
+  const QString within = s.isEmpty() ? QStringLiteral(" where COLUMN_NAME = '")
+                                     : QStringLiteral(" WHERE TABLE_NAME in (") + s +
+                                           QStringLiteral(") and COLUMN_NAME = '");
+  if (!master)
+    return QStringLiteral("select distinct table_name,TABLE_NAME TBLNM_K from ALL_TAB_COLUMNS") + within + last +
+           owner + u' ';
+  return QStringLiteral("select distinct table_name,NVL(B.") + master->nameColumn +
+         QStringLiteral(",TABLE_NAME) TBLNM_K from ALL_TAB_COLUMNS,") + master->table + QStringLiteral(" B") + within +
+         last + owner + QStringLiteral(" AND B.") + master->idColumn + QStringLiteral(" (+) = TABLE_NAME") +
+         (s.isEmpty() ? QStringLiteral(" ") : QString());
+}

@@ -3,6 +3,7 @@
 #include "browser/NameMasters.h"
 
 #include <QString>
+#include <QStringList>
 
 // The catalogue queries, built by plain concatenation as the DBA would type them: IDs go between
 // single quotes as they are, and the owner test upper-cases both sides so any spelling of the
@@ -22,3 +23,11 @@ QString ColumnCatalogueFallbackSql(const QString& user, const QString& table);
 // The same column facts for the viewer and the export, where COLNM_K ignores comments.
 QString ColumnInfoSql(const QString& user, const QString& table, const MasterTable& master);
 QString ColumnInfoFallbackSql(const QString& user, const QString& table);
+
+// Whether the table-name master exists for user: one row when it does.
+QString TableMasterCheckSql(const QString& user, const QString& masterTable);
+
+// The tables of user holding every one of columns (at least one), nested so that the last column
+// is tested over the tables holding all the others: table_name and TBLNM_K, which is the master's
+// name when master is given and the ID otherwise. Views count as tables.
+QString TableSearchSql(const QString& user, const QStringList& columns, const MasterTable* master);

@@ -82,6 +82,32 @@ std::optional<TextTable> ReadColumnCatalogue(OraDatabase* db, const QString& use
       OpenWithFallback(db, ColumnCatalogueSql(user, table, master), ColumnCatalogueFallbackSql(user, table)), names);
 }
 
+bool TableMasterExists(OraDatabase* db, const QString& user, const QString& masterTable) {
+  if (!db)
+    return false;
+  try {
+    return db->CreateDynaset(TableMasterCheckSql(user, masterTable), OraDynaset::ReadOnly)->RecordCount() > 0;
+  } catch (const OraError&) {
+    return false;
+  }
+}
+
+std::optional<TextTable> ReadTableSearch(OraDatabase* db, const QString& sql, const NameMasters& names) {
+  std::unique_ptr<OraDynaset> d;
+  try {
+    if (db)
+      d = db->CreateDynaset(sql, OraDynaset::ReadOnly);
+  } catch (const OraError&) {
+    return std::nullopt;
+  }
+  return readRows(std::move(d), 2, [&names](OraDynaset& d, TextTable& targets, int r) {
+    const QString id = FieldText(d, QStringLiteral("TABLE_NAME"));
+    const QString name = FieldText(d, QStringLiteral("TBLNM_K"));
+    targets.set(0, r, id);
+    targets.set(1, r, name == id ? TableDisplayName(names, id) : name);
+  });
+}
+
 int LoadColumnInfo(BDBSWEEP& state, MessageBoxes& boxes) {
   const QString& table = state.gInfoTable;
   std::optional<TextTable> columns =

@@ -30,6 +30,14 @@ std::optional<TextTable> ReadTableCatalogue(OraDatabase* db, const QString& user
 std::optional<TextTable> ReadColumnCatalogue(OraDatabase* db, const QString& user, const QString& table,
                                              const MasterTable& master, const NameMasters& names);
 
+// Whether user has the table-name master; a failing check counts as no.
+bool TableMasterExists(OraDatabase* db, const QString& user, const QString& masterTable);
+
+// The hits of a table search, as the target table holds them: row r (from 1) is (ID, display
+// name), the display name being the master's, else the name-master file's, else the ID. Nothing
+// when the query fails.
+std::optional<TextTable> ReadTableSearch(OraDatabase* db, const QString& sql, const NameMasters& names);
+
 // Fills state.gColumnInfo with the columns of state.gInfoTable for the viewer and the export
 // (display names from the master or the file, never from comments) and returns their count. On
 // failure it says so and returns 0.

@@ -12,29 +12,9 @@ QString tableCatalogue(const QString& tblm, const QString& tblid, const QString&
   return TableCatalogueSql(User, MasterTable{tblm, tblnm, tblid});
 }
 
-// The search for tables holding every key column, nested as the program nests it.
-QString search(const QStringList& keys, bool master) {
-  QString s;
-  for (int k = 0; k + 1 < keys.size(); ++k)
-    s = s.isEmpty() ? "select distinct table_name from ALL_TAB_COLUMNS where COLUMN_NAME = '" + keys[k] +
-                          "' and upper(owner) = upper('" + User + "') "
-                    : "select distinct table_name from ALL_TAB_COLUMNS WHERE TABLE_NAME in (" + s +
-                          ") and COLUMN_NAME = '" + keys[k] + "' and upper(owner) = upper('" + User + "')";
-  const QString last = keys.last();
-  if (master)
-    return s.isEmpty()
-               ? "select distinct table_name,NVL(B.TBL_NM,TABLE_NAME) TBLNM_K from ALL_TAB_COLUMNS,TBTBLM B where "
-                 "COLUMN_NAME = '" +
-                     last + "' and upper(owner) = upper('" + User + "') AND B.TBL_ID (+) = TABLE_NAME "
-               : "select distinct table_name,NVL(B.TBL_NM,TABLE_NAME) TBLNM_K from ALL_TAB_COLUMNS,TBTBLM B WHERE "
-                 "TABLE_NAME in (" +
-                     s + ") and COLUMN_NAME = '" + last + "' and upper(owner) = upper('" + User +
-                     "') AND B.TBL_ID (+) = TABLE_NAME";
-  return s.isEmpty() ? "select distinct table_name,TABLE_NAME TBLNM_K from ALL_TAB_COLUMNS where COLUMN_NAME = '" +
-                           last + "' and upper(owner) = upper('" + User + "') "
-                     : "select distinct table_name,TABLE_NAME TBLNM_K from ALL_TAB_COLUMNS WHERE TABLE_NAME in (" + s +
-                           ") and COLUMN_NAME = '" + last + "' and upper(owner) = upper('" + User + "') ";
-}
+const MasterTable TableMaster{QStringLiteral("TBTBLM"), QStringLiteral("TBL_NM"), QStringLiteral("TBL_ID")};
+
+QString search(const QStringList& keys, bool master) { return TableSearchSql(User, keys, master ? &TableMaster : nullptr); }
 
 } // namespace
 
@@ -133,8 +113,7 @@ private Q_SLOTS:
     QCOMPARE(sorted(rowsOf(*m_db, search({"KOKYAKU_NO"}, true))),
              QStringList({"JUCHU|受注", "KOKYAKU|顧客", "MEMO|MEMO", "V_JUCHU|V_JUCHU"}));
     QCOMPARE(
-        rowsOf(*m_db, "select TABLE_NAME from ALL_TABLES WHERE upper(OWNER) = upper('app') AND TABLE_NAME = 'TBTBLM'")
-            .size(),
+        rowsOf(*m_db, TableMasterCheckSql(User, "TBTBLM")).size(),
         1);
     // The result's column is read as TABLE_NAME whatever case the query wrote.
     auto d = m_db->CreateDynaset(search({"KOKYAKU_NO"}, false), 4);
