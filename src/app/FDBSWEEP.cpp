@@ -7,9 +7,10 @@
 #include "app/FrameTexts.h"
 #include "app/JVK_Cmn.h"
 #include "app/MainToolBar.h"
+#include "app/PopPop.h"
 #include "app/Services.h"
 #include "browser/BrowserGrids.h"
-#include "browser/Catalogues.h"
+#include "filter/FilterPanel.h"
 #include "db/ConnectOracle.h"
 #include "db/OraSession.h"
 #include "jobs/PendingTransaction.h"
@@ -19,7 +20,6 @@
 #include "printing/clsPrinter.h"
 #include "settings/RegSetting.h"
 #include "widgets/FlexGrid.h"
-#include "widgets/HourGlass.h"
 #include "widgets/MessageBoxes.h"
 #include "widgets/StatusPanel.h"
 #include "widgets/Twips.h"
@@ -28,7 +28,7 @@
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDir>
-#include <QGroupBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -49,18 +49,13 @@ constexpr int DesignU = 800;
 // Vertical design: the band of logon controls, then the grids.
 constexpr int GridsTop = 600;
 constexpr int Margin = 60;
-constexpr int KeyGridHeight = 2000;
+constexpr int KeyButtonHeight = 300;
 constexpr int RowHeight = 315;
 constexpr int ButtonHeight = 375;
 constexpr int ButtonWidth = 1100;
-constexpr int FilterRowPitch = 330;
 constexpr int FilterLabelWidth = 450;
-constexpr int FilterFrameHeight = 300 + 10 * FilterRowPitch + Margin;
 
 const QString JVK = QStringLiteral("JVK");
-const QString ErrorTitle = QStringLiteral("エラー");
-// The marker of a column that is already a key.
-const QColor KeyMarker(0, 255, 0);
 
 QString readSetting(BDBSWEEP& state, const QString& area, const QString& key, const QString& def) {
   return RegSetting(*state.gRegistry, QStringLiteral("R"), area, key, def);
@@ -96,6 +91,7 @@ FDBSWEEP::FDBSWEEP(BDBSWEEP& state, Services& services, QWidget* parent)
   buildTopBand(central);
   buildGrids(central);
   buildFilterAndButtons(central);
+  connectBrowser();
   buildStatusBar();
   connectToolBar();
   m_timer1 = new QTimer(this);
@@ -114,8 +110,6 @@ void FDBSWEEP::buildTopBand(QWidget* central) {
   m_chkTabNM->setObjectName(QStringLiteral("chkTabNM"));
   m_chkFldNM = new QCheckBox(QStringLiteral("項目ID表示"), central);
   m_chkFldNM->setObjectName(QStringLiteral("chkFldNM"));
-  connect(m_chkTabNM, &QCheckBox::clicked, this, &FDBSWEEP::chkTabNM_Click);
-  connect(m_chkFldNM, &QCheckBox::clicked, this, &FDBSWEEP::chkFldNM_Click);
   m_cmdDefaultSize = button(central, QStringLiteral("cmdDefaultSize"), QStringLiteral("ﾃﾞﾌｫﾙﾄ ｻｲｽﾞ"));
   const auto place = [this](QWidget* w, int x, int y, int width, int height) {
     w->setGeometry(twipsToPixelsX(this, x), twipsToPixelsY(this, y), twipsToPixelsX(this, width),
@@ -147,40 +141,15 @@ void FDBSWEEP::buildGrids(QWidget* central) {
   m_lstTable = new QListWidget(central);
   m_lstTable->setObjectName(QStringLiteral("lstTable"));
   m_lstTable->setSelectionMode(QAbstractItemView::ExtendedSelection);
-  writeGridHeadings();
-  // Nothing to choose from until a catalogue is loaded.
-  m_grdFIELD->setEnabled(false);
-  m_grdKey->setEnabled(false);
-  m_browser = new BrowserGrids(m_grdTable, m_grdFIELD, m_grdKey, this);
-  connect(m_browser, &BrowserGrids::loadFields, this, &FDBSWEEP::LoadColumnCatalogue);
-}
-
-void FDBSWEEP::writeGridHeadings() {
-  m_grdTable->setTextMatrix(0, 0, QStringLiteral("ﾃｰﾌﾞﾙ"));
-  const QStringList fieldHeadings = {QString(), QStringLiteral("項目名"), QStringLiteral("属性"),
-                                     QStringLiteral("桁数"), QStringLiteral("小数")};
-  for (int c = 0; c < 5; ++c)
-    m_grdFIELD->setTextMatrix(0, c, fieldHeadings[c]);
-  const QStringList keyHeadings = fieldHeadings + QStringList{QString(), QStringLiteral("値１"), QString(),
-                                                              QStringLiteral("値２")};
-  for (int c = 0; c < 9; ++c)
-    m_grdKey->setTextMatrix(0, c, keyHeadings[c]);
-  lstCountClear();
+  m_lstTable->setToolTip(QStringLiteral("処理対象のﾃｰﾌﾞﾙを選択します"));
 }
 
 void FDBSWEEP::buildFilterAndButtons(QWidget* central) {
-  m_frmWhere = new QGroupBox(QStringLiteral("絞り込み条件"), central);
-  m_frmWhere->setObjectName(QStringLiteral("frmWhere"));
-  for (int i = 0; i < 10; ++i) {
-    m_txt1[size_t(i)] = new QLineEdit(m_frmWhere);
-    m_txt1[size_t(i)]->setObjectName(QStringLiteral("txt1_%1").arg(i));
-    m_lblX[size_t(i)] = label(m_frmWhere, QStringLiteral("lblX_%1").arg(i), QStringLiteral("全て"));
-    m_lblX[size_t(i)]->setAlignment(Qt::AlignCenter);
-    m_txt2[size_t(i)] = new QLineEdit(m_frmWhere);
-    m_txt2[size_t(i)]->setObjectName(QStringLiteral("txt2_%1").arg(i));
-  }
-  // A filter row appears with the key column it belongs to.
-  hideFilterRows();
+  m_frmWhere = new FilterPanel(central);
+  m_cmdKey = button(central, QStringLiteral("cmdKey"), QStringLiteral("→"));
+  m_cmdKey->setToolTip(QStringLiteral("選択した項目をキーに追加します"));
+  m_cmdBack = button(central, QStringLiteral("cmdBack"), QStringLiteral("←"));
+  m_cmdBack->setToolTip(QStringLiteral("選択したキーを外します"));
   m_txtAddWhere = new QLineEdit(central);
   m_txtAddWhere->setObjectName(QStringLiteral("txtAddWhere"));
   m_txtAddWhere->setToolTip(QStringLiteral("WHERE句の後ろに連結する条件の入力欄です"));
@@ -252,8 +221,12 @@ void FDBSWEEP::load() {
   m_designWidth = DefaultWidthTwips;
   m_designHeight = DefaultHeightTwips;
   m_designGridHeight = DefaultHeightTwips - barsHeight - GridsTop - Margin;
-  m_designListHeight = m_designGridHeight - KeyGridHeight - Margin;
-  m_designCountHeight = m_designGridHeight - (FilterFrameHeight + Margin + RowHeight + 30 + 4 * (ButtonHeight + 30));
+  // The key grid shows all ten keys at once, so the filter rows beside it never scroll apart.
+  m_keyGridHeight = pixelsToTwipsY(this, m_grdKey->horizontalHeader()->sizeHint().height() +
+                                             10 * m_grdKey->verticalHeader()->defaultSectionSize() +
+                                             2 * m_grdKey->frameWidth());
+  m_designListHeight = m_designGridHeight - m_keyGridHeight - KeyButtonHeight - 2 * Margin;
+  m_designCountHeight = m_designGridHeight - (m_keyGridHeight + Margin + RowHeight + 30 + 4 * (ButtonHeight + 30));
   m_designU = DesignU;
   m_u = DesignU;
 
@@ -374,117 +347,6 @@ void FDBSWEEP::CmdLogon_Click() {
     LoadTableCatalogue();
 }
 
-void FDBSWEEP::LoadTableCatalogue() {
-  std::optional<TextTable> tables;
-  {
-    const HourGlass wait;
-    tables = ReadTableCatalogue(m_state.gDatabase.get(), m_state.gUser, TableMasterSettings(*m_state.gRegistry),
-                                m_state.gNameMasters);
-  }
-  m_cmdSearch->setEnabled(false);
-  if (tables) {
-    m_state.gTables = std::move(*tables);
-    m_state.gColumns.redim(0);
-    m_grdTable->setRows(m_state.gTables.upper() + 1);
-    ShowIdsOrNames(*m_grdTable, 0, m_state.gTables, m_chkTabNM->isChecked());
-    m_grdFIELD->setRows(1);
-    m_lstTable->clear();
-    disableTableJobs();
-    lstCountClear();
-    m_cmdSearch->setEnabled(true);
-    // A fresh list: whichever table is clicked next shows its columns, even the one shown before.
-    m_state.gCurTableID.clear();
-    m_state.gCurTableName.clear();
-    setWindowTitle(QStringLiteral("DBSWEEP"));
-  } else {
-    m_services.boxes.show(QStringLiteral("テーブル情報が取得できません。"), ErrorTitle, MessageBoxes::Buttons::Ok,
-                          MessageBoxes::Icon::Critical);
-  }
-  m_grdFIELD->setEnabled(false);
-  m_grdKey->setEnabled(false);
-  m_grdKey->setRows(1);
-  hideFilterRows();
-}
-
-void FDBSWEEP::LoadColumnCatalogue() {
-  m_grdTable->setCol(0);
-  if (m_grdTable->Rows() < 2 || m_grdTable->Text().isEmpty())
-    return;
-  const int row = m_grdTable->Row();
-  const QString id = m_state.gTables.at(0, row).trimmed();
-  if (id == m_state.gCurTableID)
-    return;
-  m_state.gCurTableID = id;
-  m_state.gCurTableName = m_state.gTables.at(1, row).trimmed();
-  setWindowTitle(id + QStringLiteral("「") + m_state.gCurTableName + QStringLiteral("」:DBSWEEP"));
-  m_grdKey->setRows(1);
-  hideFilterRows();
-  disableTableJobs();
-  m_lstTable->clear();
-
-  std::optional<TextTable> columns;
-  {
-    const HourGlass wait;
-    columns = ReadColumnCatalogue(m_state.gDatabase.get(), m_state.gUser, id,
-                                  ColumnMasterSettings(*m_state.gRegistry), m_state.gNameMasters);
-  }
-  if (!columns) {
-    m_services.boxes.show(QStringLiteral("サーバーの接続に失敗しました。"), ErrorTitle, MessageBoxes::Buttons::Ok,
-                          MessageBoxes::Icon::Critical);
-    return;
-  }
-  const int count = columns->upper();
-  m_state.gColumns.redim(count);
-  m_grdFIELD->setEnabled(true);
-  m_grdKey->setEnabled(true);
-  m_grdFIELD->setRows(count + 1);
-  for (int r = 1; r <= count; ++r) {
-    m_state.gColumns.set(0, r, columns->at(0, r));
-    m_state.gColumns.set(1, r, columns->at(1, r));
-    m_grdFIELD->setTextMatrix(r, 0, QString::number(r));
-    m_grdFIELD->setCellBackColor(r, 1, QColor());
-    for (int c = 2; c <= 4; ++c)
-      m_grdFIELD->setTextMatrix(r, c, columns->at(c, r));
-  }
-  ShowIdsOrNames(*m_grdFIELD, 1, m_state.gColumns, m_chkFldNM->isChecked());
-}
-
-void FDBSWEEP::lstCountClear() {
-  m_grdCount->setRows(1);
-  m_grdCount->setRow(0);
-  m_grdCount->setCol(0);
-  m_grdCount->setTextMatrix(0, 0, QStringLiteral("処理結果"));
-  m_grdCount->setCellAlignment(0, 0, Qt::AlignCenter);
-}
-
-void FDBSWEEP::hideFilterRows() {
-  for (int i = 0; i < 10; ++i) {
-    m_txt1[size_t(i)]->hide();
-    m_lblX[size_t(i)]->hide();
-    m_txt2[size_t(i)]->hide();
-  }
-}
-
-void FDBSWEEP::disableTableJobs() {
-  for (int i = 0; i <= 4; ++i)
-    m_cmdJOB[size_t(i)]->setEnabled(false);
-}
-
-void FDBSWEEP::chkTabNM_Click() {
-  const bool ids = m_chkTabNM->isChecked();
-  ShowIdsOrNames(*m_grdTable, 0, m_state.gTables, ids);
-  for (int i = 0; i < m_lstTable->count(); ++i) {
-    QListWidgetItem* item = m_lstTable->item(i);
-    item->setText(m_state.gTargets.at(ids ? 0 : 1, item->data(Qt::UserRole).toInt()));
-  }
-}
-
-void FDBSWEEP::chkFldNM_Click() {
-  const bool ids = m_chkFldNM->isChecked();
-  ShowIdsOrNames(*m_grdFIELD, 1, m_state.gColumns, ids);
-  ShowKeyNames(*m_grdKey, m_state.gColumns, ids);
-}
-
 void FDBSWEEP::cmdDefaultSize_Click() {
   showNormal();
   resize(twipsToPixelsX(this, DefaultWidthTwips), twipsToPixelsY(this, m_designHeight));
@@ -581,23 +443,26 @@ void FDBSWEEP::LayoutMainWindow() {
   for (int c = 2; c < 9; ++c)
     m_grdKey->setColWidth(c, 0);
   const int keyWidth = m_grdKey->ColWidth(0) + 20 + m_grdKey->ColWidth(1);
-  placeGrid(m_grdKey, keyLeft, GridsTop, keyWidth, KeyGridHeight);
+  placeGrid(m_grdKey, keyLeft, GridsTop, keyWidth, m_keyGridHeight);
+  const int keyButtonsTop = GridsTop + m_keyGridHeight + Margin;
+  const int keyButtonWidth = (keyWidth - 30) / 2;
+  place(m_cmdKey, keyLeft, keyButtonsTop, keyButtonWidth, KeyButtonHeight);
+  place(m_cmdBack, keyLeft + keyButtonWidth + 30, keyButtonsTop, keyButtonWidth, KeyButtonHeight);
 
   const int listWidth = int(std::lround(2.4 * u)) + 20 + 232;
-  keepHeight(m_lstTable, keyLeft, GridsTop + KeyGridHeight + Margin, listWidth);
+  keepHeight(m_lstTable, keyLeft, keyButtonsTop + KeyButtonHeight + Margin, listWidth);
 
   // Everything else follows the grids.
   const int left = std::max(after(m_grdKey, Margin), after(m_lstTable, Margin));
   const int boxWidth = int(std::lround(1.75 * u));
-  for (int i = 0; i < 10; ++i) {
-    const int y = 300 + i * FilterRowPitch;
-    place(m_txt1[size_t(i)], Margin, y, boxWidth, RowHeight);
-    place(m_lblX[size_t(i)], Margin + boxWidth + 10, y, FilterLabelWidth, RowHeight);
-    place(m_txt2[size_t(i)], Margin + boxWidth + 10 + FilterLabelWidth + 10, y, boxWidth, RowHeight);
-  }
+  // Each filter row stands level with the key row it belongs to: the frame starts with the key
+  // grid and its title takes the height of the grid's heading.
   const int frameWidth = 2 * Margin + 2 * boxWidth + 20 + FilterLabelWidth;
-  place(m_frmWhere, left, GridsTop, frameWidth, FilterFrameHeight);
-  int y = GridsTop + FilterFrameHeight + Margin;
+  place(m_frmWhere, left, GridsTop, frameWidth, m_keyGridHeight);
+  m_frmWhere->resize(m_frmWhere->width(), m_grdKey->height());
+  m_frmWhere->placeRows(px(Margin), m_grdKey->frameWidth() + m_grdKey->horizontalHeader()->sizeHint().height(),
+                        m_grdKey->verticalHeader()->defaultSectionSize(), px(boxWidth), px(FilterLabelWidth), px(10));
+  int y = GridsTop + m_keyGridHeight + Margin;
   place(m_txtAddWhere, left, y, frameWidth, RowHeight);
   y += RowHeight + 30;
   place(m_chkLstTable, left, y, 1800, ButtonHeight);

@@ -3,12 +3,14 @@
 #include <QMainWindow>
 
 #include <array>
+#include <optional>
 
 class BrowserGrids;
+class FilterPanel;
 class FlexGrid;
+class PopPop;
 class MainToolBar;
 class QCheckBox;
-class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
@@ -43,7 +45,17 @@ public:
   // Empties the result list down to its heading.
   void lstCountClear();
 
+  // The WHERE clause of the filter rows (" where …"), "" when no row filters.
+  QString fWhere() const;
+  // What every consumer appends to its statement head: fWhere followed by txtAddWhere.
+  QString FullFilter() const;
+  // Fills the target list with the tables holding every key column.
+  void SearchTablesByKeys();
+  // Fills the target list with the tables holding the column name.
+  void SearchTablesByColumn(const QString& name);
+
 protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   bool event(QEvent* event) override;
@@ -60,11 +72,22 @@ private:
   void logonFromCommandLine();
   void showLogonCaption();
 
+  void connectBrowser();
   void writeGridHeadings();
-  void hideFilterRows();
   void disableTableJobs();
   void chkTabNM_Click();
   void chkFldNM_Click();
+  void cmdKey_Click();
+  void cmdBack_Click();
+  void cmdSearch_Click();
+  void pickValue(int row, QLineEdit* box);
+  // Opens the search: clears targets and results; nothing when searching is switched off, else
+  // whether the table-name master exists.
+  std::optional<bool> beginSearch(const QString& masterTable);
+  void fillTargets(const QString& sql);
+  void updateJobButtons();
+  void selectAllTargets(bool selected);
+  void appendDroppedName();
 
   void CmdLogon_Click();
   void cmdDefaultSize_Click();
@@ -87,10 +110,10 @@ private:
   FlexGrid* m_grdKey = nullptr;
   FlexGrid* m_grdCount = nullptr;
   QListWidget* m_lstTable = nullptr;
-  QGroupBox* m_frmWhere = nullptr;
-  std::array<QLabel*, 10> m_lblX{};
-  std::array<QLineEdit*, 10> m_txt1{};
-  std::array<QLineEdit*, 10> m_txt2{};
+  FilterPanel* m_frmWhere = nullptr;
+  QPushButton* m_cmdKey = nullptr;
+  QPushButton* m_cmdBack = nullptr;
+  PopPop* m_popPop = nullptr;
   QLineEdit* m_txtAddWhere = nullptr;
   QCheckBox* m_chkLstTable = nullptr;
   QPushButton* m_cmdSearch = nullptr;
@@ -111,6 +134,7 @@ private:
   int m_designGridHeight = 0;  // grdTable and grdFIELD
   int m_designListHeight = 0;  // lstTable
   int m_designCountHeight = 0; // grdCount
+  int m_keyGridHeight = 0;     // grdKey and frmWhere
   int m_designU = 0;
   int m_u = 0;
 };

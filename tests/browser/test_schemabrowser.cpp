@@ -17,7 +17,7 @@
 #include <QListWidget>
 #include <QMimeData>
 #include <QPushButton>
-#include <QSignalSpy>
+#include <QMenu>
 
 using Answer = MessageBoxes::Answer;
 
@@ -363,9 +363,6 @@ private Q_SLOTS:
   void rowsAreDraggedBetweenTheGrids() {
     Browser b(m, "SALES", "pw");
     auto* grids = b.start.window->findChild<BrowserGrids*>();
-    QSignalSpy adds(grids, &BrowserGrids::addKey);
-    QSignalSpy removes(grids, &BrowserGrids::removeKey);
-    QSignalSpy menus(grids, &BrowserGrids::fieldMenu);
     b.start.window->LoadTableCatalogue();
     QVERIFY(!b.fields->isEnabled());
 
@@ -391,26 +388,30 @@ private Q_SLOTS:
     QTest::mousePress(b.fields->viewport(), Qt::LeftButton, {}, cellCenter(*b.fields, 3, 1));
     QCOMPARE(grids->DragSource(), QString("field"));
     QCOMPARE(b.fields->Col(), 0);
-    drop(b.fields, b.tables, "field");
+    drop(b.fields, b.fields, "field");
+    QCOMPARE(b.keys->Rows(), 1);
     drop(b.keys, b.fields, "field");
-    QCOMPARE(adds.count(), 1);
-    QCOMPARE(removes.count(), 0);
+    QTest::mouseRelease(b.fields->viewport(), Qt::LeftButton, {}, cellCenter(*b.fields, 3, 1));
+    QCOMPARE(column(*b.keys, 0), QStringList({"3"}));
     QTest::mouseDClick(b.fields->viewport(), Qt::LeftButton, {}, cellCenter(*b.fields, 2, 1));
-    QCOMPARE(adds.count(), 2);
+    QCOMPARE(column(*b.keys, 0), QStringList({"3", "2"}));
 
     // A key onto the fields, or a double-click on it, takes it out.
-    b.keys->setRows(2);
-    b.keys->setTextMatrix(1, 0, "3");
     QTest::mousePress(b.keys->viewport(), Qt::LeftButton, {}, cellCenter(*b.keys, 1, 1));
     QCOMPARE(grids->DragSource(), QString("key"));
     drop(b.fields, b.keys, "key");
-    QCOMPARE(removes.count(), 1);
+    QTest::mouseRelease(b.keys->viewport(), Qt::LeftButton, {}, cellCenter(*b.keys, 1, 1));
+    QCOMPARE(column(*b.keys, 0), QStringList({"2"}));
     QTest::mouseDClick(b.keys->viewport(), Qt::LeftButton, {}, cellCenter(*b.keys, 1, 1));
-    QCOMPARE(removes.count(), 2);
-    QCOMPARE(adds.count(), 2);
+    QCOMPARE(b.keys->Rows(), 1);
 
+    // The right button on the field grid opens the menu without its selection entries.
     QTest::mousePress(b.fields->viewport(), Qt::RightButton, {}, cellCenter(*b.fields, 1, 1));
-    QCOMPARE(menus.count(), 1);
+    auto* menu = b.start.window->findChild<QMenu*>("PopPop");
+    QVERIFY(menu->isVisible());
+    QVERIFY(!menu->findChild<QAction*>("popMenu_0")->isEnabled());
+    QCOMPARE(b.start.state.gScrollTarget.data(), b.fields);
+    menu->close();
   }
 };
 

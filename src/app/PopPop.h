@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QMenu>
+
+#include <array>
+
+class QAbstractScrollArea;
+struct BDBSWEEP;
+
+// The pop-up menu of the browser's lists and grids: select or deselect every target, scroll the
+// control it was opened on, or cancel. It remembers that control in gScrollTarget.
+class PopPop final : public QMenu {
+  Q_OBJECT
+  Q_DISABLE_COPY_MOVE(PopPop)
+
+public:
+  PopPop(BDBSWEEP& state, QWidget* parent);
+
+  // Shows the menu at globalPos for target; the two selection entries only make sense on the
+  // target list and are disabled elsewhere. Returns at once.
+  void open(QAbstractScrollArea* target, bool selectionEntries, const QPoint& globalPos);
+
+  QAction* popMenu(int index) const { return m_popMenu[size_t(index)]; }
+  QAction* popScroll(int index) const { return m_popScroll[size_t(index)]; }
+
+Q_SIGNALS:
+  // "全て選択" (true) or "全て解除" (false) was chosen.
+  void selectAll(bool selected);
+
+private:
+  BDBSWEEP& m_state;
+  std::array<QAction*, 2> m_popMenu{};
+  std::array<QAction*, 4> m_popScroll{};
+};

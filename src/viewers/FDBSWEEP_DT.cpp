@@ -1,0 +1,201 @@
+#include "viewers/FDBSWEEP_DT.h"
+
+#include "app/BDBSWEEP.h"
+#include "app/JVK_Cmn.h"
+#include "app/PopPop.h"
+#include "browser/Catalogues.h"
+#include "db/OraDatabase.h"
+#include "db/OraError.h"
+#include "widgets/FlexGrid.h"
+#include "widgets/HourGlass.h"
+#include "widgets/MessageBoxes.h"
+#include "widgets/Twips.h"
+
+#include <QCheckBox>
+#include <QCursor>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSpinBox>
+#include <QStatusBar>
+#include <QTimer>
+
+#include <cmath>
+
+namespace {
+
+constexpr int Left = 120;   // twips
+constexpr int GridTop = 480;
+constexpr int AskEvery = 500;
+constexpr double LongestInterval = 65; // seconds: the timer's interval tops out at 65,535 ms
+
+// The leading number of a text, as a user reads "12秒" as 12; 0 when it starts with none.
+double leadingNumber(const QString& text) {
+  static const QRegularExpression number(QStringLiteral("^\\s*[-+]?(\\d+\\.?\\d*|\\.\\d+)"));
+  const QRegularExpressionMatch m = number.match(text);
+  return m.hasMatch() ? m.captured(0).trimmed().toDouble() : 0.0;
+}
+
+} // namespace
+
+FDBSWEEP_DT::FDBSWEEP_DT(BDBSWEEP& state, MessageBoxes& boxes, int u, PopPop* menu, QWidget* parent)
+    : QDialog(parent), m_state(state), m_boxes(boxes), m_grdData(new FlexGrid(this)), m_lblTable(new QLabel(this)),
+      m_lblTotal(new QLabel(this)), m_frmUpd(new QGroupBox(this)),
+      m_chkTimer(new QCheckBox(QStringLiteral("定期更新"), m_frmUpd)), m_txtTimer(new QLineEdit(m_frmUpd)),
+      m_UDTimer(new QSpinBox(m_frmUpd)), m_cmdRefresh(new QPushButton(QStringLiteral("最新"), m_frmUpd)),
+      m_timTimer(new QTimer(this)), m_stsDT(new QStatusBar(this)) {
+  setObjectName(QStringLiteral("FDBSWEEP_DT"));
+  setWindowTitle(QStringLiteral("データ照会"));
+  m_grdData->setObjectName(QStringLiteral("grdData"));
+  m_lblTable->setObjectName(QStringLiteral("lblTable"));
+  m_lblTotal->setObjectName(QStringLiteral("lblTotal"));
+  m_frmUpd->setObjectName(QStringLiteral("frmUpd"));
+  m_chkTimer->setObjectName(QStringLiteral("chkTimer"));
+  m_txtTimer->setObjectName(QStringLiteral("txtTimer"));
+  m_UDTimer->setObjectName(QStringLiteral("UDTimer"));
+  m_cmdRefresh->setObjectName(QStringLiteral("cmdRefresh"));
+  m_timTimer->setObjectName(QStringLiteral("timTimer"));
+  m_stsDT->setObjectName(QStringLiteral("stsDT"));
+  m_stsDT->setSizeGripEnabled(true);
+
+  // The interval box starts at ten seconds with the timer off; the arrows step it by a second.
+  m_UDTimer->setRange(0, int(LongestInterval));
+  m_UDTimer->setValue(10);
+  m_UDTimer->setButtonSymbols(QAbstractSpinBox::UpDownArrows);
+  m_UDTimer->setFixedWidth(18);
+  m_txtTimer->setText(QStringLiteral("10"));
+  m_txtTimer->setAlignment(Qt::AlignRight);
+  auto* seconds = new QLabel(QStringLiteral("Sec間隔"), m_frmUpd);
+  const auto px = [this](int twips) { return twipsToPixelsX(this, twips); };
+  m_chkTimer->setGeometry(px(120), px(60), px(1100), px(330));
+  m_txtTimer->setGeometry(px(1260), px(60), px(500), px(330));
+  m_UDTimer->setGeometry(px(1760), px(60), 18, px(330));
+  seconds->setGeometry(px(1760) + 22, px(60), px(800), px(330));
+  m_cmdRefresh->setGeometry(px(2700), px(30), px(900), px(390));
+  m_frmUpd->resize(px(3720), px(480));
+
+  m_grdData->setCols(3);
+  m_grdData->setRows(1);
+  m_grdData->setColWidth(0, int(std::lround(0.5 * u)));
+  m_grdData->setColWidth(1, int(std::lround(4.8 * u)));
+  m_grdData->setColWidth(2, int(std::lround(0.8 * u)));
+  const int gridWidth = (m_grdData->ColWidth(0) + 20) + m_grdData->ColWidth(1) + m_grdData->ColWidth(2) + 350;
+  m_lblTable->setGeometry(px(Left), px(60), px(gridWidth), px(330));
+  m_grdData->setGeometry(px(Left), px(GridTop), px(gridWidth), px(5000));
+  m_lblTotal->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  resize(px(Left + gridWidth + 300), px(GridTop + 5000 + 20 + 480 + 60) + m_stsDT->sizeHint().height());
+  m_stsDT->setGeometry(0, height() - m_stsDT->sizeHint().height(), width(), m_stsDT->sizeHint().height());
+  m_loadSize = size();
+  m_loadGridSize = m_grdData->size();
+  placeUpdateFrame();
+
+  connect(m_cmdRefresh, &QPushButton::clicked, this, &FDBSWEEP_DT::LoadData);
+  connect(m_timTimer, &QTimer::timeout, this, &FDBSWEEP_DT::LoadData);
+  connect(m_chkTimer, &QCheckBox::clicked, this, &FDBSWEEP_DT::chkTimer_Click);
+  connect(m_txtTimer, &QLineEdit::textChanged, this, &FDBSWEEP_DT::txtTimer_Change);
+  connect(m_UDTimer, &QSpinBox::valueChanged, this, [this](int value) {
+    if (!m_rewriting)
+      m_txtTimer->setText(QString::number(value));
+  });
+  connect(m_grdData, &FlexGrid::DblClick, this, &FDBSWEEP_DT::grdData_DblClick);
+  connect(m_grdData, &FlexGrid::MouseDown, this, [this, menu](Qt::MouseButton button) {
+    if (button == Qt::RightButton && menu)
+      menu->open(m_grdData, false, QCursor::pos());
+  });
+  LoadData();
+}
+
+void FDBSWEEP_DT::LoadData() {
+  const HourGlass wait;
+  m_lblTable->setText(QStringLiteral("テーブル名：") + m_state.gCurTableID + QStringLiteral("「") +
+                      m_state.gCurTableName + QStringLiteral("」"));
+  const QString sql = QStringLiteral("select COUNT(*) ,") + m_state.gPickColumnID + QStringLiteral(" from ") +
+                      m_state.gCurTableID + QStringLiteral(" GROUP BY ") + m_state.gPickColumnID;
+  qint32 total = 0;
+  try {
+    if (!m_state.gDatabase)
+      throw OraError(3114, QStringLiteral("not connected to ORACLE"));
+    auto groups = m_state.gDatabase->CreateDynaset(sql, OraDynaset::ReadOnly);
+    const int count = int(groups->RecordCount());
+    m_grdData->setRows(count + 1);
+    m_grdData->setTextMatrix(0, 1, m_state.gPickColumnName + QStringLiteral(" : ") + m_state.gPickColumnID);
+    m_grdData->setTextMatrix(0, 2, QStringLiteral("件数"));
+    for (int r = 1; r <= count; ++r, groups->MoveNext()) {
+      if (r - 1 > 0 && (r - 1) % AskEvery == 0 &&
+          m_boxes.show(QStringLiteral("抽出件数が ") + QString::number(r - 1) +
+                           QStringLiteral(" を超えました、続けますか？"),
+                       QStringLiteral("DBSWEEP"), MessageBoxes::Buttons::YesNo,
+                       MessageBoxes::Icon::Question) == MessageBoxes::Answer::No) {
+        m_grdData->setRows(r);
+        break;
+      }
+      const QVariant value = groups->Fields(1);
+      m_grdData->setTextMatrix(r, 0, QString::number(r));
+      m_grdData->setTextMatrix(r, 1, value.isValid() ? value.toString() : QString());
+      m_grdData->setCellForeColor(r, 1, Qt::black);
+      const QString n = FieldText(*groups, QStringLiteral("COUNT(*)"));
+      m_grdData->setTextMatrix(r, 2, n);
+      total += qint32(n.toLongLong());
+    }
+    groups->Close();
+  } catch (const OraError&) {
+    m_boxes.show(QStringLiteral("データがありません"), QStringLiteral("エラー"), MessageBoxes::Buttons::Ok,
+                 MessageBoxes::Icon::Exclamation);
+  }
+  m_lblTotal->setText(QStringLiteral("TOTAL ") + QLocale(QLocale::English).toString(total) + QStringLiteral("件"));
+}
+
+void FDBSWEEP_DT::grdData_DblClick() {
+  m_grdData->setCol(1);
+  if (m_grdData->Row() < 1 || m_grdData->MouseRow() < 1)
+    return;
+  m_state.gPickedValue = m_grdData->Text();
+  accept();
+}
+
+void FDBSWEEP_DT::chkTimer_Click() {
+  if (m_chkTimer->isChecked()) {
+    m_timTimer->setInterval(int(leadingNumber(m_txtTimer->text())) * 1000);
+    // An interval of nothing would reload without pause.
+    if (m_timTimer->interval() > 0)
+      m_timTimer->start();
+  } else {
+    m_timTimer->stop();
+  }
+}
+
+void FDBSWEEP_DT::txtTimer_Change() {
+  if (m_rewriting)
+    return;
+  m_rewriting = true;
+  const double seconds = MinDouble(LongestInterval, leadingNumber(m_txtTimer->text()));
+  const QString text = QString::number(seconds);
+  if (m_txtTimer->text() != text)
+    m_txtTimer->setText(text);
+  m_UDTimer->setValue(int(seconds));
+  m_rewriting = false;
+  m_timTimer->setInterval(int(std::lround(seconds * 1000)));
+  if (m_timTimer->interval() <= 0)
+    m_timTimer->stop();
+}
+
+void FDBSWEEP_DT::placeUpdateFrame() {
+  m_frmUpd->move(m_grdData->x(), m_grdData->geometry().bottom() + 1 + twipsToPixelsY(this, 20));
+  const int left = m_frmUpd->geometry().right() + 1 + twipsToPixelsX(this, 60);
+  m_lblTotal->setGeometry(left, m_frmUpd->y(), std::max(0, m_grdData->geometry().right() + 1 - left),
+                          m_frmUpd->height());
+}
+
+void FDBSWEEP_DT::resizeEvent(QResizeEvent* event) {
+  QDialog::resizeEvent(event);
+  if (m_loadSize.isEmpty())
+    return;
+  const QSize change = size() - m_loadSize;
+  m_grdData->resize(std::max(0, m_loadGridSize.width() + change.width()),
+                    std::max(0, m_loadGridSize.height() + change.height()));
+  m_stsDT->setGeometry(0, height() - m_stsDT->sizeHint().height(), width(), m_stsDT->sizeHint().height());
+  placeUpdateFrame();
+}
