@@ -1,23 +1,14 @@
 // The schema browser on a real embedded instance: the table list, the column grid, the display
 // names from their four sources, the ID/name switches, and the mouse and drops between grids.
-#include "MainWindowFixture.h"
-#include "RecordingConnection.h"
+#include "BrowserFixture.h"
 #include "browser/BrowserGrids.h"
 #include "browser/Catalogues.h"
-#include "db/OraDatabase.h"
-#include "widgets/DragKind.h"
-#include "widgets/FlexGrid.h"
 
-#include <QApplication>
-#include <QCheckBox>
-#include <QDir>
-#include <QFile>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMimeData>
-#include <QPushButton>
 #include <QMenu>
+#include <QPushButton>
 
 using Answer = MessageBoxes::Answer;
 
@@ -48,62 +39,6 @@ const QStringList Ids = {"ACCESS_LOG", "KOKYAKU", "NYUKIN",  "SEIKYU",
 // Master beats comment beats file beats ID; a comment that repeats the ID counts as none.
 const QStringList Names = {"ACCESS_LOG", "顧客マスタ", "入金",   "請求",
                            "出荷",       "TBCLMM",     "TBTBLM", "顧客ビュー"};
-
-QPoint cellCenter(FlexGrid& g, int row, int col) { return g.visualRect(g.gridModel()->index(row - 1, col)).center(); }
-
-QStringList column(FlexGrid& g, int col) {
-  QStringList texts;
-  for (int r = 1; r < g.Rows(); ++r)
-    texts << g.TextMatrix(r, col);
-  return texts;
-}
-
-QStringList rowOf(FlexGrid& g, int row) {
-  QStringList texts;
-  for (int c = 0; c < g.Cols(); ++c)
-    texts << g.TextMatrix(row, c);
-  return texts;
-}
-
-void writeFile(const QString& path, const QByteArray& text) {
-  QFile f(path);
-  QVERIFY(f.open(QIODevice::WriteOnly));
-  f.write(text);
-}
-
-// A row of the window's own dragged onto target, as the drop reaches it.
-void drop(FlexGrid* target, QWidget* source, const QString& kind) {
-  std::unique_ptr<QMimeData> data(MakeDragData(source, kind, QString()));
-  // The drop goes where the drag was last accepted on entering.
-  QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, data.get(), Qt::LeftButton, {});
-  QApplication::sendEvent(target->viewport(), &enter);
-  QDropEvent event(QPointF(5, 5), Qt::CopyAction, data.get(), Qt::LeftButton, {});
-  QApplication::sendEvent(target->viewport(), &event);
-}
-
-// The program started with no logon, then pointed at the instance through a connection that
-// records what it is sent.
-struct Browser {
-  Browser(Machine& m, const QString& user, const QString& password) : start(m) {
-    start.load();
-    start.state.gUser = user;
-    recorder = std::make_shared<RecordingConnection>(LocalEngine::connect(folder(m), user, password));
-    start.state.gDatabase = std::make_shared<OraDatabase>(recorder);
-    tables = start.find<FlexGrid>("grdTable");
-    fields = start.find<FlexGrid>("grdFIELD");
-    keys = start.find<FlexGrid>("grdKey");
-  }
-  static QString folder(Machine& m) { return m.instance().mid(6); }
-
-  void clickTable(int row) { QTest::mouseClick(tables->viewport(), Qt::LeftButton, {}, cellCenter(*tables, row, 0)); }
-  QCheckBox* check(const QString& name) { return start.find<QCheckBox>(name); }
-
-  Start start;
-  std::shared_ptr<RecordingConnection> recorder;
-  FlexGrid* tables;
-  FlexGrid* fields;
-  FlexGrid* keys;
-};
 
 } // namespace
 
