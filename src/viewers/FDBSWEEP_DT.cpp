@@ -74,8 +74,8 @@ FDBSWEEP_DT::FDBSWEEP_DT(BDBSWEEP& state, MessageBoxes& boxes, int u, PopPop* me
   m_txtTimer->setGeometry(px(1260), px(60), px(500), px(330));
   m_UDTimer->setGeometry(px(1760), px(60), 18, px(330));
   seconds->setGeometry(px(1760) + 22, px(60), px(800), px(330));
-  m_cmdRefresh->setGeometry(px(2700), px(30), px(900), px(390));
-  m_frmUpd->resize(px(3720), px(480));
+  m_cmdRefresh->setGeometry(px(2960), px(30), px(900), px(390));
+  m_frmUpd->resize(px(3980), px(480));
 
   m_grdData->setCols(3);
   m_grdData->setRows(1);
