@@ -3,7 +3,6 @@
 #include <QMainWindow>
 
 #include <array>
-#include <optional>
 
 class BrowserGrids;
 class FilterPanel;
@@ -81,9 +80,9 @@ private:
   void cmdBack_Click();
   void cmdSearch_Click();
   void pickValue(int row, QLineEdit* box);
-  // Opens the search: clears targets and results; nothing when searching is switched off, else
-  // whether the table-name master exists.
-  std::optional<bool> beginSearch(const QString& masterTable);
+  // Empties targets and results, then, when searching is switched on, lists the tables holding
+  // every one of columns.
+  void searchTables(const QStringList& columns);
   void fillTargets(const QString& sql);
   void updateJobButtons();
   void selectAllTargets(bool selected);

@@ -248,44 +248,32 @@ QString FDBSWEEP::fWhere() const {
 
 QString FDBSWEEP::FullFilter() const { return RowFilter::FullFilter(fWhere(), m_txtAddWhere->text()); }
 
-std::optional<bool> FDBSWEEP::beginSearch(const QString& masterTable) {
+void FDBSWEEP::searchTables(const QStringList& columns) {
+  const MasterTable master = TableMasterSettings(*m_state.gRegistry);
   disableTableJobs();
   lstCountClear();
   m_lstTable->clear();
-  const bool master = TableMasterExists(m_state.gDatabase.get(), m_state.gUser, masterTable);
-  if (!m_chkLstTable->isChecked())
-    return std::nullopt;
-  return master;
+  const bool hasMaster = TableMasterExists(m_state.gDatabase.get(), m_state.gUser, master.table);
+  // Searching switched off: the list only empties.
+  if (!m_chkLstTable->isChecked() || columns.isEmpty())
+    return;
+  const HourGlass wait;
+  fillTargets(TableSearchSql(m_state.gUser, columns, hasMaster ? &master : nullptr));
 }
 
 void FDBSWEEP::SearchTablesByKeys() {
   // A table of one column cannot share keys with anything worth a search.
   if (m_grdFIELD->Rows() <= 2)
     return;
-  const MasterTable master = TableMasterSettings(*m_state.gRegistry);
-  const std::optional<bool> hasMaster = beginSearch(master.table);
-  if (!hasMaster)
-    return;
-  const HourGlass wait;
   QStringList columns;
   for (int k = 1; k < m_grdKey->Rows(); ++k)
     columns << m_state.gColumns.at(0, m_grdKey->TextMatrix(k, 0).toInt());
-  if (columns.isEmpty()) {
-    m_lstTable->clear();
-    return;
-  }
-  fillTargets(TableSearchSql(m_state.gUser, columns, *hasMaster ? &master : nullptr));
+  searchTables(columns);
 }
 
 void FDBSWEEP::SearchTablesByColumn(const QString& name) {
-  if (name.isEmpty())
-    return;
-  const MasterTable master = TableMasterSettings(*m_state.gRegistry);
-  const std::optional<bool> hasMaster = beginSearch(master.table);
-  if (!hasMaster)
-    return;
-  const HourGlass wait;
-  fillTargets(TableSearchSql(m_state.gUser, {name}, *hasMaster ? &master : nullptr));
+  if (!name.isEmpty())
+    searchTables({name});
 }
 
 void FDBSWEEP::fillTargets(const QString& sql) {
