@@ -1,6 +1,7 @@
 // A schema of many tables in the browser: how long the table list takes from the query to a
 // filled grdTable, and one table's columns to grdFIELD, with display names from every source.
 //   bench_catalogue [tables] [repeats]
+#include "MedianTime.h"
 #include "app/TextTable.h"
 #include "browser/BrowserGrids.h"
 #include "browser/CatalogueSql.h"
@@ -10,29 +11,10 @@
 #include "widgets/FlexGrid.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <algorithm>
 #include <cstdio>
-#include <vector>
-
-namespace {
-
-template <typename F> double medianMs(int repeats, const F& f) {
-  std::vector<double> times;
-  for (int i = 0; i < repeats; ++i) {
-    QElapsedTimer t;
-    t.start();
-    f();
-    times.push_back(double(t.nsecsElapsed()) / 1e6);
-  }
-  std::sort(times.begin(), times.end());
-  return times[times.size() / 2];
-}
-
-} // namespace
 
 int main(int argc, char* argv[]) {
   QApplication app(argc, argv);

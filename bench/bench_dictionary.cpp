@@ -1,6 +1,7 @@
 // A schema of many tables: how fast the dictionary views answer the catalogue's queries,
 // against the same queries on a plain table holding the same rows.
 //   bench_dictionary [tables] [columns] [repeats]
+#include "MedianTime.h"
 #include "db/OraDatabase.h"
 #include "db/local/LocalEngine.h"
 
@@ -22,18 +23,6 @@ qint64 readAll(OraDatabase& db, const QString& sql) {
     for (int c = 0; c < d->FieldCount(); ++c)
       d->Fields(c);
   return n;
-}
-
-double medianMs(OraDatabase& db, const QString& sql, int repeats, qint64* rows) {
-  std::vector<double> times;
-  for (int i = 0; i < repeats; ++i) {
-    QElapsedTimer t;
-    t.start();
-    *rows = readAll(db, sql);
-    times.push_back(double(t.nsecsElapsed()) / 1e6);
-  }
-  std::sort(times.begin(), times.end());
-  return times[times.size() / 2];
 }
 
 // TABLE_NAME in (select ... where COLUMN_NAME = 'C2' and TABLE_NAME in (...)), ten deep, as the
@@ -89,8 +78,8 @@ int main(int argc, char* argv[]) {
   };
   for (const Case& c : cases) {
     qint64 rowsView = 0, rowsPlain = 0;
-    const double v = medianMs(db, c.view, repeats, &rowsView);
-    const double p = medianMs(db, c.plain, repeats, &rowsPlain);
+    const double v = medianMs(repeats, [&] { rowsView = readAll(db, c.view); });
+    const double p = medianMs(repeats, [&] { rowsPlain = readAll(db, c.plain); });
     std::printf("%-38s %8.3f ms  %8.3f ms   %5.2fx  %lld%s\n", c.name, v, p, v / p, rowsView, rowsView == rowsPlain ? "" : "  (row counts differ!)");
   }
   return 0;
