@@ -6,12 +6,17 @@
 #include "db/OraSession.h"
 #include "widgets/MessageBoxes.h"
 
+#include <QDebug>
+
 bool OpenOraDatabase(BDBSWEEP& state, const DbEnvironment& env) {
   try {
     state.gSession = std::make_shared<OraSession>(env);
     state.gDatabase = state.gSession->OpenDatabase(state.gHost, state.gUser + u'/' + state.gPassword, 0);
     return true;
-  } catch (const OraError&) {
+  } catch (const OraError& e) {
+    // The message box says only that the logon failed; why (no client library, a wrong
+    // password, an unknown service) goes to the standard error for whoever looks after it.
+    qWarning().noquote() << "dbsweep:" << e.message();
     return false;
   }
 }

@@ -18,4 +18,10 @@ public:
   virtual void rollback() = 0;
   virtual QString serverVersion() = 0;
   virtual QString clientVersion() = 0;
+  // Breaks the call running on this connection, which then fails with ORA-01013. The one
+  // member that may be called from another thread while a call runs.
+  virtual void interrupt() = 0;
+  // Makes every later call that runs longer than this fail (0: no limit). False when the
+  // backend cannot limit its calls.
+  virtual bool setCallTimeout(int milliseconds) = 0;
 };

@@ -4,12 +4,19 @@
 #include <QString>
 
 // Where the backends find their files: embedded instances live under
-// <dataFolder>/instances/NAME.
+// <dataFolder>/instances/NAME; the Oracle client library is looked for in oracleClientFolder,
+// the program's folder, the system's search and <oracleHome>/lib.
 struct DbEnvironment final {
   QString dataFolder;
   // The files local:demo is built from; empty means the "demo" folder next to the program.
   QString demoFolder = {};
+  QString oracleClientFolder = {};
+  QString oracleHome = {};
+  QString libraryPath = {};
+  // Rows an Oracle query fetches per round trip, at most.
+  int fetchRows = 500;
 
-  // $DBSWEEP_DATA_DIR, else $XDG_DATA_HOME/dbsweep (~/.local/share/dbsweep); $DBSWEEP_DEMO_DIR.
+  // $DBSWEEP_DATA_DIR, else $XDG_DATA_HOME/dbsweep (~/.local/share/dbsweep); $DBSWEEP_DEMO_DIR;
+  // $DBSWEEP_ORACLE_CLIENT, $ORACLE_HOME, $LD_LIBRARY_PATH; $DBSWEEP_FETCH_ROWS (1 to 100000).
   static DbEnvironment from(const QProcessEnvironment& env);
 };

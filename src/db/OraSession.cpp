@@ -3,6 +3,8 @@
 #include "db/OraError.h"
 #include "db/local/DemoInstance.h"
 #include "db/local/LocalEngine.h"
+#include "db/oci/OciConnection.h"
+#include "db/oci/OciLibrary.h"
 #include "platform/SystemInfo.h"
 
 namespace {
@@ -20,8 +22,10 @@ std::shared_ptr<DbConnection> openBackend(const QString& host, const QString& us
     }
     return LocalEngine::connect(folder, user, password);
   }
-  throw OraError(12154, QStringLiteral("TNS:could not resolve the connect identifier specified "
-                                       "(this build reaches Oracle servers only through local: instances)"));
+  const OciSearch search{env.oracleClientFolder, programFolder(), env.oracleHome, env.libraryPath};
+  OciConnection::Options options;
+  options.fetchRows = env.fetchRows;
+  return OciConnection::connect(OciLibrary::load(search), host, user, password, options);
 }
 
 } // namespace

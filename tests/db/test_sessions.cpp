@@ -99,7 +99,6 @@ private Q_SLOTS:
     QCOMPARE(errorOf([&] { fx.open("nobody", "secret"); }), 1017);
     QCOMPARE(errorOf([&] { LocalEngine::connect(fx.dir.path() + "/none", "sales", "secret"); }), 12154);
     QCOMPARE(errorOf([&] { LocalEngine::createInstance(fx.folder, "x"); }), 1501);
-    QCOMPARE(errorOf([&] { OraSession(DbEnvironment{fx.dir.path()}).OpenDatabase("ORCL", "sales/secret", 0); }), 12154);
 
     // The host string picks the engine: local:/folder here, local:NAME under the data folder.
     BDBSWEEP state;

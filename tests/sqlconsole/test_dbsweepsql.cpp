@@ -2,9 +2,12 @@
 #include "sqlconsole/ConsoleOptions.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <dlfcn.h>
 
 namespace {
 
@@ -102,6 +105,30 @@ private Q_SLOTS:
     const Result missing = sql({"system/x@local:" + m_dir.filePath("none")});
     QCOMPARE(missing.status, 1);
     QVERIFY2(missing.err.contains("ORA-12154"), qPrintable(missing.err));
+  }
+
+  void otherHostsGoThroughTheOracleClient() {
+    if (void* installed = dlopen("libclntsh.so", RTLD_LAZY)) {
+      dlclose(installed);
+      QSKIP("an Oracle client is installed on this machine");
+    }
+    QTemporaryDir empty;
+    QProcessEnvironment env = m_env;
+    env.remove(QStringLiteral("ORACLE_HOME"));
+    env.remove(QStringLiteral("LD_LIBRARY_PATH"));
+    env.insert(QStringLiteral("DBSWEEP_ORACLE_CLIENT"), empty.path());
+    std::swap(env, m_env);
+    const Result none = sql({"scott/tiger@ORCL"}, "select 1 from dual;\n");
+    QCOMPARE(none.status, 1);
+    QVERIFY2(none.err.contains("No Oracle client library (libclntsh.so) could be loaded."), qPrintable(none.err));
+    QVERIFY(none.err.contains(empty.path() + " (DBSWEEP_ORACLE_CLIENT)"));
+
+    // The test double of the client logs on, then knows no statement but its own.
+    m_env.insert(QStringLiteral("DBSWEEP_ORACLE_CLIENT"), QFileInfo(QStringLiteral(OCI_DOUBLE)).absolutePath());
+    const Result reached = sql({"scott/tiger@ORCL"}, "select 1 from dual;\n");
+    QVERIFY2(reached.err.contains("ORA-00900: invalid SQL statement"), qPrintable(reached.err));
+    QVERIFY2(sql({"scott/lion@ORCL"}).err.contains("ORA-01017"), "a wrong password is Oracle's to refuse");
+    std::swap(env, m_env);
   }
 
   void runsScriptsFromStandardInputAndFiles() {

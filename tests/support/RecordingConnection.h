@@ -25,6 +25,8 @@ public:
   void rollback() override { m_inner->rollback(); }
   QString serverVersion() override { return m_inner->serverVersion(); }
   QString clientVersion() override { return m_inner->clientVersion(); }
+  void interrupt() override { m_inner->interrupt(); }
+  bool setCallTimeout(int milliseconds) override { return m_inner->setCallTimeout(milliseconds); }
 
   const QStringList& sent() const { return m_sent; }
   void forget() { m_sent.clear(); }

@@ -246,6 +246,11 @@ OraError LocalConnection::oracleError(const SqliteFailure& failure, const QStrin
   return SqlErrors::toOracle(m_db, failure, owner.isEmpty() ? m_logon.user : owner, table, dml);
 }
 
+void LocalConnection::interrupt() {
+  // sqlite3_interrupt may be called from any thread; the call it stops raises ORA-01013.
+  sqlite3_interrupt(m_db);
+}
+
 void LocalConnection::begin() {
   std::lock_guard lock(m_mutex);
   checkAlive();

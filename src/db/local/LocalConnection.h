@@ -38,6 +38,9 @@ public:
   void rollback() override;
   QString serverVersion() override;
   QString clientVersion() override;
+  void interrupt() override;
+  // SQLite offers no limit on a call's time: only interrupt() stops a long one.
+  bool setCallTimeout(int) override { return false; }
 
   // For the statement runners and dynasets of this engine.
   sqlite3* db() const { return m_db; }

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "db/OraDynaset.h"
+#include "db/oci/OciConnection.h"
+
+#include <QHash>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+// The rows of a query on an Oracle server, fetched in arrays as they are needed. Read-only and
+// updatable dynasets keep the rows fetched; a no-cache one keeps only the current batch, and
+// counts by reading to the end without keeping the rows, after which only its current row can
+// still be read. An updatable dynaset reads each row's ROWID beside it, so Delete removes
+// exactly that row.
+class OciDynaset final : public OraDynaset {
+public:
+  static std::unique_ptr<OciDynaset> open(std::shared_ptr<OciConnection> connection, const QString& sql, int options);
+  ~OciDynaset() override;
+
+  qint64 RecordCount() override;
+  int FieldCount() const override { return int(m_names.size()); }
+  QString FieldName(int index) const override;
+  QVariant Fields(const QString& name) override;
+  QVariant Fields(int index) override;
+  void MoveNext() override;
+  bool IsEOF() override;
+  void Delete() override;
+  void Close() override;
+
+  // Rows asked for per round trip (after the buffer limit for wide rows).
+  int fetchRows() const { return m_batchRows; }
+
+private:
+  enum class Kind { Text, Number, Date, Bytes };
+  struct Column {
+    Kind kind = Kind::Text;
+    oci::ub2 defineType = oci::SQLT_CHR;
+    qint64 capacity = 0; // bytes per value
+    std::vector<char> data;
+    std::vector<oci::sb2> indicators;
+    std::vector<oci::ub4> lengths;
+    std::vector<oci::ub2> codes;
+  };
+
+  OciDynaset(std::shared_ptr<OciConnection> connection, int options);
+  void start(const QString& sql, bool withRowid);
+  void describe();
+  void define();
+  // One round trip: keeps the rows it brings, or only counts them.
+  void fetchBatch(bool keep);
+  QVariant value(const Column& column, int row) const;
+  bool fetchTo(qint64 row);
+  const QVariantList& current();
+  void finish();
+
+  std::shared_ptr<OciConnection> m_connection;
+  int m_options;
+  std::unique_ptr<OciStatement> m_statement; // open while rows remain to fetch
+  QString m_sql;
+  int m_hidden = 0; // 1 when the first column is the ROWID of an updatable dynaset
+  QStringList m_names;
+  QHash<QString, int> m_index;
+  std::vector<Column> m_columns;
+  int m_batchRows = 1;
+  std::vector<QVariantList> m_rows;
+  qint64 m_first = 0; // row number of m_rows[0]
+  qint64 m_pos = 0;
+  qint64 m_count = -1;
+  qint64 m_drained = -1; // first row no longer readable once a no-cache count read past it
+  bool m_done = false;
+  bool m_closed = false;
+  std::optional<OraError> m_fetchError;   // the error that ended the rows early
+  std::optional<OraError> m_notUpdatable; // why Delete cannot work, for a query ROWID cannot follow
+  std::unique_ptr<OciStatement> m_delete;
+};

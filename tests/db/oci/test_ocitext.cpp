@@ -1,0 +1,57 @@
+#include "db/oci/OciText.h"
+
+#include <QTest>
+
+// How Oracle's text becomes the values every window shows.
+class TestOciText : public QObject {
+  Q_OBJECT
+
+private Q_SLOTS:
+  void numbersTakeTheTypeThatKeepsTheirDigits() {
+    QCOMPARE(OciText::number("42").typeId(), QMetaType::LongLong);
+    QCOMPARE(OciText::number("-9223372036854775808").toLongLong(), std::numeric_limits<qint64>::min());
+    // Oracle leaves out the zero before the decimal sign.
+    QCOMPARE(OciText::number(".5"), QVariant(0.5));
+    QCOMPARE(OciText::number("-.25"), QVariant(-0.25));
+    QCOMPARE(OciText::number("123.4500"), QVariant(123.45));
+    QCOMPARE(OciText::number("1.5E+000"), QVariant(1.5));
+    // Too many digits for a double, or beyond qint64: kept as text, digit for digit.
+    QCOMPARE(OciText::number("12345678901234567890"), QVariant(QStringLiteral("12345678901234567890")));
+    QCOMPARE(OciText::number("-.1234567890123456"), QVariant(QStringLiteral("-0.1234567890123456")));
+    QCOMPARE(OciText::number("0.000000000000001"), QVariant(1e-15));
+    // What is not a number at all stays as Oracle wrote it (BINARY_DOUBLE infinity).
+    QCOMPARE(OciText::number("~"), QVariant(QStringLiteral("~")));
+  }
+
+  void datesDropMidnight() {
+    QCOMPARE(OciText::date("2024/02/29 00:00:00"), QStringLiteral("2024/02/29"));
+    QCOMPARE(OciText::date("2024/02/29 00:00:01"), QStringLiteral("2024/02/29 00:00:01"));
+  }
+
+  void serverReleaseFromEveryBannerForm() {
+    QCOMPARE(OciText::releaseFromBanner(QStringLiteral(
+                 "Oracle Database 19c Enterprise Edition Release 19.0.0.0.0 - Production\nVersion 19.21.0.0.0")),
+             QStringLiteral("19.21.0.0.0"));
+    QCOMPARE(OciText::releaseFromBanner(
+                 QStringLiteral("Oracle Database 12c Enterprise Edition Release 12.1.0.2.0 - 64bit Production")),
+             QStringLiteral("12.1.0.2.0"));
+    QCOMPARE(OciText::releaseFromBanner(QStringLiteral("Personal Oracle\nsomething else")),
+             QStringLiteral("Personal Oracle"));
+  }
+
+  void errorTextLosesOnlyItsOwnPrefix() {
+    QCOMPARE(OciText::errorText(QStringLiteral("ORA-00942: table or view does not exist\n"), 942),
+             QStringLiteral("table or view does not exist"));
+    // A PL/SQL error keeps its stack; a prefix of another number is not Oracle's own for it.
+    QCOMPARE(OciText::errorText(QStringLiteral("ORA-06550: line 1\nORA-06512: at line 3\n"), 6550),
+             QStringLiteral("line 1\nORA-06512: at line 3"));
+    QCOMPARE(OciText::errorText(QStringLiteral("ORA-00001: x"), 2), QStringLiteral("ORA-00001: x"));
+    QVERIFY(OciText::sessionLost(3113));
+    QVERIFY(OciText::sessionLost(28));
+    QVERIFY(!OciText::sessionLost(1013));
+    QVERIFY(!OciText::sessionLost(942));
+  }
+};
+
+QTEST_GUILESS_MAIN(TestOciText)
+#include "test_ocitext.moc"
