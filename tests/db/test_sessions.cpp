@@ -9,6 +9,9 @@
 #include <QElapsedTimer>
 #include <QProcess>
 
+#include <atomic>
+#include <thread>
+
 class TestSessions final : public QObject {
   Q_OBJECT
 
@@ -91,6 +94,31 @@ private Q_SLOTS:
     QVERIFY(child.waitForFinished(10000));
     QCOMPARE(childSession(*system), QString());
     QCOMPARE(rowsOf(*system, "select count(*) from t"), QStringList({"0"}));
+  }
+
+  void aRunningQueryCanBeInterrupted() {
+    EngineFixture fx;
+    auto sales = fx.sales();
+    sales->ExecuteSQL("CREATE TABLE n (x NUMBER)");
+    sales->connection().begin();
+    for (int i = 0; i < 300; ++i)
+      sales->ExecuteSQL(QStringLiteral("INSERT INTO n VALUES (%1)").arg(i));
+    sales->connection().commit();
+    std::atomic<int> error = 0;
+    std::atomic<bool> done = false;
+    std::thread worker([&] {
+      error = errorOf(
+          [&] { sales->CreateDynaset("SELECT COUNT(*) FROM n a, n b, n c WHERE a.x + b.x < c.x", 4)->RecordCount(); });
+      done = true;
+    });
+    // An interrupt before the query starts stops nothing: repeat it until the query has ended.
+    while (!done) {
+      sales->connection().interrupt();
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    worker.join();
+    QCOMPARE(error.load(), 1013);
+    QCOMPARE(rowsOf(*sales, "SELECT COUNT(*) FROM n"), QStringList({"300"}));
   }
 
   void logonAndConnectOracle() {

@@ -58,14 +58,14 @@ inline constexpr ub4 HTYPE_SESSION = 9;
 inline constexpr ub4 DTYPE_PARAM = 53;
 
 // Attributes. Numbers are shared between handle types; the handle tells which is meant.
-inline constexpr ub4 ATTR_DATA_SIZE = 1;   // parameter: ub2, maximum size in bytes
-inline constexpr ub4 ATTR_DATA_TYPE = 2;   // parameter: ub2, SQLT_* code
-inline constexpr ub4 ATTR_NAME = 4;        // parameter: OraText*, with its length
-inline constexpr ub4 ATTR_PRECISION = 5;   // parameter of a statement: sb2
-inline constexpr ub4 ATTR_SCALE = 6;       // parameter: sb1
-inline constexpr ub4 ATTR_SERVER = 6;      // service context: OCIServer*
-inline constexpr ub4 ATTR_SESSION = 7;     // service context: OCISession*
-inline constexpr ub4 ATTR_ROW_COUNT = 9;   // statement: ub4, rows processed
+inline constexpr ub4 ATTR_DATA_SIZE = 1;      // parameter: ub2, maximum size in bytes
+inline constexpr ub4 ATTR_DATA_TYPE = 2;      // parameter: ub2, SQLT_* code
+inline constexpr ub4 ATTR_NAME = 4;           // parameter: OraText*, with its length
+inline constexpr ub4 ATTR_PRECISION = 5;      // parameter of a statement: sb2
+inline constexpr ub4 ATTR_SCALE = 6;          // parameter: sb1
+inline constexpr ub4 ATTR_SERVER = 6;         // service context: OCIServer*
+inline constexpr ub4 ATTR_SESSION = 7;        // service context: OCISession*
+inline constexpr ub4 ATTR_ROW_COUNT = 9;      // statement: ub4, rows processed
 inline constexpr ub4 ATTR_PREFETCH_ROWS = 11; // statement: ub4
 inline constexpr ub4 ATTR_PARAM_COUNT = 18;   // statement: ub4, columns of a query
 inline constexpr ub4 ATTR_USERNAME = 22;      // session: OraText*
@@ -118,14 +118,13 @@ using OCIEnvNlsCreate_t = sword (*)(OCIEnv** envhpp, ub4 mode, void* ctxp, void*
 using OCIHandleAlloc_t = sword (*)(const void* parenth, void** hndlpp, ub4 type, size_t xtramemSz, void** usrmempp);
 using OCIHandleFree_t = sword (*)(void* hndlp, ub4 type);
 using OCIDescriptorFree_t = sword (*)(void* descp, ub4 type);
-using OCIErrorGet_t = sword (*)(void* hndlp, ub4 recordno, OraText* sqlstate, sb4* errcodep, OraText* bufp,
-                                ub4 bufsiz, ub4 type);
+using OCIErrorGet_t = sword (*)(void* hndlp, ub4 recordno, OraText* sqlstate, sb4* errcodep, OraText* bufp, ub4 bufsiz,
+                                ub4 type);
 using OCIAttrSet_t = sword (*)(void* trgthndlp, ub4 trghndltyp, void* attributep, ub4 size, ub4 attrtype,
                                OCIError* errhp);
 using OCIAttrGet_t = sword (*)(const void* trgthndlp, ub4 trghndltyp, void* attributep, ub4* sizep, ub4 attrtype,
                                OCIError* errhp);
-using OCIServerAttach_t = sword (*)(OCIServer* srvhp, OCIError* errhp, const OraText* dblink, sb4 dblinkLen,
-                                    ub4 mode);
+using OCIServerAttach_t = sword (*)(OCIServer* srvhp, OCIError* errhp, const OraText* dblink, sb4 dblinkLen, ub4 mode);
 using OCIServerDetach_t = sword (*)(OCIServer* srvhp, OCIError* errhp, ub4 mode);
 using OCISessionBegin_t = sword (*)(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp, ub4 credt, ub4 mode);
 using OCISessionEnd_t = sword (*)(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp, ub4 mode);
@@ -140,8 +139,8 @@ using OCIParamGet_t = sword (*)(const void* hndlp, ub4 htype, OCIError* errhp, v
 using OCIDefineByPos2_t = sword (*)(OCIStmt* stmtp, OCIDefine** defnpp, OCIError* errhp, ub4 position, void* valuep,
                                     sb8 valueSz, ub2 dty, void* indp, ub4* rlenp, ub2* rcodep, ub4 mode);
 using OCIBindByPos_t = sword (*)(OCIStmt* stmtp, OCIBind** bindpp, OCIError* errhp, ub4 position, void* valuep,
-                                 sb4 valueSz, ub2 dty, void* indp, ub2* alenp, ub2* rcodep, ub4 maxarrLen,
-                                 ub4* curelep, ub4 mode);
+                                 sb4 valueSz, ub2 dty, void* indp, ub2* alenp, ub2* rcodep, ub4 maxarrLen, ub4* curelep,
+                                 ub4 mode);
 using OCITransCommit_t = sword (*)(OCISvcCtx* svchp, OCIError* errhp, ub4 flags);
 using OCITransRollback_t = sword (*)(OCISvcCtx* svchp, OCIError* errhp, ub4 flags);
 using OCIBreak_t = sword (*)(void* hndlp, OCIError* errhp);

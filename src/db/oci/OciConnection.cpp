@@ -13,8 +13,8 @@ OciStatement::OciStatement(OciConnection& connection, const QString& sql) : m_co
   connection.checkAlive();
   const QByteArray text = sql.toUtf8();
   connection.check(connection.api().StmtPrepare2(connection.service(), &m_handle, connection.errors(),
-                                                 reinterpret_cast<const OraText*>(text.constData()),
-                                                 ub4(text.size()), nullptr, 0, NTV_SYNTAX, DEFAULT));
+                                                 reinterpret_cast<const OraText*>(text.constData()), ub4(text.size()),
+                                                 nullptr, 0, NTV_SYNTAX, DEFAULT));
 }
 
 OciStatement::~OciStatement() {

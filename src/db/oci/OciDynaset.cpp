@@ -102,9 +102,7 @@ void OciDynaset::describe() {
     case SQLT_TIMESTAMP_TZ:
     case SQLT_TIMESTAMP_LTZ:
     case SQLT_INTERVAL_YM:
-    case SQLT_INTERVAL_DS:
-      c.capacity = 96;
-      break;
+    case SQLT_INTERVAL_DS: c.capacity = 96; break;
     case SQLT_LNG:
     case SQLT_CLOB:
       c.defineType = SQLT_LNG;
@@ -124,8 +122,7 @@ void OciDynaset::describe() {
     default:
       // Character data grows up to four times on its way to UTF-8; other types (ROWID and
       // what the server can turn into text) fit in 4000 characters.
-      c.capacity = type == SQLT_CHR || type == SQLT_AFC ? std::max<qint64>(std::max<qint64>(size, chars), 1) * 4
-                                                        : 4000;
+      c.capacity = type == SQLT_CHR || type == SQLT_AFC ? std::max<qint64>(std::max<qint64>(size, chars), 1) * 4 : 4000;
       break;
     }
     if (i >= ub4(m_hidden)) {
@@ -148,10 +145,9 @@ void OciDynaset::define() {
     c.lengths.assign(size_t(m_batchRows), 0);
     c.codes.assign(size_t(m_batchRows), 0);
     OCIDefine* define = nullptr;
-    m_connection->check(m_connection->api().DefineByPos2(m_statement->handle(), &define, m_connection->errors(),
-                                                         ub4(i + 1), c.data.data(), c.capacity, c.defineType,
-                                                         c.indicators.data(), c.lengths.data(), c.codes.data(),
-                                                         DEFAULT));
+    m_connection->check(m_connection->api().DefineByPos2(
+        m_statement->handle(), &define, m_connection->errors(), ub4(i + 1), c.data.data(), c.capacity, c.defineType,
+        c.indicators.data(), c.lengths.data(), c.codes.data(), DEFAULT));
   }
 }
 
@@ -281,12 +277,12 @@ void OciDynaset::Delete() {
     throw OraError(1732, QStringLiteral("data manipulation operation not legal on this view"));
   QByteArray rowid = current()[0].toString().toUtf8();
   if (!m_delete)
-    m_delete = std::make_unique<OciStatement>(*m_connection,
-                                              QStringLiteral("DELETE FROM (%1) WHERE ROWID = :1").arg(m_sql));
+    m_delete =
+        std::make_unique<OciStatement>(*m_connection, QStringLiteral("DELETE FROM (%1) WHERE ROWID = :1").arg(m_sql));
   OCIBind* bind = nullptr;
-  m_connection->check(m_connection->api().BindByPos(m_delete->handle(), &bind, m_connection->errors(), 1,
-                                                    rowid.data(), sb4(rowid.size() + 1), SQLT_STR, nullptr, nullptr,
-                                                    nullptr, 0, nullptr, DEFAULT));
+  m_connection->check(m_connection->api().BindByPos(m_delete->handle(), &bind, m_connection->errors(), 1, rowid.data(),
+                                                    sb4(rowid.size() + 1), SQLT_STR, nullptr, nullptr, nullptr, 0,
+                                                    nullptr, DEFAULT));
   m_delete->execute(1);
 }
 

@@ -16,8 +16,7 @@ struct Attempt {
   QString message; // the loader's message for a file that exists but would not load
 };
 
-template <typename F>
-void resolve(void* handle, const char* name, F& target, const QString& path) {
+template <typename F> void resolve(void* handle, const char* name, F& target, const QString& path) {
   QString error;
   void* symbol = SharedLibrary::symbol(handle, name, error);
   if (!symbol) {

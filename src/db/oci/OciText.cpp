@@ -91,8 +91,7 @@ bool sessionLost(int code) {
   case 12570: // packet reader failure
   case 12583: // no reader
     return true;
-  default:
-    return false;
+  default: return false;
   }
 }
 

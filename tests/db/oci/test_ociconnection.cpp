@@ -129,13 +129,11 @@ private Q_SLOTS:
     OciDoubleAnswer emp;
     emp.columns = {column("EMPNO", Number, 22), column("ENAME", Varchar2, 10), column("HIRED", Date, 7),
                    column("RATE", Number, 22)};
-    emp.rows = {{"7369", "佐藤", "1980/12/17 00:00:00", ".5"},
-                {"7499", std::nullopt, "1981/02/20 09:30:00", "-1.25"},
-                {"7521", "WARD", std::nullopt, "12345678901234567890"},
-                {"7566", "JONES", "1981/04/02 00:00:00", "2"},
-                {"7654", "MARTIN", "1981/09/28 00:00:00", "3"},
-                {"7698", "BLAKE", "1981/05/01 00:00:00", "4"},
-                {"7782", "CLARK", "1981/06/09 00:00:00", "5"}};
+    emp.rows = {
+        {"7369", "佐藤", "1980/12/17 00:00:00", ".5"},          {"7499", std::nullopt, "1981/02/20 09:30:00", "-1.25"},
+        {"7521", "WARD", std::nullopt, "12345678901234567890"}, {"7566", "JONES", "1981/04/02 00:00:00", "2"},
+        {"7654", "MARTIN", "1981/09/28 00:00:00", "3"},         {"7698", "BLAKE", "1981/05/01 00:00:00", "4"},
+        {"7782", "CLARK", "1981/06/09 00:00:00", "5"}};
     answer("SELECT * FROM EMP", emp);
     const size_t mark = server().log.size();
     auto rows = connection->query(QStringLiteral("SELECT * FROM EMP"), OraDynaset::ReadOnly);
@@ -182,7 +180,8 @@ private Q_SLOTS:
     notes.columns = {column("BODY", Varchar2, 4000), column("DOC", Clob, 4000), column("HASH", Raw, 4)};
     notes.rows = {{"a", "0123456789abc", std::string("\x01\x00\xff", 3)}, {"b", "short", std::nullopt}};
     answer("SELECT BODY, DOC, HASH FROM NOTES", notes);
-    auto opened = OciDynaset::open(connection, QStringLiteral("SELECT BODY, DOC, HASH FROM NOTES"), OraDynaset::ReadOnly);
+    auto opened =
+        OciDynaset::open(connection, QStringLiteral("SELECT BODY, DOC, HASH FROM NOTES"), OraDynaset::ReadOnly);
     // 4000 bytes of VARCHAR2 may take 16000 in UTF-8: two such rows fit in 40000 bytes.
     QCOMPARE(opened->fetchRows(), 2);
     QCOMPARE(opened->Fields(1), QVariant(QStringLiteral("01234567"))); // cut at the LOB size limit
@@ -204,8 +203,13 @@ private Q_SLOTS:
     auto rows = connection->query(QStringLiteral("SELECT TO_NUMBER(C) FROM T"), OraDynaset::ReadOnly);
     QVariantList read;
     QString message;
-    QCOMPARE(errorOf([&] { read = QVariantList(); for (; !rows->IsEOF(); rows->MoveNext()) read << rows->Fields(0); },
-                     &message),
+    QCOMPARE(errorOf(
+                 [&] {
+                   read = QVariantList();
+                   for (; !rows->IsEOF(); rows->MoveNext())
+                     read << rows->Fields(0);
+                 },
+                 &message),
              1722);
     QCOMPARE(message, QStringLiteral("ORA-01722: invalid number"));
     QCOMPARE(read, (QVariantList{1, 2, 3, 4}));
@@ -275,7 +279,8 @@ private Q_SLOTS:
       rows->MoveNext();
     }
     const auto log = logFrom(0);
-    QVERIFY(inOrder(log, {"execute " + remove + " bind=AAAR3sAAEAAAACXAAA", "execute " + remove + " bind=AAAR3sAAEAAAACXAAB"}));
+    QVERIFY(inOrder(
+        log, {"execute " + remove + " bind=AAAR3sAAEAAAACXAAA", "execute " + remove + " bind=AAAR3sAAEAAAACXAAB"}));
     QCOMPARE(std::count(log.begin(), log.end(), "prepare " + remove), 1);
     QCOMPARE(server().pending, 2);
 

@@ -89,10 +89,11 @@ private Q_SLOTS:
     const QString home = copyDoubleTo(root.filePath(QStringLiteral("home/lib")));
     const QString homeFolder = root.filePath(QStringLiteral("home"));
     const QStringList none;
-    QCOMPARE(OciLibrary::load({root.filePath(QStringLiteral("chosen")), root.filePath(QStringLiteral("program")),
-                               homeFolder, {}, none})
-                 ->path,
-             chosen);
+    QCOMPARE(
+        OciLibrary::load(
+            {root.filePath(QStringLiteral("chosen")), root.filePath(QStringLiteral("program")), homeFolder, {}, none})
+            ->path,
+        chosen);
     QCOMPARE(OciLibrary::load({{}, root.filePath(QStringLiteral("program")), homeFolder, {}, none})->path, program);
     const auto client = OciLibrary::load({{}, {}, homeFolder, {}, none});
     QCOMPARE(client->path, home);
@@ -101,7 +102,8 @@ private Q_SLOTS:
 
   void versionedNamesNewestFirst() {
     QTemporaryDir dir;
-    for (const char* name : {"libclntsh.so.9.2", "libclntsh.so.19.1", "libclntsh.so", "libclntsh.so.21.1", "other.so"}) {
+    for (const char* name :
+         {"libclntsh.so.9.2", "libclntsh.so.19.1", "libclntsh.so", "libclntsh.so.21.1", "other.so"}) {
       QFile f(dir.filePath(QString::fromLatin1(name)));
       QVERIFY(f.open(QIODevice::WriteOnly));
     }
