@@ -27,17 +27,14 @@ struct OCISession;
 struct OCIStmt;
 struct OCIDefine;
 struct OCIBind;
-struct OCIParam;
 struct OCISnapshot;
 
 // Return codes.
 inline constexpr sword SUCCESS = 0;
 inline constexpr sword SUCCESS_WITH_INFO = 1;
-inline constexpr sword NEED_DATA = 99;
 inline constexpr sword NO_DATA = 100;
 inline constexpr sword ERROR = -1;
 inline constexpr sword INVALID_HANDLE = -2;
-inline constexpr sword STILL_EXECUTING = -3123;
 
 // Modes.
 inline constexpr ub4 DEFAULT = 0x0;
@@ -87,7 +84,6 @@ inline constexpr ub2 SQLT_INT = 3;
 inline constexpr ub2 SQLT_FLT = 4;
 inline constexpr ub2 SQLT_STR = 5;
 inline constexpr ub2 SQLT_LNG = 8;
-inline constexpr ub2 SQLT_RID = 11;
 inline constexpr ub2 SQLT_DAT = 12;
 inline constexpr ub2 SQLT_BFLOAT = 21;
 inline constexpr ub2 SQLT_BDOUBLE = 22;

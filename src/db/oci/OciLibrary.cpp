@@ -4,7 +4,6 @@
 #include "platform/SharedLibrary.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QVersionNumber>
 
 #include <algorithm>
