@@ -46,10 +46,6 @@ private Q_SLOTS:
     QCOMPARE(OciText::errorText(QStringLiteral("ORA-06550: line 1\nORA-06512: at line 3\n"), 6550),
              QStringLiteral("line 1\nORA-06512: at line 3"));
     QCOMPARE(OciText::errorText(QStringLiteral("ORA-00001: x"), 2), QStringLiteral("ORA-00001: x"));
-    QVERIFY(OciText::sessionLost(3113));
-    QVERIFY(OciText::sessionLost(28));
-    QVERIFY(!OciText::sessionLost(1013));
-    QVERIFY(!OciText::sessionLost(942));
   }
 };
 
