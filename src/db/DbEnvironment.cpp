@@ -13,7 +13,7 @@ DbEnvironment DbEnvironment::from(const QProcessEnvironment& env) {
   DbEnvironment db{folder, env.value(QStringLiteral("DBSWEEP_DEMO_DIR"))};
   db.oracleClientFolder = env.value(QStringLiteral("DBSWEEP_ORACLE_CLIENT"));
   db.oracleHome = env.value(QStringLiteral("ORACLE_HOME")).trimmed();
-  db.libraryPath = env.value(QStringLiteral("LD_LIBRARY_PATH"));
+  db.loaderSearch = env.value(QStringLiteral("LD_LIBRARY_PATH"));
   bool ok = false;
   const int rows = env.value(QStringLiteral("DBSWEEP_FETCH_ROWS")).toInt(&ok);
   if (ok && rows >= 1 && rows <= 100000)

@@ -12,7 +12,7 @@ struct DbEnvironment final {
   QString demoFolder = {};
   QString oracleClientFolder = {};
   QString oracleHome = {};
-  QString libraryPath = {};
+  QString loaderSearch = {};
   // Rows an Oracle query fetches per round trip, at most.
   int fetchRows = 500;
 

@@ -22,7 +22,7 @@ std::shared_ptr<DbConnection> openBackend(const QString& host, const QString& us
     }
     return LocalEngine::connect(folder, user, password);
   }
-  const OciSearch search{env.oracleClientFolder, programFolder(), env.oracleHome, env.libraryPath};
+  const OciSearch search{env.oracleClientFolder, programFolder(), env.oracleHome, env.loaderSearch};
   OciConnection::Options options;
   options.fetchRows = env.fetchRows;
   return OciConnection::connect(OciLibrary::load(search), host, user, password, options);

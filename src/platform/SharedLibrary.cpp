@@ -39,7 +39,7 @@ QStringList SharedLibrary::oracleClientSystemNames() {
   return names;
 }
 
-QString SharedLibrary::systemSearchDescription(const QString& libraryPath) {
+QString SharedLibrary::systemSearchDescription(const QString& loaderSearch) {
   return QStringLiteral("the system library search (LD_LIBRARY_PATH=%1, /etc/ld.so.cache)")
-      .arg(libraryPath.isEmpty() ? QStringLiteral("(not set)") : libraryPath);
+      .arg(loaderSearch.isEmpty() ? QStringLiteral("(not set)") : loaderSearch);
 }

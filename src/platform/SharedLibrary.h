@@ -17,6 +17,6 @@ void* symbol(void* library, const char* name, QString& error);
 QString oracleClientName();
 QStringList oracleClientSystemNames();
 // Where the system's own search looks, for messages ("LD_LIBRARY_PATH and /etc/ld.so.cache").
-QString systemSearchDescription(const QString& libraryPath);
+QString systemSearchDescription(const QString& loaderSearch);
 
 } // namespace SharedLibrary

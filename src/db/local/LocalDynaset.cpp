@@ -86,8 +86,7 @@ LocalDynaset::LocalDynaset(std::shared_ptr<LocalConnection> connection, const QS
   for (int i = 0; i < n; ++i) {
     const QString declared = m_stmt->declaredType(i);
     m_dates.push_back(declared == u"DATE" ? DateColumn::Yes : declared.isEmpty() ? DateColumn::Maybe : DateColumn::No);
-    m_names << m_stmt->columnName(i);
-    m_index.insert(m_names.last().toUpper(), i);
+    m_names.append(m_stmt->columnName(i));
   }
 }
 
@@ -113,10 +112,6 @@ QVariant LocalDynaset::shown(QVariant value, int column) const {
     // Not a date after all: shown as the text it is.
   }
   return value;
-}
-
-QString LocalDynaset::FieldName(int index) const {
-  return index >= 0 && index < m_names.size() ? m_names[index] : QString();
 }
 
 bool LocalDynaset::fetchTo(qint64 row) {
@@ -174,16 +169,10 @@ qint64 LocalDynaset::RecordCount() {
   return m_count;
 }
 
-QVariant LocalDynaset::Fields(const QString& name) {
-  const auto it = m_index.constFind(name.toUpper());
-  if (it == m_index.constEnd())
-    throw OraError(904, QStringLiteral("\"%1\": invalid identifier").arg(name.toUpper()));
-  return Fields(*it);
-}
+QVariant LocalDynaset::Fields(const QString& name) { return Fields(m_names.indexOf(name)); }
 
 QVariant LocalDynaset::Fields(int index) {
-  if (index < 0 || index >= FieldCount())
-    throw OraError(1007, QStringLiteral("variable not in select list"));
+  m_names.check(index);
   return current()[index];
 }
 

@@ -57,7 +57,6 @@ void OciDynaset::describe() {
   const ub4 count = m_statement->attribute<ub4>(ATTR_PARAM_COUNT);
   m_columns.assign(count, Column{});
   m_names.clear();
-  m_index.clear();
   const qint64 longBytes = m_connection->options().longBytes;
   for (ub4 i = 0; i < count; ++i) {
     void* param = nullptr;
@@ -125,10 +124,8 @@ void OciDynaset::describe() {
       c.capacity = type == SQLT_CHR || type == SQLT_AFC ? std::max<qint64>(std::max<qint64>(size, chars), 1) * 4 : 4000;
       break;
     }
-    if (i >= ub4(m_hidden)) {
-      m_names << label;
-      m_index.insert(label.toUpper(), int(i) - m_hidden);
-    }
+    if (i >= ub4(m_hidden))
+      m_names.append(label);
   }
 }
 
@@ -239,20 +236,10 @@ qint64 OciDynaset::RecordCount() {
   return m_count;
 }
 
-QString OciDynaset::FieldName(int index) const {
-  return index >= 0 && index < m_names.size() ? m_names[index] : QString();
-}
-
-QVariant OciDynaset::Fields(const QString& name) {
-  const auto it = m_index.constFind(name.toUpper());
-  if (it == m_index.constEnd())
-    throw OraError(904, QStringLiteral("\"%1\": invalid identifier").arg(name.toUpper()));
-  return Fields(*it);
-}
+QVariant OciDynaset::Fields(const QString& name) { return Fields(m_names.indexOf(name)); }
 
 QVariant OciDynaset::Fields(int index) {
-  if (index < 0 || index >= FieldCount())
-    throw OraError(1007, QStringLiteral("variable not in select list"));
+  m_names.check(index);
   return current()[index + m_hidden];
 }
 

@@ -1,10 +1,8 @@
 #pragma once
 
+#include "db/FieldNames.h"
 #include "db/OraDynaset.h"
 #include "db/oci/OciConnection.h"
-
-#include <QHash>
-#include <QStringList>
 
 #include <memory>
 #include <optional>
@@ -21,8 +19,8 @@ public:
   ~OciDynaset() override;
 
   qint64 RecordCount() override;
-  int FieldCount() const override { return int(m_names.size()); }
-  QString FieldName(int index) const override;
+  int FieldCount() const override { return m_names.count(); }
+  QString FieldName(int index) const override { return m_names.name(index); }
   QVariant Fields(const QString& name) override;
   QVariant Fields(int index) override;
   void MoveNext() override;
@@ -61,8 +59,7 @@ private:
   std::unique_ptr<OciStatement> m_statement; // open while rows remain to fetch
   QString m_sql;
   int m_hidden = 0; // 1 when the first column is the ROWID of an updatable dynaset
-  QStringList m_names;
-  QHash<QString, int> m_index;
+  FieldNames m_names;
   std::vector<Column> m_columns;
   int m_batchRows = 1;
   std::vector<QVariantList> m_rows;

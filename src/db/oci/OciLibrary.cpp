@@ -106,7 +106,7 @@ std::shared_ptr<const OciClient> OciLibrary::load(const OciSearch& search) {
     return client;
   if (auto client = tryFolder(search.programFolder, QStringLiteral("the program's folder")))
     return client;
-  Attempt system{SharedLibrary::systemSearchDescription(search.libraryPath), {}};
+  Attempt system{SharedLibrary::systemSearchDescription(search.loaderSearch), {}};
   for (const QString& name : search.systemNames) {
     QString error;
     if (void* handle = SharedLibrary::open(name, error))

@@ -15,7 +15,7 @@ struct OciSearch {
   QString explicitFolder;
   QString programFolder;
   QString oracleHome;
-  QString libraryPath; // LD_LIBRARY_PATH as it was, for the message when nothing is found
+  QString loaderSearch; // LD_LIBRARY_PATH as it was, for the message when nothing is found
   // Library names the system search tries.
   QStringList systemNames = SharedLibrary::oracleClientSystemNames();
 };

@@ -273,7 +273,9 @@ OCI_DOUBLE_EXPORT sword OCISessionEnd(OCISvcCtx* svchp, OCIError* errhp, OCISess
 
 // ---- Transactions ----
 
-OCI_DOUBLE_EXPORT sword OCITransCommit(OCISvcCtx* svchp, OCIError* errhp, ub4) {
+namespace {
+
+sword endTransaction(OCISvcCtx* svchp, OCIError* errhp, bool commit) {
   auto lock = lockServer();
   ErrorHandle* error = startCall(errhp);
   const auto* service = find<ServiceHandle>(svchp);
@@ -281,23 +283,21 @@ OCI_DOUBLE_EXPORT sword OCITransCommit(OCISvcCtx* svchp, OCIError* errhp, ub4) {
     return INVALID_HANDLE;
   if (!connected(*service))
     return notConnected(error);
-  log("commit");
-  state().committedChanges += state().pending;
+  log(commit ? "commit" : "rollback");
+  if (commit)
+    state().committedChanges += state().pending;
   state().pending = 0;
   return SUCCESS;
 }
 
+} // namespace
+
+OCI_DOUBLE_EXPORT sword OCITransCommit(OCISvcCtx* svchp, OCIError* errhp, ub4) {
+  return endTransaction(svchp, errhp, true);
+}
+
 OCI_DOUBLE_EXPORT sword OCITransRollback(OCISvcCtx* svchp, OCIError* errhp, ub4) {
-  auto lock = lockServer();
-  ErrorHandle* error = startCall(errhp);
-  const auto* service = find<ServiceHandle>(svchp);
-  if (!error || !service)
-    return INVALID_HANDLE;
-  if (!connected(*service))
-    return notConnected(error);
-  log("rollback");
-  state().pending = 0;
-  return SUCCESS;
+  return endTransaction(svchp, errhp, false);
 }
 
 // ---- Interrupts ----
