@@ -15,6 +15,7 @@ using sb2 = signed short;
 using ub4 = unsigned int;
 using sb4 = signed int;
 using sb8 = long long;
+using ub8 = unsigned long long;
 using sword = int;
 using OraText = unsigned char;
 
@@ -28,6 +29,7 @@ struct OCIStmt;
 struct OCIDefine;
 struct OCIBind;
 struct OCISnapshot;
+struct OCILobLocator;
 
 // Return codes.
 inline constexpr sword SUCCESS = 0;
@@ -44,6 +46,7 @@ inline constexpr ub4 DESCRIBE_ONLY = 0x10;
 inline constexpr ub4 COMMIT_ON_SUCCESS = 0x20;
 inline constexpr ub2 FETCH_NEXT = 0x2;
 inline constexpr ub4 CRED_RDBMS = 1;
+inline constexpr ub1 ONE_PIECE = 0;
 
 // Handle and descriptor types.
 inline constexpr ub4 HTYPE_ENV = 1;
@@ -52,6 +55,7 @@ inline constexpr ub4 HTYPE_SVCCTX = 3;
 inline constexpr ub4 HTYPE_STMT = 4;
 inline constexpr ub4 HTYPE_SERVER = 8;
 inline constexpr ub4 HTYPE_SESSION = 9;
+inline constexpr ub4 DTYPE_LOB = 50;
 inline constexpr ub4 DTYPE_PARAM = 53;
 
 // Attributes. Numbers are shared between handle types; the handle tells which is meant.
@@ -65,6 +69,7 @@ inline constexpr ub4 ATTR_SESSION = 7;        // service context: OCISession*
 inline constexpr ub4 ATTR_ROW_COUNT = 9;      // statement: ub4, rows processed
 inline constexpr ub4 ATTR_PREFETCH_ROWS = 11; // statement: ub4
 inline constexpr ub4 ATTR_PARAM_COUNT = 18;   // statement: ub4, columns of a query
+inline constexpr ub4 ATTR_CHARSET_FORM = 32;  // parameter: ub1, SQLCS_*
 inline constexpr ub4 ATTR_USERNAME = 22;      // session: OraText*
 inline constexpr ub4 ATTR_PASSWORD = 23;      // session: OraText*
 inline constexpr ub4 ATTR_STMT_TYPE = 24;     // statement: ub2
@@ -72,6 +77,7 @@ inline constexpr ub4 ATTR_ROWS_FETCHED = 197; // statement: ub4, rows of the las
 inline constexpr ub4 ATTR_CHAR_SIZE = 286;    // parameter: ub2, length in characters
 inline constexpr ub4 ATTR_MODULE = 366;       // session: OraText*, V$SESSION.MODULE
 inline constexpr ub4 ATTR_DRIVER_NAME = 424;  // session: OraText*
+inline constexpr ub4 ATTR_DEFAULT_LOBPREFETCH_SIZE = 438; // session: ub4 bytes sent with each LOB locator
 inline constexpr ub4 ATTR_CALL_TIMEOUT = 531; // service context: ub4 milliseconds (18c clients on)
 
 // Statement types.
@@ -101,6 +107,10 @@ inline constexpr ub2 SQLT_INTERVAL_YM = 189;
 inline constexpr ub2 SQLT_INTERVAL_DS = 190;
 inline constexpr ub2 SQLT_TIMESTAMP_LTZ = 232;
 
+// Character set forms: the database character set, or the national one (NCHAR, NCLOB).
+inline constexpr ub1 SQLCS_IMPLICIT = 1;
+inline constexpr ub1 SQLCS_NCHAR = 2;
+
 // Character set ID of AL32UTF8 (UTF-8).
 inline constexpr ub2 AL32UTF8 = 873;
 
@@ -113,6 +123,8 @@ using OCIEnvNlsCreate_t = sword (*)(OCIEnv** envhpp, ub4 mode, void* ctxp, void*
                                     size_t xtramemSz, void** usrmempp, ub2 charset, ub2 ncharset);
 using OCIHandleAlloc_t = sword (*)(const void* parenth, void** hndlpp, ub4 type, size_t xtramemSz, void** usrmempp);
 using OCIHandleFree_t = sword (*)(void* hndlp, ub4 type);
+using OCIDescriptorAlloc_t = sword (*)(const void* parenth, void** descpp, ub4 type, size_t xtramemSz,
+                                       void** usrmempp);
 using OCIDescriptorFree_t = sword (*)(void* descp, ub4 type);
 using OCIErrorGet_t = sword (*)(void* hndlp, ub4 recordno, OraText* sqlstate, sb4* errcodep, OraText* bufp, ub4 bufsiz,
                                 ub4 type);
@@ -137,6 +149,10 @@ using OCIDefineByPos2_t = sword (*)(OCIStmt* stmtp, OCIDefine** defnpp, OCIError
 using OCIBindByPos_t = sword (*)(OCIStmt* stmtp, OCIBind** bindpp, OCIError* errhp, ub4 position, void* valuep,
                                  sb4 valueSz, ub2 dty, void* indp, ub2* alenp, ub2* rcodep, ub4 maxarrLen, ub4* curelep,
                                  ub4 mode);
+using OCILobGetLength2_t = sword (*)(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub8* lenp);
+using OCILobRead2_t = sword (*)(OCISvcCtx* svchp, OCIError* errhp, OCILobLocator* locp, ub8* byteAmtp, ub8* charAmtp,
+                                ub8 offset, void* bufp, ub8 bufl, ub1 piece, void* ctxp, void* cbfp, ub2 csid,
+                                ub1 csfrm);
 using OCITransCommit_t = sword (*)(OCISvcCtx* svchp, OCIError* errhp, ub4 flags);
 using OCITransRollback_t = sword (*)(OCISvcCtx* svchp, OCIError* errhp, ub4 flags);
 using OCIBreak_t = sword (*)(void* hndlp, OCIError* errhp);
@@ -150,6 +166,7 @@ struct Api {
   OCIEnvNlsCreate_t EnvNlsCreate = nullptr;
   OCIHandleAlloc_t HandleAlloc = nullptr;
   OCIHandleFree_t HandleFree = nullptr;
+  OCIDescriptorAlloc_t DescriptorAlloc = nullptr;
   OCIDescriptorFree_t DescriptorFree = nullptr;
   OCIErrorGet_t ErrorGet = nullptr;
   OCIAttrSet_t AttrSet = nullptr;
@@ -165,6 +182,8 @@ struct Api {
   OCIParamGet_t ParamGet = nullptr;
   OCIDefineByPos2_t DefineByPos2 = nullptr;
   OCIBindByPos_t BindByPos = nullptr;
+  OCILobGetLength2_t LobGetLength2 = nullptr;
+  OCILobRead2_t LobRead2 = nullptr;
   OCITransCommit_t TransCommit = nullptr;
   OCITransRollback_t TransRollback = nullptr;
   OCIBreak_t Break = nullptr;

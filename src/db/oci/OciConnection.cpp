@@ -115,6 +115,9 @@ void OciConnection::open(const QString& host, const QString& user, const QString
     setText(m_session, HTYPE_SESSION, ATTR_MODULE, QByteArrayLiteral("DBSWEEP"));
     setText(m_session, HTYPE_SESSION, ATTR_DRIVER_NAME,
             QStringLiteral("DBSWEEP : %1").arg(QCoreApplication::applicationVersion()).left(30).toUtf8());
+    // LOB values up to this size travel with their rows, so reading them costs no round trip.
+    ub4 lobPrefetch = ub4(m_options.lobPrefetchBytes);
+    check(api().AttrSet(m_session, HTYPE_SESSION, &lobPrefetch, 0, ATTR_DEFAULT_LOBPREFETCH_SIZE, m_error));
     check(api().AttrSet(m_service, HTYPE_SVCCTX, m_session, 0, ATTR_SESSION, m_error));
     check(api().SessionBegin(m_service, m_error, m_session, CRED_RDBMS, DEFAULT));
     m_loggedOn = true;

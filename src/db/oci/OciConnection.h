@@ -41,7 +41,8 @@ public:
   struct Options {
     int fetchRows = 500;                  // rows per round trip, at most
     qint64 fetchBytes = 16 * 1024 * 1024; // and at most this much buffer per query
-    qint64 longBytes = 1024 * 1024;       // LONG and LOB values are read up to this size
+    qint64 longBytes = 1024 * 1024;       // LONG and LONG RAW values are read up to this size
+    int lobPrefetchBytes = 64 * 1024;     // LOB data up to this size comes with the rows
   };
 
   // Attaches to host (a net service name or an Easy Connect string) and logs on. Raises
@@ -64,6 +65,7 @@ public:
 
   // For statements and dynasets.
   const oci::Api& api() const { return m_client->api; }
+  oci::OCIEnv* environment() const { return m_env; }
   oci::OCISvcCtx* service() const { return m_service; }
   oci::OCIError* errors() const { return m_error; }
   const Options& options() const { return m_options; }

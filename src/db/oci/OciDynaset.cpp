@@ -16,7 +16,7 @@ const OraError OutOfSequence(1002, QStringLiteral("fetch out of sequence"));
 OciDynaset::OciDynaset(std::shared_ptr<OciConnection> connection, int options)
     : m_connection(std::move(connection)), m_options(options) {}
 
-OciDynaset::~OciDynaset() = default;
+OciDynaset::~OciDynaset() { releaseLocators(); }
 
 std::unique_ptr<OciDynaset> OciDynaset::open(std::shared_ptr<OciConnection> connection, const QString& sql,
                                              int options) {
@@ -69,11 +69,14 @@ void OciDynaset::describe() {
     const auto get = [&](void* target, ub4* length, ub4 attr) {
       m_connection->check(api.AttrGet(param, DTYPE_PARAM, target, length, attr, m_connection->errors()));
     };
+    ub1 form = SQLCS_IMPLICIT;
     try {
       get(&type, nullptr, ATTR_DATA_TYPE);
       get(&size, nullptr, ATTR_DATA_SIZE);
       get(&chars, nullptr, ATTR_CHAR_SIZE);
       get(&name, &nameLength, ATTR_NAME);
+      if (type == SQLT_CLOB)
+        get(&form, nullptr, ATTR_CHARSET_FORM);
     } catch (...) {
       api.DescriptorFree(param, DTYPE_PARAM);
       throw;
@@ -82,6 +85,7 @@ void OciDynaset::describe() {
     api.DescriptorFree(param, DTYPE_PARAM);
 
     Column& c = m_columns[i];
+    c.charsetForm = form;
     switch (type) {
     case SQLT_NUM:
     case SQLT_INT:
@@ -103,15 +107,21 @@ void OciDynaset::describe() {
     case SQLT_INTERVAL_YM:
     case SQLT_INTERVAL_DS: c.capacity = 96; break;
     case SQLT_LNG:
-    case SQLT_CLOB:
       c.defineType = SQLT_LNG;
       c.capacity = longBytes;
       break;
     case SQLT_LBI:
-    case SQLT_BLOB:
       c.kind = Kind::Bytes;
       c.defineType = SQLT_LBI;
       c.capacity = longBytes;
+      break;
+    case SQLT_CLOB:
+    case SQLT_BLOB:
+      // Read through locators, whatever their size; the session's LOB prefetch brings the
+      // data of most with the rows.
+      c.kind = type == SQLT_BLOB ? Kind::Bytes : Kind::Text;
+      c.defineType = type;
+      c.capacity = sizeof(OCILobLocator*);
       break;
     case SQLT_BIN:
       c.kind = Kind::Bytes;
@@ -132,8 +142,10 @@ void OciDynaset::describe() {
 void OciDynaset::define() {
   const auto& options = m_connection->options();
   qint64 rowBytes = 0;
-  for (const Column& c : m_columns)
-    rowBytes += c.capacity + qint64(sizeof(sb2) + sizeof(ub4) + sizeof(ub2));
+  for (const Column& c : m_columns) {
+    const bool lob = c.defineType == SQLT_CLOB || c.defineType == SQLT_BLOB;
+    rowBytes += (lob ? options.lobPrefetchBytes : c.capacity) + qint64(sizeof(sb2) + sizeof(ub4) + sizeof(ub2));
+  }
   m_batchRows = int(std::clamp<qint64>(options.fetchBytes / std::max<qint64>(rowBytes, 1), 1, options.fetchRows));
   for (size_t i = 0; i < m_columns.size(); ++i) {
     Column& c = m_columns[i];
@@ -141,16 +153,58 @@ void OciDynaset::define() {
     c.indicators.assign(size_t(m_batchRows), 0);
     c.lengths.assign(size_t(m_batchRows), 0);
     c.codes.assign(size_t(m_batchRows), 0);
+    void* target = c.data.data();
+    if (c.defineType == SQLT_CLOB || c.defineType == SQLT_BLOB) {
+      c.data.clear();
+      c.locators.assign(size_t(m_batchRows), nullptr);
+      for (OCILobLocator*& locator : c.locators)
+        if (m_connection->api().DescriptorAlloc(m_connection->environment(), reinterpret_cast<void**>(&locator),
+                                                DTYPE_LOB, 0, nullptr) != SUCCESS)
+          throw OraError(0, QStringLiteral("The Oracle client could not allocate a LOB locator."));
+      target = c.locators.data();
+    }
     OCIDefine* define = nullptr;
     m_connection->check(m_connection->api().DefineByPos2(
-        m_statement->handle(), &define, m_connection->errors(), ub4(i + 1), c.data.data(), c.capacity, c.defineType,
+        m_statement->handle(), &define, m_connection->errors(), ub4(i + 1), target, c.capacity, c.defineType,
         c.indicators.data(), c.lengths.data(), c.codes.data(), DEFAULT));
   }
 }
 
-QVariant OciDynaset::value(const Column& c, int row) const {
+void OciDynaset::releaseLocators() {
+  for (Column& c : m_columns) {
+    for (OCILobLocator* locator : c.locators)
+      if (locator)
+        m_connection->api().DescriptorFree(locator, DTYPE_LOB);
+    c.locators.clear();
+  }
+}
+
+QVariant OciDynaset::lobValue(const Column& c, int row) {
+  const Api& api = m_connection->api();
+  OCILobLocator* locator = c.locators[size_t(row)];
+  ub8 length = 0; // characters of a CLOB, bytes of a BLOB
+  m_connection->check(api.LobGetLength2(m_connection->service(), m_connection->errors(), locator, &length));
+  const bool text = c.kind == Kind::Text;
+  const ub8 room = text ? length * 4 : length; // a character takes up to four bytes in UTF-8
+  if (room > ub8(std::numeric_limits<int>::max() - 1))
+    throw OraError(0, QStringLiteral("A LOB of %1 %2 is too large to read at once.")
+                          .arg(length)
+                          .arg(text ? QStringLiteral("characters") : QStringLiteral("bytes")));
+  QByteArray buffer(qsizetype(room), Qt::Uninitialized);
+  ub8 bytes = text ? 0 : length;
+  ub8 characters = text ? length : 0;
+  if (length > 0)
+    m_connection->check(api.LobRead2(m_connection->service(), m_connection->errors(), locator, &bytes, &characters, 1,
+                                     buffer.data(), room, ONE_PIECE, nullptr, nullptr, 0, c.charsetForm));
+  buffer.truncate(qsizetype(std::min(bytes, room)));
+  return text ? QVariant(QString::fromUtf8(buffer)) : QVariant(buffer);
+}
+
+QVariant OciDynaset::value(const Column& c, int row) {
   if (c.indicators[size_t(row)] == IND_NULL)
     return {};
+  if (!c.locators.empty())
+    return lobValue(c, row);
   const char* bytes = c.data.data() + qint64(row) * c.capacity;
   const qsizetype length = qsizetype(std::min<qint64>(c.lengths[size_t(row)], c.capacity));
   switch (c.kind) {
@@ -180,12 +234,22 @@ void OciDynaset::fetchBatch(bool keep) {
       m_first += qint64(m_rows.size());
       m_rows.clear();
     }
-    for (ub4 r = 0; r < fetched; ++r) {
-      QVariantList row;
-      row.reserve(qsizetype(m_columns.size()));
-      for (const Column& c : m_columns)
-        row << value(c, int(r));
-      m_rows.push_back(std::move(row));
+    try {
+      for (ub4 r = 0; r < fetched; ++r) {
+        QVariantList row;
+        row.reserve(qsizetype(m_columns.size()));
+        for (const Column& c : m_columns) {
+          // A LONG beyond its buffer would read as a different value: the rows stop there.
+          if ((c.defineType == SQLT_LNG || c.defineType == SQLT_LBI) && c.codes[r] == 1406)
+            throw OraError(1406, QStringLiteral("fetched column value was truncated (LONG values are read up to %1 "
+                                                "bytes)")
+                                     .arg(c.capacity));
+          row << value(c, int(r));
+        }
+        m_rows.push_back(std::move(row));
+      }
+    } catch (const OraError& e) {
+      error = e;
     }
   } else {
     m_count += fetched;
@@ -274,6 +338,7 @@ void OciDynaset::Delete() {
 }
 
 void OciDynaset::Close() {
+  releaseLocators();
   m_statement.reset();
   m_delete.reset();
   m_rows.clear();

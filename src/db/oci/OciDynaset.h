@@ -36,7 +36,9 @@ private:
   struct Column {
     Kind kind = Kind::Text;
     oci::ub2 defineType = oci::SQLT_CHR;
+    oci::ub1 charsetForm = oci::SQLCS_IMPLICIT;
     qint64 capacity = 0; // bytes per value
+    std::vector<oci::OCILobLocator*> locators; // CLOB, NCLOB and BLOB columns: one per row of a batch
     std::vector<char> data;
     std::vector<oci::sb2> indicators;
     std::vector<oci::ub4> lengths;
@@ -49,7 +51,9 @@ private:
   void define();
   // One round trip: keeps the rows it brings, or only counts them.
   void fetchBatch(bool keep);
-  QVariant value(const Column& column, int row) const;
+  QVariant value(const Column& column, int row);
+  QVariant lobValue(const Column& column, int row);
+  void releaseLocators();
   bool fetchTo(qint64 row);
   const QVariantList& current();
   void finish();

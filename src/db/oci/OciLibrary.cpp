@@ -47,6 +47,7 @@ std::shared_ptr<const OciClient> bind(void* handle, const QString& path) {
   resolve(handle, "OCIEnvNlsCreate", a.EnvNlsCreate, path);
   resolve(handle, "OCIHandleAlloc", a.HandleAlloc, path);
   resolve(handle, "OCIHandleFree", a.HandleFree, path);
+  resolve(handle, "OCIDescriptorAlloc", a.DescriptorAlloc, path);
   resolve(handle, "OCIDescriptorFree", a.DescriptorFree, path);
   resolve(handle, "OCIErrorGet", a.ErrorGet, path);
   resolve(handle, "OCIAttrSet", a.AttrSet, path);
@@ -62,6 +63,8 @@ std::shared_ptr<const OciClient> bind(void* handle, const QString& path) {
   resolve(handle, "OCIParamGet", a.ParamGet, path);
   resolve(handle, "OCIDefineByPos2", a.DefineByPos2, path);
   resolve(handle, "OCIBindByPos", a.BindByPos, path);
+  resolve(handle, "OCILobGetLength2", a.LobGetLength2, path);
+  resolve(handle, "OCILobRead2", a.LobRead2, path);
   resolve(handle, "OCITransCommit", a.TransCommit, path);
   resolve(handle, "OCITransRollback", a.TransRollback, path);
   resolve(handle, "OCIBreak", a.Break, path);

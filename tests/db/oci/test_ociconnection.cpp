@@ -12,7 +12,7 @@ using namespace OciDouble;
 
 namespace {
 
-constexpr unsigned short Varchar2 = 1, Number = 2, Date = 12, Raw = 23, Rowid = 104, Clob = 112;
+constexpr unsigned short Varchar2 = 1, Number = 2, Long = 8, Date = 12, Raw = 23, Rowid = 104, Clob = 112, Blob = 113;
 
 std::shared_ptr<OciConnection> logOn(OciConnection::Options options = {}) {
   return OciConnection::connect(OciLibrary::load(search()), QStringLiteral("ORCL"), QStringLiteral("scott"),
@@ -171,24 +171,54 @@ private Q_SLOTS:
     QCOMPARE(errorOf([&] { none->Fields(0); }), 1002);
   }
 
-  void wideAndLongColumnsKeepTheBuffersBounded() {
+  void wideRowsLobsAndLongsKeepTheirWholeValueOrSaySo() {
     OciConnection::Options options;
     options.fetchBytes = 40000;
     options.longBytes = 8;
+    options.lobPrefetchBytes = 8;
     auto connection = logOn(options);
+    QVERIFY(logHas(logFrom(0), "lob prefetch 8"));
     OciDoubleAnswer notes;
-    notes.columns = {column("BODY", Varchar2, 4000), column("DOC", Clob, 4000), column("HASH", Raw, 4)};
-    notes.rows = {{"a", "0123456789abc", std::string("\x01\x00\xff", 3)}, {"b", "short", std::nullopt}};
-    answer("SELECT BODY, DOC, HASH FROM NOTES", notes);
-    auto opened =
-        OciDynaset::open(connection, QStringLiteral("SELECT BODY, DOC, HASH FROM NOTES"), OraDynaset::ReadOnly);
+    notes.columns = {column("BODY", Varchar2, 4000), column("DOC", Clob, 4000), column("NOTE", Clob, 4000),
+                     column("PIC", Blob, 4000), column("HASH", Raw, 4)};
+    notes.columns[2].charsetForm = 2; // NCLOB
+    notes.rows = {
+        {"a", "0123456789abc", "日本語のメモ", std::string("\x89PNG\x00\x01", 6), std::string("\x01\x00\xff", 3)},
+        {"b", "short", std::nullopt, std::string(), std::nullopt}};
+    answer("SELECT * FROM NOTES", notes);
+    const size_t mark = server().log.size();
+    auto rows = OciDynaset::open(connection, QStringLiteral("SELECT * FROM NOTES"), OraDynaset::ReadOnly);
     // 4000 bytes of VARCHAR2 may take 16000 in UTF-8: two such rows fit in 40000 bytes.
-    QCOMPARE(opened->fetchRows(), 2);
-    QCOMPARE(opened->Fields(1), QVariant(QStringLiteral("01234567"))); // cut at the LOB size limit
-    QCOMPARE(opened->Fields(2), QVariant(QByteArray("\x01\x00\xff", 3)));
-    opened->MoveNext();
-    QCOMPARE(opened->Fields(1), QVariant(QStringLiteral("short")));
-    QVERIFY(!opened->Fields(2).isValid());
+    QCOMPARE(rows->fetchRows(), 2);
+    QCOMPARE(rows->Fields(1), QVariant(QStringLiteral("0123456789abc"))); // whole, past the prefetch size
+    QCOMPARE(rows->Fields(2), QVariant(QStringLiteral("日本語のメモ")));
+    QCOMPARE(rows->Fields(3), QVariant(QByteArray("\x89PNG\x00\x01", 6)));
+    QCOMPARE(rows->Fields(4), QVariant(QByteArray("\x01\x00\xff", 3)));
+    rows->MoveNext();
+    QCOMPARE(rows->Fields(1), QVariant(QStringLiteral("short")));
+    QVERIFY(!rows->Fields(2).isValid());
+    QCOMPARE(rows->Fields(3), QVariant(QByteArray()));
+    QVERIFY(!rows->Fields(4).isValid());
+    // Only the LOBs longer than the prefetch size cost round trips: a length and a read each.
+    const auto log = logFrom(mark);
+    QCOMPARE(std::count(log.begin(), log.end(), "lob round trip"), 4); // DOC and NOTE of the first row
+    rows.reset();
+    connection.reset();
+    QCOMPARE(server().liveHandles, 0); // the locators went with their rows
+
+    // A LONG beyond its buffer ends the rows with Oracle's error rather than arrive cut.
+    auto again = logOn(options);
+    OciDoubleAnswer longs;
+    longs.columns = {column("TEXT", Long, 0)};
+    longs.rows = {{"12345678"}, {"123456789"}};
+    answer("SELECT TEXT FROM LONGS", longs);
+    auto texts = again->query(QStringLiteral("SELECT TEXT FROM LONGS"), OraDynaset::ReadOnly);
+    QCOMPARE(texts->Fields(0), QVariant(QStringLiteral("12345678")));
+    texts->MoveNext();
+    QString message;
+    QCOMPARE(errorOf([&] { texts->Fields(0); }, &message), 1406);
+    QCOMPARE(message,
+             QStringLiteral("ORA-01406: fetched column value was truncated (LONG values are read up to 8 bytes)"));
   }
 
   void aFetchErrorComesAfterTheRowsBeforeIt() {

@@ -49,6 +49,10 @@ sword setSessionAttribute(SessionHandle& session, void* attributep, ub4 size, ub
   case ATTR_PASSWORD: session.password = text; break;
   case ATTR_MODULE: log("module " + text); break;
   case ATTR_DRIVER_NAME: log("driver " + text); break;
+  case ATTR_DEFAULT_LOBPREFETCH_SIZE:
+    state().lobPrefetch = *static_cast<const ub4*>(attributep);
+    log("lob prefetch " + std::to_string(state().lobPrefetch));
+    break;
   default: break;
   }
   return SUCCESS;
@@ -73,6 +77,7 @@ sword getParamAttribute(const ParamHandle& param, void* attributep, ub4* sizep, 
   case ATTR_DATA_SIZE: return put<ub2>(attributep, sizep, column.size);
   case ATTR_PRECISION: return put<sb2>(attributep, sizep, column.precision);
   case ATTR_SCALE: return put<sb1>(attributep, sizep, column.scale);
+  case ATTR_CHARSET_FORM: return put<ub1>(attributep, sizep, column.charsetForm);
   case ATTR_CHAR_SIZE:
     return put<ub2>(attributep, sizep, column.type == SQLT_CHR || column.type == SQLT_AFC ? column.size : 0);
   case ATTR_NAME:
@@ -132,12 +137,23 @@ OCI_DOUBLE_EXPORT sword OCIHandleFree(void* hndlp, ub4 type) {
   return SUCCESS;
 }
 
+OCI_DOUBLE_EXPORT sword OCIDescriptorAlloc(const void* parenth, void** descpp, ub4 type, size_t xtramemSz, void**) {
+  auto lock = lockServer();
+  const auto* env = find<EnvHandle>(parenth);
+  if (!env || !descpp)
+    return INVALID_HANDLE;
+  if (xtramemSz || type != DTYPE_LOB)
+    return ERROR; // parameter descriptors come from OCIParamGet
+  *descpp = adopt(std::make_unique<LobHandle>(type, env));
+  return SUCCESS;
+}
+
 OCI_DOUBLE_EXPORT sword OCIDescriptorFree(void* descp, ub4 type) {
   auto lock = lockServer();
-  const auto* param = find<ParamHandle>(descp);
-  if (!param || type != DTYPE_PARAM)
+  const Handle* descriptor = lookup(descp);
+  if (!descriptor || descriptor->type != type || (type != DTYPE_PARAM && type != DTYPE_LOB))
     return INVALID_HANDLE;
-  release(param);
+  release(descriptor);
   return SUCCESS;
 }
 

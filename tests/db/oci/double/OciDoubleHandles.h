@@ -101,6 +101,14 @@ struct ParamHandle : Handle {
   const OciDoubleColumn column;
 };
 
+// A LOB locator: the value it points at, as the last fetch into it left it.
+struct LobHandle : Handle {
+  static constexpr ub4 kType = DTYPE_LOB;
+  using Handle::Handle;
+  std::string data;
+  bool characters = true; // CLOB or NCLOB: lengths and amounts count characters
+};
+
 OciDoubleServer& state(); // the one scripted server
 std::unique_lock<std::mutex> lockServer();
 // Appends to the server's log, whose lines take these forms:
@@ -113,6 +121,7 @@ std::unique_lock<std::mutex> lockServer();
 //   implicit commit <n>
 //   fetch <rows asked> -> <rows delivered>
 //   commit    rollback    break
+//   lob prefetch <bytes>    lob round trip   (reading a LOB longer than the prefetch size)
 void log(std::string line);
 
 // The table of live handles; callers hold the server lock.

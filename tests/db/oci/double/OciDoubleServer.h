@@ -20,6 +20,7 @@ struct OciDoubleColumn {
   unsigned short size = 0; // OCI_ATTR_DATA_SIZE in bytes
   short precision = 0;
   signed char scale = 0;
+  unsigned char charsetForm = 1; // 2 for NCHAR, NVARCHAR2 and NCLOB
 };
 
 using OciDoubleValue = std::optional<std::string>; // nullopt is NULL; text or raw bytes otherwise
@@ -47,6 +48,9 @@ struct OciDoubleServer {
       "Oracle Database 19c Enterprise Edition Release 19.0.0.0.0 - Production\nVersion 19.3.0.0.0";
   std::string banner = kBanner;
   std::map<std::string, std::string> passwords = {{"SCOTT", "tiger"}}; // user (upper case) → password
+  // LOB data up to this many bytes comes with the rows (the session's default LOB prefetch
+  // size); reading a longer LOB's length or data costs a round trip, logged as "lob round trip".
+  unsigned lobPrefetch = 0;
   // Statements by exact text; any other text fails with ORA-00900.
   std::map<std::string, OciDoubleAnswer> answers;
 
@@ -74,6 +78,7 @@ struct OciDoubleServer {
     answers.clear();
     log.clear();
     pending = committedChanges = liveHandles = 0;
+    lobPrefetch = 0;
     executing = false;
     broken = false;
   }

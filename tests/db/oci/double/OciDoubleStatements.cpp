@@ -93,6 +93,20 @@ bool store(const Define& define, std::size_t index, const OciDoubleValue& value)
     set<ub2>(code, 1405);
     return false;
   }
+  if (define.type == SQLT_CLOB || define.type == SQLT_BLOB) {
+    // The element is a locator the caller allocated; the value goes behind it.
+    OCILobLocator* locator = nullptr;
+    if (define.value)
+      std::memcpy(&locator, define.value + index * std::size_t(define.size), sizeof locator);
+    if (auto* lob = find<LobHandle>(locator)) {
+      lob->data = *value;
+      lob->characters = define.type == SQLT_CLOB;
+    }
+    set<sb2>(indicator, 0);
+    set<ub4>(length, ub4(sizeof locator));
+    set<ub2>(code, 0);
+    return false;
+  }
   const bool terminated = define.type == SQLT_STR;
   const std::size_t capacity = std::size_t(std::max<sb8>(define.size - (terminated ? 1 : 0), 0));
   const std::size_t copied = std::min(value->size(), capacity);
@@ -306,7 +320,9 @@ OCI_DOUBLE_EXPORT sword OCIDefineByPos2(OCIStmt* stmtp, OCIDefine** defnpp, OCIE
   case SQLT_LNG:
   case SQLT_AFC:
   case SQLT_BIN:
-  case SQLT_LBI: break;
+  case SQLT_LBI:
+  case SQLT_CLOB:
+  case SQLT_BLOB: break;
   default: return fail(error, 932, "inconsistent datatypes");
   }
   Define& define = statement->defines[position];
