@@ -1,18 +1,16 @@
 // A schema of many tables in the browser: how long the table list takes from the query to a
 // filled grdTable, and one table's columns to grdFIELD, with display names from every source.
 //   bench_catalogue [tables] [repeats]
+#include "BenchInstance.h"
 #include "MedianTime.h"
 #include "app/TextTable.h"
 #include "browser/BrowserGrids.h"
 #include "browser/CatalogueSql.h"
 #include "browser/Catalogues.h"
-#include "db/OraDatabase.h"
-#include "db/local/LocalEngine.h"
 #include "widgets/FlexGrid.h"
 
 #include <QApplication>
 #include <QFile>
-#include <QTemporaryDir>
 
 #include <cstdio>
 
@@ -20,14 +18,9 @@ int main(int argc, char* argv[]) {
   QApplication app(argc, argv);
   const int tables = argc > 1 ? std::atoi(argv[1]) : 5000;
   const int repeats = argc > 2 ? std::atoi(argv[2]) : 11;
-  QTemporaryDir dir;
-  const QString folder = dir.path() + QStringLiteral("/bench");
-  LocalEngine::createInstance(folder, QStringLiteral("pw"));
-  {
-    OraDatabase system(LocalEngine::connect(folder, QStringLiteral("system"), QStringLiteral("pw")));
-    system.ExecuteSQL(QStringLiteral("create user bench identified by pw"));
-  }
-  OraDatabase db(LocalEngine::connect(folder, QStringLiteral("BENCH"), QStringLiteral("pw")));
+  const BenchInstance instance;
+  instance.logOn(QStringLiteral("system")).ExecuteSQL(QStringLiteral("create user bench identified by pw"));
+  OraDatabase db = instance.logOn(QStringLiteral("BENCH"));
 
   // A quarter each named by the master table, by a comment, by the name-master file, by nothing.
   QElapsedTimer t;
@@ -39,7 +32,8 @@ int main(int argc, char* argv[]) {
   for (int i = 0; i < tables; ++i) {
     const QString id = QStringLiteral("T%1").arg(i, 5, 10, QChar(u'0'));
     db.ExecuteSQL(QStringLiteral("create table %1 (KOKYAKU_NO number(8), JUCHU_NO number(10), NM varchar2(40), "
-                                 "KINGAKU number(12,2), TOROKU_YMD date)").arg(id));
+                                 "KINGAKU number(12,2), TOROKU_YMD date)")
+                      .arg(id));
     switch (i % 4) {
     case 0: db.ExecuteSQL(QStringLiteral("insert into TBTBLM values ('%1', 'マスタ名%1')").arg(id)); break;
     case 1: db.ExecuteSQL(QStringLiteral("comment on table %1 is 'コメント%1'").arg(id)); break;
@@ -47,7 +41,7 @@ int main(int argc, char* argv[]) {
     default: break;
     }
   }
-  const QString datFile = dir.path() + QStringLiteral("/TBTBLM.dat");
+  const QString datFile = instance.dir.path() + QStringLiteral("/TBTBLM.dat");
   QFile out(datFile);
   if (!out.open(QIODevice::WriteOnly))
     return 1;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "db/FieldNames.h"
+
 #include <QString>
 #include <QVariant>
 
@@ -16,11 +18,11 @@ public:
 
   // Number of rows of the whole result (fetches to the end when needed; the position stays).
   virtual qint64 RecordCount() = 0;
-  virtual int FieldCount() const = 0;
-  virtual QString FieldName(int index) const = 0;
+  int FieldCount() const { return m_names.count(); }
+  QString FieldName(int index) const { return m_names.name(index); }
   // The current row's value by column name (any case) or by 0-based position. An unknown name or
   // position raises an error; so does reading when there is no current row.
-  virtual QVariant Fields(const QString& name) = 0;
+  QVariant Fields(const QString& name) { return Fields(m_names.indexOf(name)); }
   virtual QVariant Fields(int index) = 0;
   virtual void MoveNext() = 0;
   // True once MoveNext has gone past the last row (or the result is empty).
@@ -28,4 +30,7 @@ public:
   // Deletes the current row from its table (updatable dynasets only).
   virtual void Delete() = 0;
   virtual void Close() = 0;
+
+protected:
+  FieldNames m_names; // filled by the result set when it learns its columns
 };

@@ -13,12 +13,12 @@ namespace {
 // Rows held in memory, walked the way the console walks a real dynaset.
 class FakeDynaset final : public OraDynaset {
 public:
-  FakeDynaset(QStringList names, QList<QVariantList> rows) : m_names(std::move(names)), m_rows(std::move(rows)) {}
+  FakeDynaset(const QStringList& names, QList<QVariantList> rows) : m_rows(std::move(rows)) {
+    for (const QString& name : names)
+      m_names.append(name);
+  }
 
   qint64 RecordCount() override { return m_rows.size(); }
-  int FieldCount() const override { return int(m_names.size()); }
-  QString FieldName(int index) const override { return m_names.at(index); }
-  QVariant Fields(const QString& name) override { return Fields(int(m_names.indexOf(name))); }
   QVariant Fields(int index) override {
     if (IsEOF())
       throw std::logic_error("no current row");
@@ -30,7 +30,6 @@ public:
   void Close() override {}
 
 private:
-  QStringList m_names;
   QList<QVariantList> m_rows;
   qsizetype m_row = 0;
 };

@@ -169,8 +169,6 @@ qint64 LocalDynaset::RecordCount() {
   return m_count;
 }
 
-QVariant LocalDynaset::Fields(const QString& name) { return Fields(m_names.indexOf(name)); }
-
 QVariant LocalDynaset::Fields(int index) {
   m_names.check(index);
   return current()[index];

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "db/FieldNames.h"
 #include "db/OraDynaset.h"
 #include "db/local/SqlLexer.h"
 #include "db/local/Sqlite.h"
@@ -20,9 +19,7 @@ public:
                                             const std::vector<SqlToken>& tokens, int options);
 
   qint64 RecordCount() override;
-  int FieldCount() const override { return m_names.count(); }
-  QString FieldName(int index) const override { return m_names.name(index); }
-  QVariant Fields(const QString& name) override;
+  using OraDynaset::Fields;
   QVariant Fields(int index) override;
   void MoveNext() override;
   bool IsEOF() override;
@@ -41,7 +38,6 @@ private:
   int m_options;
   QString m_deleteSql; // "" when the rows cannot be deleted one by one
   std::unique_ptr<SqliteStmt> m_stmt;
-  FieldNames m_names;
   std::vector<DateColumn> m_dates;
   std::vector<QVariantList> m_rows; // cached rows; a no-cache dynaset holds the current one only
   qint64 m_first = 0;               // row number of m_rows[0]

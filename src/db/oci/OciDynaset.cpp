@@ -300,8 +300,6 @@ qint64 OciDynaset::RecordCount() {
   return m_count;
 }
 
-QVariant OciDynaset::Fields(const QString& name) { return Fields(m_names.indexOf(name)); }
-
 QVariant OciDynaset::Fields(int index) {
   m_names.check(index);
   return current()[index + m_hidden];

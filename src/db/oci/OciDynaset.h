@@ -1,6 +1,5 @@
 #pragma once
 
-#include "db/FieldNames.h"
 #include "db/OraDynaset.h"
 #include "db/oci/OciConnection.h"
 
@@ -19,9 +18,7 @@ public:
   ~OciDynaset() override;
 
   qint64 RecordCount() override;
-  int FieldCount() const override { return m_names.count(); }
-  QString FieldName(int index) const override { return m_names.name(index); }
-  QVariant Fields(const QString& name) override;
+  using OraDynaset::Fields;
   QVariant Fields(int index) override;
   void MoveNext() override;
   bool IsEOF() override;
@@ -37,7 +34,7 @@ private:
     Kind kind = Kind::Text;
     oci::ub2 defineType = oci::SQLT_CHR;
     oci::ub1 charsetForm = oci::SQLCS_IMPLICIT;
-    qint64 capacity = 0; // bytes per value
+    qint64 capacity = 0;                       // bytes per value
     std::vector<oci::OCILobLocator*> locators; // CLOB, NCLOB and BLOB columns: one per row of a batch
     std::vector<char> data;
     std::vector<oci::sb2> indicators;
@@ -63,7 +60,6 @@ private:
   std::unique_ptr<OciStatement> m_statement; // open while rows remain to fetch
   QString m_sql;
   int m_hidden = 0; // 1 when the first column is the ROWID of an updatable dynaset
-  FieldNames m_names;
   std::vector<Column> m_columns;
   int m_batchRows = 1;
   std::vector<QVariantList> m_rows;
