@@ -3,7 +3,7 @@
 //   bench_catalogue [tables] [repeats]
 #include "BenchInstance.h"
 #include "MedianTime.h"
-#include "app/TextTable.h"
+#include "browser/TextTable.h"
 #include "browser/BrowserGrids.h"
 #include "browser/CatalogueSql.h"
 #include "browser/Catalogues.h"

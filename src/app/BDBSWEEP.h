@@ -1,19 +1,16 @@
 #pragma once
 
 #include "app/CommandArgs.h"
-#include "app/TextTable.h"
 #include "browser/NameMasters.h"
+#include "browser/TextTable.h"
 #include "settings/clsREG.h"
 
-#include <QObject>
-#include <QPointer>
 #include <QString>
 
 #include <memory>
 
 class OraSession;
 class OraDatabase;
-class clsPrinter;
 
 // Everything the windows share, in one object that main() creates and hands to each window by
 // reference. A test builds a fresh one.
@@ -43,7 +40,6 @@ struct BDBSWEEP final {
   QString gLastWhere;
 
   std::unique_ptr<clsREG> gRegistry;
-  std::shared_ptr<clsPrinter> gPrinter;
 
   // Catalogue tables, rebuilt by their loaders; row r matches grid row r.
   TextTable gTables{2};
@@ -67,6 +63,5 @@ struct BDBSWEEP final {
   QString gPickColumnID;
   QString gPickColumnName;
   QString gColSearchName;
-  QPointer<QObject> gScrollTarget;
   bool gCancelRequested = false;
 };

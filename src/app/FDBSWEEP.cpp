@@ -1,26 +1,28 @@
 #include "app/FDBSWEEP.h"
 
-#include "app/AppEnvironment.h"
 #include "app/BDBSWEEP.h"
+#include "app/ConnectOracle.h"
+#include "app/DemoBuildProgress.h"
 #include "app/FDBSWEEP_Spl.h"
 #include "app/FORA_Logon.h"
 #include "app/FrameTexts.h"
 #include "app/JVK_Cmn.h"
 #include "app/MainToolBar.h"
-#include "app/PopPop.h"
-#include "app/Services.h"
+#include "app/OraErrorBox.h"
 #include "browser/BrowserGrids.h"
-#include "filter/FilterPanel.h"
-#include "db/ConnectOracle.h"
+#include "db/OraError.h"
 #include "db/OraSession.h"
+#include "filter/FilterPanel.h"
 #include "jobs/PendingTransaction.h"
 #include "launcher/TrayAutoStart.h"
-#include "platform/Clock.h"
 #include "platform/DateTimeSettings.h"
 #include "printing/clsPrinter.h"
+#include "services/AppEnvironment.h"
+#include "services/Clock.h"
+#include "services/MessageBoxes.h"
+#include "services/Services.h"
 #include "settings/RegSetting.h"
 #include "widgets/FlexGrid.h"
-#include "widgets/MessageBoxes.h"
 #include "widgets/StatusPanel.h"
 #include "widgets/Twips.h"
 
@@ -33,6 +35,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QStatusBar>
 #include <QTimer>
 
@@ -101,6 +104,8 @@ FDBSWEEP::FDBSWEEP(BDBSWEEP& state, Services& services, QWidget* parent)
   resize(twipsToPixelsX(this, DefaultWidthTwips), twipsToPixelsY(this, DefaultHeightTwips));
 }
 
+FDBSWEEP::~FDBSWEEP() = default;
+
 void FDBSWEEP::buildTopBand(QWidget* central) {
   m_cmdLogon = button(central, QStringLiteral("CmdLogon"), QStringLiteral("接続"));
   m_cmdLogon->setToolTip(QStringLiteral("接続します"));
@@ -155,6 +160,8 @@ void FDBSWEEP::buildFilterAndButtons(QWidget* central) {
   m_txtAddWhere->setToolTip(QStringLiteral("WHERE句の後ろに連結する条件の入力欄です"));
   m_chkLstTable = new QCheckBox(QStringLiteral("即時ﾃｰﾌﾞﾙ検索"), central);
   m_chkLstTable->setObjectName(QStringLiteral("chkLstTable"));
+  // On from the start: the first key chosen fills the target list at once, as a new user expects.
+  m_chkLstTable->setChecked(true);
   m_cmdSearch = button(central, QStringLiteral("cmdSearch"), QStringLiteral("検索"));
   const QStringList andCaptions = {QStringLiteral("ｸﾘｱ"), QStringLiteral("AND"), QStringLiteral("OR")};
   for (int i = 0; i < 3; ++i)
@@ -212,7 +219,7 @@ void FDBSWEEP::connectToolBar() {
 }
 
 void FDBSWEEP::load() {
-  m_state.gPrinter = std::make_shared<clsPrinter>();
+  m_printer = std::make_unique<clsPrinter>();
   m_state.gOracleVersionText = BDBSWEEP::NotConnectedText;
   m_state.gOo4oVersionText.clear();
 
@@ -222,9 +229,9 @@ void FDBSWEEP::load() {
   m_designHeight = DefaultHeightTwips;
   m_designGridHeight = DefaultHeightTwips - barsHeight - GridsTop - Margin;
   // The key grid shows all ten keys at once, so the filter rows beside it never scroll apart.
-  m_keyGridHeight = pixelsToTwipsY(this, m_grdKey->horizontalHeader()->sizeHint().height() +
-                                             10 * m_grdKey->verticalHeader()->defaultSectionSize() +
-                                             2 * m_grdKey->frameWidth());
+  m_keyGridHeight =
+      pixelsToTwipsY(this, m_grdKey->horizontalHeader()->sizeHint().height() +
+                               10 * m_grdKey->verticalHeader()->defaultSectionSize() + 2 * m_grdKey->frameWidth());
   m_designListHeight = m_designGridHeight - m_keyGridHeight - KeyButtonHeight - 2 * Margin;
   m_designCountHeight = m_designGridHeight - (m_keyGridHeight + Margin + RowHeight + 30 + 4 * (ButtonHeight + 30));
   m_designU = DesignU;
@@ -276,7 +283,7 @@ void FDBSWEEP::readOracleHome() {
 }
 
 void FDBSWEEP::readPrintFont() {
-  QFont& font = m_state.gPrinter->Font();
+  QFont& font = m_printer->Font();
   const auto flag = [this](const QString& key) { return readSetting(m_state, key, QStringLiteral("0")) != u"0"; };
   font.setBold(flag(QStringLiteral("Bold")));
   font.setItalic(flag(QStringLiteral("Italic")));
@@ -298,8 +305,7 @@ void FDBSWEEP::logonFromCommandLine() {
   m_state.gUser = args.word(1);
   m_state.gPassword = args.word(2);
   m_state.gHost = args.word(3);
-  ConnectOracle(m_state, m_services.boxes, m_services.env.db);
-  showLogonCaption();
+  ConnectOracle(m_state, m_services.boxes, m_services.env.db, logonHooks());
   // Even after a failed logon: the catalogue then says for itself that it has nothing.
   if (!m_state.gHost.isEmpty())
     LoadTableCatalogue();
@@ -310,7 +316,22 @@ void FDBSWEEP::showLogonCaption() {
   m_lblOra->setText(caption.replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
 }
 
+LogonHooks FDBSWEEP::logonHooks() {
+  return {[this](const QString&) {
+            showLogonCaption();
+            // Painted now: the failure message that may follow is modal, and the user should
+            // read the attempted user and host behind it.
+            m_lblOra->repaint();
+          },
+          [this] { BuildDemoWithProgress(m_state.gHost, m_services.env.db, this); }};
+}
+
 void FDBSWEEP::timerTick() {
+  // A settings failure shows a box, and the timer keeps ticking behind a modal box: without
+  // this, every second would stack another one.
+  if (m_ticking)
+    return;
+  const QScopedValueRollback ticking(m_ticking, true);
   m_panels[4]->setText(ClockPanelText(m_services.clock.now()));
   const QList<QAction*>& jobs = m_tbar->jobs();
   for (int i = 0; i < 7; ++i) {
@@ -329,8 +350,14 @@ bool FDBSWEEP::settlePendingWork() {
   // The rollback button is enabled exactly while this window's deletes wait for a decision.
   if (!m_cmdJOB[5]->isEnabled() || !m_state.gSession)
     return true;
-  if (!SettlePendingTransaction(m_services.boxes, *m_state.gSession))
-    return false;
+  try {
+    if (!SettlePendingTransaction(m_services.boxes, *m_state.gSession))
+      return false;
+  } catch (const OraError& e) {
+    // A killed or lost session has already lost its work, and no retry can bring it back: say
+    // why, then let the user leave or log on again.
+    ShowOraError(m_services.boxes, e);
+  }
   m_cmdJOB[5]->setEnabled(false);
   m_cmdJOB[6]->setEnabled(false);
   return true;
@@ -340,7 +367,7 @@ void FDBSWEEP::CmdLogon_Click() {
   if (!settlePendingWork())
     return;
   m_state.gSession.reset();
-  FORA_Logon dialog(m_state, m_services, this);
+  FORA_Logon dialog(m_state, m_services, logonHooks(), this);
   dialog.exec();
   showLogonCaption();
   if (!m_state.gHost.isEmpty())

@@ -3,8 +3,10 @@
 #include <QMainWindow>
 
 #include <array>
+#include <memory>
 
 class BrowserGrids;
+class clsPrinter;
 class FilterPanel;
 class FlexGrid;
 class PopPop;
@@ -17,6 +19,7 @@ class QPushButton;
 class QTimer;
 class StatusPanel;
 struct BDBSWEEP;
+struct LogonHooks;
 struct Services;
 
 // The main window: the start-up object of the program and the frame around the schema browser,
@@ -27,6 +30,7 @@ class FDBSWEEP final : public QMainWindow {
 
 public:
   FDBSWEEP(BDBSWEEP& state, Services& services, QWidget* parent = nullptr);
+  ~FDBSWEEP() override;
 
   // The start-up sequence: settings, splash, name masters, and the logon the command line asks
   // for. Runs once, before the window is first shown.
@@ -41,13 +45,15 @@ public:
   void LoadTableCatalogue();
   // Shows the columns of the table in grdTable's current row, unless they are already shown.
   void LoadColumnCatalogue();
+  // The print object; its font comes from the settings at load.
+  clsPrinter& printer() { return *m_printer; }
   // Empties the result list down to its heading.
   void lstCountClear();
 
   // The WHERE clause of the filter rows (" where …"), "" when no row filters.
-  QString fWhere() const;
+  QString fWhere();
   // What every consumer appends to its statement head: fWhere followed by txtAddWhere.
-  QString FullFilter() const;
+  QString FullFilter();
   // Fills the target list with the tables holding every key column.
   void SearchTablesByKeys();
   // Fills the target list with the tables holding the column name.
@@ -70,6 +76,8 @@ private:
   void readPrintFont();
   void logonFromCommandLine();
   void showLogonCaption();
+  // What both logon paths do around the attempt: the caption first, then the demo instance.
+  LogonHooks logonHooks();
 
   void connectBrowser();
   void writeGridHeadings();
@@ -126,6 +134,8 @@ private:
   MainToolBar* m_tbar = nullptr;
   BrowserGrids* m_browser = nullptr;
   QTimer* m_timer1 = nullptr;
+  std::unique_ptr<clsPrinter> m_printer;
+  bool m_ticking = false;
 
   // Layout values in twips, taken at design size before the stored geometry applies.
   int m_designWidth = 0;

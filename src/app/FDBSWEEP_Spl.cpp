@@ -1,12 +1,12 @@
 #include "app/FDBSWEEP_Spl.h"
 
-#include "app/AppEnvironment.h"
 #include "app/BDBSWEEP.h"
 #include "app/FrameTexts.h"
-#include "app/Services.h"
 #include "launcher/TrayAutoStart.h"
+#include "services/AppEnvironment.h"
+#include "services/MessageBoxes.h"
+#include "services/Services.h"
 #include "settings/RegSetting.h"
-#include "widgets/MessageBoxes.h"
 
 #include <QLabel>
 #include <QTimer>

@@ -1,15 +1,15 @@
 #include "app/FORA_Logon.h"
 
-#include "app/AppEnvironment.h"
 #include "app/BDBSWEEP.h"
+#include "app/ConnectOracle.h"
 #include "app/HostList.h"
 #include "app/PasswordScramble.h"
-#include "app/Services.h"
-#include "db/ConnectOracle.h"
 #include "db/OraDatabase.h"
 #include "db/OraSession.h"
+#include "services/AppEnvironment.h"
+#include "services/MessageBoxes.h"
+#include "services/Services.h"
 #include "settings/RegSetting.h"
-#include "widgets/MessageBoxes.h"
 
 #include <QComboBox>
 #include <QGridLayout>
@@ -42,8 +42,8 @@ bool isEnter(const QEvent* event) {
 
 } // namespace
 
-FORA_Logon::FORA_Logon(BDBSWEEP& state, Services& services, QWidget* parent)
-    : QDialog(parent), m_state(state), m_services(services) {
+FORA_Logon::FORA_Logon(BDBSWEEP& state, Services& services, LogonHooks hooks, QWidget* parent)
+    : QDialog(parent), m_state(state), m_services(services), m_hooks(std::move(hooks)) {
   setObjectName(QStringLiteral("FORA_Logon"));
   setWindowTitle(QStringLiteral("Oracle ﾛｸﾞｵﾝ"));
   setModal(true);
@@ -157,7 +157,7 @@ void FORA_Logon::cmdOK_Click() {
   m_state.gHost = cmbHost->currentText();
   m_state.gUser = txtUID->text();
   m_state.gPassword = txtPWD->text();
-  if (!ConnectOracle(m_state, m_services.boxes, m_services.env.db)) {
+  if (!ConnectOracle(m_state, m_services.boxes, m_services.env.db, m_hooks)) {
     m_services.boxes.show(QStringLiteral("サーバーの接続に失敗しました。"), QStringLiteral("エラー"),
                           MessageBoxes::Buttons::Ok, MessageBoxes::Icon::Critical);
     reject();

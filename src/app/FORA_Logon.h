@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/ConnectOracle.h"
+
 #include <QDialog>
 
 class QComboBox;
@@ -17,7 +19,8 @@ class FORA_Logon final : public QDialog {
   Q_DISABLE_COPY_MOVE(FORA_Logon)
 
 public:
-  FORA_Logon(BDBSWEEP& state, Services& services, QWidget* parent = nullptr);
+  // hooks: what the main window does around the attempt (its caption, the demo instance).
+  FORA_Logon(BDBSWEEP& state, Services& services, LogonHooks hooks = {}, QWidget* parent = nullptr);
 
 protected:
   void showEvent(QShowEvent* event) override;
@@ -29,6 +32,7 @@ private:
 
   BDBSWEEP& m_state;
   Services& m_services;
+  LogonHooks m_hooks;
   QGroupBox* fraStep3;
   QLineEdit* txtUID;
   QLineEdit* txtPWD;

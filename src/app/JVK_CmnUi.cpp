@@ -1,7 +1,6 @@
 #include "app/JVK_CmnUi.h"
 
 #include <QClipboard>
-#include <QFileDialog>
 #include <QGuiApplication>
 #include <QListWidget>
 
@@ -10,8 +9,4 @@ void CopyTextToClipboard(const QString& text) { QGuiApplication::clipboard()->se
 void AddListItemWithData(QListWidget* list, const QString& text, qint32 data) {
   auto* item = new QListWidgetItem(text, list);
   item->setData(Qt::UserRole, data);
-}
-
-QString BrowseForFolder(QWidget* parent, const QString& title, const QString& startFolder) {
-  return QFileDialog::getExistingDirectory(parent, title, startFolder);
 }

@@ -3,7 +3,6 @@
 #include <QString>
 
 class QListWidget;
-class QWidget;
 
 // The common routines that need widgets.
 
@@ -12,6 +11,3 @@ void CopyTextToClipboard(const QString& text);
 
 // Adds text as a new item of list and stores data as that item's number (Qt::UserRole).
 void AddListItemWithData(QListWidget* list, const QString& text, qint32 data);
-
-// Asks for a folder; "" when the user cancels.
-QString BrowseForFolder(QWidget* parent, const QString& title, const QString& startFolder = QString());

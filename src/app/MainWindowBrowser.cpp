@@ -4,19 +4,19 @@
 
 #include "app/BDBSWEEP.h"
 #include "app/JVK_CmnUi.h"
-#include "app/PopPop.h"
-#include "app/Services.h"
 #include "browser/BrowserGrids.h"
 #include "browser/CatalogueSql.h"
 #include "browser/Catalogues.h"
 #include "browser/FORA_COL.h"
 #include "filter/FilterPanel.h"
 #include "filter/RowFilter.h"
+#include "services/MessageBoxes.h"
+#include "services/Services.h"
 #include "viewers/FDBSWEEP_DT.h"
 #include "widgets/DragKind.h"
 #include "widgets/FlexGrid.h"
 #include "widgets/HourGlass.h"
-#include "widgets/MessageBoxes.h"
+#include "widgets/PopPop.h"
 
 #include <QCheckBox>
 #include <QCursor>
@@ -41,12 +41,11 @@ void FDBSWEEP::connectBrowser() {
   m_grdFIELD->setEnabled(false);
   m_grdKey->setEnabled(false);
   m_browser = new BrowserGrids(m_grdTable, m_grdFIELD, m_grdKey, this);
-  m_popPop = new PopPop(m_state, this);
+  m_popPop = new PopPop(this);
   connect(m_browser, &BrowserGrids::loadFields, this, &FDBSWEEP::LoadColumnCatalogue);
   connect(m_browser, &BrowserGrids::addKey, this, &FDBSWEEP::cmdKey_Click);
   connect(m_browser, &BrowserGrids::removeKey, this, &FDBSWEEP::cmdBack_Click);
-  connect(m_browser, &BrowserGrids::fieldMenu, this,
-          [this] { m_popPop->open(m_grdFIELD, false, QCursor::pos()); });
+  connect(m_browser, &BrowserGrids::fieldMenu, this, [this] { m_popPop->open(m_grdFIELD, false, QCursor::pos()); });
   connect(m_cmdKey, &QPushButton::clicked, this, &FDBSWEEP::cmdKey_Click);
   connect(m_cmdBack, &QPushButton::clicked, this, &FDBSWEEP::cmdBack_Click);
   connect(m_cmdSearch, &QPushButton::clicked, this, &FDBSWEEP::cmdSearch_Click);
@@ -64,8 +63,10 @@ void FDBSWEEP::connectBrowser() {
   connect(m_popPop, &PopPop::selectAll, this, &FDBSWEEP::selectAllTargets);
 
   connect(m_cmdAND[0], &QPushButton::clicked, m_txtAddWhere, &QLineEdit::clear);
-  connect(m_cmdAND[1], &QPushButton::clicked, this, [this] { m_txtAddWhere->setText(m_txtAddWhere->text() + QStringLiteral(" AND ")); });
-  connect(m_cmdAND[2], &QPushButton::clicked, this, [this] { m_txtAddWhere->setText(m_txtAddWhere->text() + QStringLiteral(" OR ")); });
+  connect(m_cmdAND[1], &QPushButton::clicked, this,
+          [this] { m_txtAddWhere->setText(m_txtAddWhere->text() + QStringLiteral(" AND ")); });
+  connect(m_cmdAND[2], &QPushButton::clicked, this,
+          [this] { m_txtAddWhere->setText(m_txtAddWhere->text() + QStringLiteral(" OR ")); });
   m_txtAddWhere->installEventFilter(this);
 }
 
@@ -75,8 +76,8 @@ void FDBSWEEP::writeGridHeadings() {
                                      QStringLiteral("桁数"), QStringLiteral("小数")};
   for (int c = 0; c < 5; ++c)
     m_grdFIELD->setTextMatrix(0, c, fieldHeadings[c]);
-  const QStringList keyHeadings = fieldHeadings + QStringList{QString(), QStringLiteral("値１"), QString(),
-                                                              QStringLiteral("値２")};
+  const QStringList keyHeadings =
+      fieldHeadings + QStringList{QString(), QStringLiteral("値１"), QString(), QStringLiteral("値２")};
   for (int c = 0; c < 9; ++c)
     m_grdKey->setTextMatrix(0, c, keyHeadings[c]);
   lstCountClear();
@@ -103,7 +104,6 @@ void FDBSWEEP::LoadTableCatalogue() {
     // A fresh list: whichever table is clicked next shows its columns, even the one shown before.
     m_state.gCurTableID.clear();
     m_state.gCurTableName.clear();
-    setWindowTitle(QStringLiteral("DBSWEEP"));
   } else {
     m_services.boxes.show(QStringLiteral("テーブル情報が取得できません。"), ErrorTitle, MessageBoxes::Buttons::Ok,
                           MessageBoxes::Icon::Critical);
@@ -133,8 +133,8 @@ void FDBSWEEP::LoadColumnCatalogue() {
   std::optional<TextTable> columns;
   {
     const HourGlass wait;
-    columns = ReadColumnCatalogue(m_state.gDatabase.get(), m_state.gUser, id,
-                                  ColumnMasterSettings(*m_state.gRegistry), m_state.gNameMasters);
+    columns = ReadColumnCatalogue(m_state.gDatabase.get(), m_state.gUser, id, ColumnMasterSettings(*m_state.gRegistry),
+                                  m_state.gNameMasters);
   }
   if (!columns) {
     m_services.boxes.show(QStringLiteral("サーバーの接続に失敗しました。"), ErrorTitle, MessageBoxes::Buttons::Ok,
@@ -185,7 +185,6 @@ void FDBSWEEP::chkFldNM_Click() {
   ShowKeyNames(*m_grdKey, m_state.gColumns, ids);
 }
 
-
 void FDBSWEEP::cmdKey_Click() {
   const int r = m_grdFIELD->Row();
   if (r < 1 || m_grdFIELD->Rows() < 2)
@@ -235,10 +234,13 @@ void FDBSWEEP::cmdBack_Click() {
   m_frmWhere->hideRow(m_grdKey->Rows() - 1);
 }
 
-QString FDBSWEEP::fWhere() const {
+QString FDBSWEEP::fWhere() {
   QString where;
+  // It walks the key grid as the user would, so the grid's current cell ends on the last key.
+  m_grdKey->setCol(0);
   for (int k = 1; k < m_grdKey->Rows(); ++k) {
-    const QString column = m_state.gColumns.at(0, m_grdKey->TextMatrix(k, 0).toInt());
+    m_grdKey->setRow(k);
+    const QString column = m_state.gColumns.at(0, m_grdKey->Text().toInt());
     const int i = k - 1;
     RowFilter::AppendCondition(
         where, RowFilter::Condition(m_frmWhere->mode(i), column, m_frmWhere->value1(i), m_frmWhere->value2(i)));
@@ -246,7 +248,7 @@ QString FDBSWEEP::fWhere() const {
   return where;
 }
 
-QString FDBSWEEP::FullFilter() const { return RowFilter::FullFilter(fWhere(), m_txtAddWhere->text()); }
+QString FDBSWEEP::FullFilter() { return RowFilter::FullFilter(fWhere(), m_txtAddWhere->text()); }
 
 void FDBSWEEP::searchTables(const QStringList& columns) {
   const MasterTable master = TableMasterSettings(*m_state.gRegistry);
@@ -287,7 +289,7 @@ void FDBSWEEP::fillTargets(const QString& sql) {
 }
 
 void FDBSWEEP::cmdSearch_Click() {
-  FORA_COL dialog(m_state, this);
+  FORA_COL dialog(m_state.gColSearchName, this);
   dialog.exec();
   SearchTablesByColumn(m_state.gColSearchName.toUpper());
 }
@@ -301,7 +303,7 @@ void FDBSWEEP::updateJobButtons() {
 }
 
 void FDBSWEEP::selectAllTargets(bool selected) {
-  if (m_state.gScrollTarget != m_lstTable)
+  if (m_popPop->target() != m_lstTable)
     return;
   {
     const QSignalBlocker quiet(m_lstTable);

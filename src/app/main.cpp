@@ -1,40 +1,65 @@
-#include "app/AppEnvironment.h"
 #include "app/BDBSWEEP.h"
 #include "app/FDBSWEEP.h"
 #include "app/JVK_Cmn.h"
-#include "app/Services.h"
-#include "platform/Clock.h"
+#include "platform/DetachedProcessLauncher.h"
 #include "platform/PlatformRegistry.h"
-#include "platform/ProcessLauncher.h"
+#include "platform/SystemClock.h"
 #include "platform/SystemInfo.h"
+#include "services/AppEnvironment.h"
+#include "services/Services.h"
+#include "widgets/GuardedApplication.h"
+#include "widgets/QtDesktopServices.h"
 #include "widgets/QtMessageBoxes.h"
 
-#include <QApplication>
-
 #include <cstdio>
+#include <cstdlib>
 
-int main(int argc, char* argv[]) {
-  // Without a display Qt would abort with a terse message; say what is wrong instead.
-  if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
-      qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-    std::fputs("dbsweep: no display found (DISPLAY and WAYLAND_DISPLAY are not set).\n"
+namespace {
+
+constexpr int NoDisplayExit = 2;
+
+[[noreturn]] void noDisplay(const char* why) {
+  std::fprintf(stderr,
+               "dbsweep: no display found (%s).\n"
                "Start it from a desktop session, or under a virtual screen:\n"
                "  Xvfb :99 & DISPLAY=:99 dbsweep\n",
-               stderr);
-    return 2;
-  }
-  QApplication app(argc, argv);
+               why);
+  std::exit(NoDisplayExit);
+}
+
+// Qt ends the process with an abort when no platform plugin can reach a display (a DISPLAY that
+// names no running X server, say); while the application object is made, such a fatal message
+// becomes the same clear message and exit code as no display at all.
+void fatalWhileStarting(QtMsgType type, const QMessageLogContext&, const QString& message) {
+  if (type == QtFatalMsg)
+    noDisplay(qPrintable(message.section(u'\n', 0, 0)));
+  std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+  if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+      qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    noDisplay("DISPLAY and WAYLAND_DISPLAY are not set");
+  const QtMessageHandler previous = qInstallMessageHandler(fatalWhileStarting);
+  GuardedApplication app(argc, argv);
+  qInstallMessageHandler(previous);
   QApplication::setApplicationName(QStringLiteral("DBSWEEP"));
 
   const auto env = QProcessEnvironment::systemEnvironment();
   const PlatformRegistry::Folders folders = PlatformRegistry::foldersFrom(env);
   PlatformRegistry registry(folders, env);
   QtMessageBoxes boxes;
+  app.setMessageBoxes(&boxes);
   SystemClock clock;
   DetachedProcessLauncher launcher;
+  QtFileDialogs fileDialogs;
+  QtPrintDialog printDialog;
+  DesktopUrlOpener urlOpener;
   const AppEnvironment appEnv{programFolder(), folders.config, env.value(QStringLiteral("TNS_ADMIN")),
                               DbEnvironment::from(env)};
-  Services services{boxes, clock, launcher, appEnv};
+  Services services{boxes, clock, launcher, fileDialogs, printDialog, urlOpener, appEnv};
 
   BDBSWEEP state;
   state.gRegistry = std::make_unique<clsREG>(registry, boxes);

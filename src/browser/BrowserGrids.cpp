@@ -1,6 +1,6 @@
 #include "browser/BrowserGrids.h"
 
-#include "app/TextTable.h"
+#include "browser/TextTable.h"
 #include "widgets/FlexGrid.h"
 
 namespace {

@@ -1,18 +1,15 @@
 #include "browser/Catalogues.h"
 
-#include "app/BDBSWEEP.h"
 #include "browser/CatalogueSql.h"
 #include "db/OraDatabase.h"
 #include "db/OraError.h"
-#include "widgets/MessageBoxes.h"
 
 namespace {
 
 // Reads every row of an open query into a table of the given width, one row per record from row
 // 1 on; fill writes row r from the current record. Nothing when the query did not open or a fetch
 // fails.
-template <typename Fill>
-std::optional<TextTable> readRows(std::unique_ptr<OraDynaset> d, int width, const Fill& fill) {
+template <typename Fill> std::optional<TextTable> readRows(std::unique_ptr<OraDynaset> d, int width, const Fill& fill) {
   if (!d)
     return std::nullopt;
   try {
@@ -108,17 +105,8 @@ std::optional<TextTable> ReadTableSearch(OraDatabase* db, const QString& sql, co
   });
 }
 
-int LoadColumnInfo(BDBSWEEP& state, MessageBoxes& boxes) {
-  const QString& table = state.gInfoTable;
-  std::optional<TextTable> columns =
-      readColumns(OpenWithFallback(state.gDatabase.get(), ColumnInfoSql(state.gUser, table, ColumnMasterSettings(*state.gRegistry)),
-                                   ColumnInfoFallbackSql(state.gUser, table)),
-                  state.gNameMasters);
-  if (!columns) {
-    boxes.show(QStringLiteral("サーバーの接続に失敗しました。"), QStringLiteral("エラー"), MessageBoxes::Buttons::Ok,
-               MessageBoxes::Icon::Critical);
-    return 0;
-  }
-  state.gColumnInfo = *columns;
-  return state.gColumnInfo.upper();
+std::optional<TextTable> ReadColumnInfo(OraDatabase* db, const QString& user, const QString& table,
+                                        const MasterTable& master, const NameMasters& names) {
+  return readColumns(OpenWithFallback(db, ColumnInfoSql(user, table, master), ColumnInfoFallbackSql(user, table)),
+                     names);
 }

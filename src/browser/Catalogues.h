@@ -1,15 +1,13 @@
 #pragma once
 
-#include "app/TextTable.h"
 #include "browser/NameMasters.h"
+#include "browser/TextTable.h"
 
 #include <memory>
 #include <optional>
 
-class MessageBoxes;
 class OraDatabase;
 class OraDynaset;
-struct BDBSWEEP;
 
 // Opens sql read-only and, when that raises any error, fallback instead. Null when both fail or
 // there is no database to ask.
@@ -38,7 +36,8 @@ bool TableMasterExists(OraDatabase* db, const QString& user, const QString& mast
 // when the query fails.
 std::optional<TextTable> ReadTableSearch(OraDatabase* db, const QString& sql, const NameMasters& names);
 
-// Fills state.gColumnInfo with the columns of state.gInfoTable for the viewer and the export
-// (display names from the master or the file, never from comments) and returns their count. On
-// failure it says so and returns 0.
-int LoadColumnInfo(BDBSWEEP& state, MessageBoxes& boxes);
+// The columns of table for the viewer and the export, in the layout of ReadColumnCatalogue but
+// with display names from the master or the file only, never from comments. Nothing when neither
+// query runs.
+std::optional<TextTable> ReadColumnInfo(OraDatabase* db, const QString& user, const QString& table,
+                                        const MasterTable& master, const NameMasters& names);

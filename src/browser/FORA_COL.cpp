@@ -1,7 +1,5 @@
 #include "browser/FORA_COL.h"
 
-#include "app/BDBSWEEP.h"
-
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -9,12 +7,12 @@
 #include <QPushButton>
 #include <QTimer>
 
-FORA_COL::FORA_COL(BDBSWEEP& state, QWidget* parent)
-    : QDialog(parent), m_state(state), m_txtColNm(new QLineEdit(this)),
+FORA_COL::FORA_COL(QString& columnName, QWidget* parent)
+    : QDialog(parent), m_columnName(columnName), m_txtColNm(new QLineEdit(this)),
       m_cmdGo(new QPushButton(QStringLiteral("GO"), this)) {
   setObjectName(QStringLiteral("FORA_COL"));
   setWindowTitle(QStringLiteral("項目ＩＤ検索"));
-  m_state.gColSearchName.clear();
+  m_columnName.clear();
   auto* layout = new QHBoxLayout(this);
   layout->addWidget(new QLabel(QStringLiteral("項目ＩＤ："), this));
   m_txtColNm->setObjectName(QStringLiteral("txtColNm"));
@@ -24,7 +22,7 @@ FORA_COL::FORA_COL(BDBSWEEP& state, QWidget* parent)
   layout->addWidget(m_cmdGo);
   m_txtColNm->installEventFilter(this);
   connect(m_cmdGo, &QPushButton::clicked, this, [this] {
-    m_state.gColSearchName = m_txtColNm->text();
+    m_columnName = m_txtColNm->text();
     accept();
   });
 }

@@ -1,7 +1,7 @@
 #include "jobs/PendingTransaction.h"
 
 #include "db/OraSession.h"
-#include "widgets/MessageBoxes.h"
+#include "services/MessageBoxes.h"
 
 bool SettlePendingTransaction(MessageBoxes& boxes, OraSession& session) {
   const auto answer =

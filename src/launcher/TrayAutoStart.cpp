@@ -1,8 +1,8 @@
 #include "launcher/TrayAutoStart.h"
 
-#include "platform/ProcessLauncher.h"
+#include "services/MessageBoxes.h"
+#include "services/ProcessLauncher.h"
 #include "settings/RegSetting.h"
-#include "widgets/MessageBoxes.h"
 
 namespace {
 const QString RunValue = QStringLiteral("DBSWEEP");

@@ -1,6 +1,6 @@
 #include "platform/DateTimeSettings.h"
 
-#include "platform/ProcessLauncher.h"
+#include "services/ProcessLauncher.h"
 
 #include <QStringList>
 

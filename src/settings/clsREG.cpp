@@ -1,6 +1,6 @@
 #include "settings/clsREG.h"
 
-#include "widgets/MessageBoxes.h"
+#include "services/MessageBoxes.h"
 
 namespace {
 

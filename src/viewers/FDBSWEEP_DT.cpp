@@ -2,13 +2,13 @@
 
 #include "app/BDBSWEEP.h"
 #include "app/JVK_Cmn.h"
-#include "app/PopPop.h"
 #include "browser/Catalogues.h"
 #include "db/OraDatabase.h"
 #include "db/OraError.h"
+#include "services/MessageBoxes.h"
 #include "widgets/FlexGrid.h"
 #include "widgets/HourGlass.h"
-#include "widgets/MessageBoxes.h"
+#include "widgets/PopPop.h"
 #include "widgets/Twips.h"
 
 #include <QCheckBox>
@@ -19,6 +19,7 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScopedValueRollback>
 #include <QSpinBox>
 #include <QStatusBar>
 #include <QTimer>
@@ -27,7 +28,7 @@
 
 namespace {
 
-constexpr int Left = 120;   // twips
+constexpr int Left = 120; // twips
 constexpr int GridTop = 480;
 constexpr int AskEvery = 500;
 constexpr double LongestInterval = 65; // seconds: the timer's interval tops out at 65,535 ms
@@ -102,13 +103,22 @@ FDBSWEEP_DT::FDBSWEEP_DT(BDBSWEEP& state, MessageBoxes& boxes, int u, PopPop* me
   });
   connect(m_grdData, &FlexGrid::DblClick, this, &FDBSWEEP_DT::grdData_DblClick);
   connect(m_grdData, &FlexGrid::MouseDown, this, [this, menu](Qt::MouseButton button) {
-    if (button == Qt::RightButton && menu)
-      menu->open(m_grdData, false, QCursor::pos());
+    if (button != Qt::RightButton || !menu)
+      return;
+    // The menu acts on the row the user pointed at, not on the one selected before.
+    if (m_grdData->MouseRow() >= 1)
+      m_grdData->setRow(m_grdData->MouseRow());
+    menu->open(m_grdData, false, QCursor::pos());
   });
   LoadData();
 }
 
 void FDBSWEEP_DT::LoadData() {
+  // A tick that comes while the failure message of the last one is still open waits for it,
+  // instead of stacking one box a tick.
+  if (m_loading)
+    return;
+  const QScopedValueRollback loading(m_loading, true);
   const HourGlass wait;
   m_lblTable->setText(QStringLiteral("テーブル名：") + m_state.gCurTableID + QStringLiteral("「") +
                       m_state.gCurTableName + QStringLiteral("」"));
@@ -178,8 +188,12 @@ void FDBSWEEP_DT::txtTimer_Change() {
   m_UDTimer->setValue(int(seconds));
   m_rewriting = false;
   m_timTimer->setInterval(int(std::lround(seconds * 1000)));
+  // Reloads run whenever the box is ticked and there is an interval, so an interval that passes
+  // through 0 while the user types does not end them for good.
   if (m_timTimer->interval() <= 0)
     m_timTimer->stop();
+  else if (m_chkTimer->isChecked() && !m_timTimer->isActive())
+    m_timTimer->start();
 }
 
 void FDBSWEEP_DT::placeUpdateFrame() {

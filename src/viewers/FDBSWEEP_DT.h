@@ -53,4 +53,5 @@ private:
   QSize m_loadSize;     // the window at load
   QSize m_loadGridSize; // the grid at load
   bool m_rewriting = false;
+  bool m_loading = false;
 };

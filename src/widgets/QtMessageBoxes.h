@@ -1,6 +1,6 @@
 #pragma once
 
-#include "widgets/MessageBoxes.h"
+#include "services/MessageBoxes.h"
 
 class QWidget;
 

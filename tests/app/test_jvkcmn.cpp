@@ -1,12 +1,12 @@
 #include "FakeServices.h"
 #include "ScriptedMessageBoxes.h"
-#include "app/AppEnvironment.h"
 #include "app/BDBSWEEP.h"
 #include "app/FDBSWEEP.h"
 #include "app/JVK_Cmn.h"
 #include "app/JVK_CmnUi.h"
-#include "app/Services.h"
 #include "platform/Uptime.h"
+#include "services/AppEnvironment.h"
+#include "services/Services.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -106,12 +106,9 @@ private Q_SLOTS:
 
   void mainWindowCaption() {
     BDBSWEEP state;
-    ScriptedMessageBoxes boxes;
-    ManualClock clock;
-    RecordingLauncher launcher;
-    AppEnvironment env;
-    Services services{boxes, clock, launcher, env};
-    FDBSWEEP window(state, services);
+    FakeServiceSet fakes;
+    ScriptedMessageBoxes& boxes = fakes.boxes;
+    FDBSWEEP window(state, fakes.services);
     window.show();
     QCOMPARE(window.objectName(), QString("FDBSWEEP"));
     QCOMPARE(window.windowTitle(), QString("DBSWEEP"));

@@ -1,12 +1,12 @@
 #include "FakeServices.h"
 #include "ScriptedMessageBoxes.h"
-#include "app/AppEnvironment.h"
 #include "app/BDBSWEEP.h"
 #include "app/FORA_Logon.h"
-#include "app/Services.h"
 #include "db/OraSession.h"
 #include "db/local/LocalEngine.h"
 #include "platform/PlatformRegistry.h"
+#include "services/AppEnvironment.h"
+#include "services/Services.h"
 #include "settings/RegSetting.h"
 
 #include <QApplication>
@@ -56,14 +56,12 @@ struct Program {
   }
 
   QTemporaryDir dir;
-  ScriptedMessageBoxes boxes;
-  ManualClock clock;
-  RecordingLauncher launcher;
-  AppEnvironment env;
+  FakeServiceSet fakes;
+  ScriptedMessageBoxes& boxes = fakes.boxes;
+  AppEnvironment& env = fakes.env;
   PlatformRegistry registry;
   BDBSWEEP state;
-  Services services{boxes, clock, launcher, env};
-  FORA_Logon dialog{state, services};
+  FORA_Logon dialog{state, fakes.services};
 };
 
 class TestLogon final : public QObject {

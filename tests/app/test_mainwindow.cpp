@@ -1,16 +1,16 @@
 #include "MainWindowFixture.h"
 #include "ScriptedMessageBoxes.h"
-#include "app/AppEnvironment.h"
 #include "app/BDBSWEEP.h"
 #include "app/FDBSWEEP.h"
 #include "app/FORA_Logon.h"
 #include "app/JVK_Cmn.h"
-#include "app/Services.h"
 #include "db/OraSession.h"
 #include "db/local/LocalEngine.h"
 #include "launcher/TrayAutoStart.h"
 #include "platform/PlatformRegistry.h"
 #include "printing/clsPrinter.h"
+#include "services/AppEnvironment.h"
+#include "services/Services.h"
 #include "settings/RegSetting.h"
 #include "widgets/StatusPanel.h"
 #include "widgets/Twips.h"
@@ -59,7 +59,7 @@ private Q_SLOTS:
       QVERIFY(!first.find<QPushButton>("cmdSearch")->isEnabled());
       for (int i = 0; i < 7; ++i)
         QVERIFY(!first.find<QPushButton>(QString("cmdJOB_%1").arg(i))->isEnabled());
-      QCOMPARE(first.state.gPrinter->Font().pointSize(), 9);
+      QCOMPARE(first.window->printer().Font().pointSize(), 9);
       QCOMPARE(first.state.gOracleHome, QString("ERROR")); // no Oracle client on this machine
       QCOMPARE(first.window->size(),
                QSize(twipsToPixelsX(first.window.get(), 12015), twipsToPixelsY(first.window.get(), 9840)));

@@ -192,6 +192,9 @@ private Q_SLOTS:
     QCOMPARE(s.mode(1)->text(), QString("全て"));
     QVERIFY(s.mode(4)->isHidden());
     QCOMPARE(s.start.window->fWhere(), QString(" where (KOKYAKU_NM like 'a' or KOKYAKU_NM like 'b')"));
+    // The walk over the keys leaves the grid on the last key, column 0.
+    QCOMPARE(s.keys->Row(), 4);
+    QCOMPARE(s.keys->Col(), 0);
     // Another table drops every key and filter row.
     s.open("JUCHU");
     QCOMPARE(s.keys->Rows(), 1);
@@ -200,15 +203,15 @@ private Q_SLOTS:
 
   void tenKeysNestNineLevelsAndAnEleventhIsRefused() {
     Shop s(m);
-    QTest::mouseClick(s.start.find<QCheckBox>("chkLstTable"), Qt::LeftButton);
     s.open("WIDE");
     for (int r = 1; r <= 10; ++r)
       s.addKey(r);
     QCOMPARE(s.keys->Rows(), 11);
     const QString last = s.recorder->sent().last();
     QCOMPARE(last.count("TABLE_NAME in ("), 9);
-    QVERIFY(last.startsWith("select distinct table_name,NVL(B.TBL_NM,TABLE_NAME) TBLNM_K from ALL_TAB_COLUMNS,TBTBLM B "
-                            "WHERE TABLE_NAME in (select distinct table_name from ALL_TAB_COLUMNS WHERE TABLE_NAME in "));
+    QVERIFY(
+        last.startsWith("select distinct table_name,NVL(B.TBL_NM,TABLE_NAME) TBLNM_K from ALL_TAB_COLUMNS,TBTBLM B "
+                        "WHERE TABLE_NAME in (select distinct table_name from ALL_TAB_COLUMNS WHERE TABLE_NAME in "));
     QCOMPARE(sortedItems(s.list), QStringList({"WIDE"}));
     m.boxes.expect(Answer::Ok);
     s.addKey(11);
@@ -218,8 +221,10 @@ private Q_SLOTS:
 
   void keysFindEveryTableThatHoldsThem() {
     Shop s(m);
+    // Searching is on from the start; switched off, a key only empties the list.
+    QVERIFY(s.start.find<QCheckBox>("chkLstTable")->isChecked());
+    QTest::mouseClick(s.start.find<QCheckBox>("chkLstTable"), Qt::LeftButton);
     s.open("JUCHU");
-    // Searching switched off: the list only empties.
     s.addKey(2);
     QCOMPARE(s.list->count(), 0);
     QCOMPARE(s.recorder->sent().last(),
@@ -287,7 +292,6 @@ private Q_SLOTS:
 
   void theMenuSelectsTargetsAndScrolls() {
     Shop s(m);
-    QTest::mouseClick(s.start.find<QCheckBox>("chkLstTable"), Qt::LeftButton);
     auto* menu = s.start.window->findChild<QMenu*>("PopPop");
     s.open("KOKYAKU");
     // An empty list has no menu.

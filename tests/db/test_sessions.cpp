@@ -3,7 +3,7 @@
 #include "FakeServices.h"
 #include "ScriptedMessageBoxes.h"
 #include "app/BDBSWEEP.h"
-#include "db/ConnectOracle.h"
+#include "app/ConnectOracle.h"
 #include "db/OraSession.h"
 
 #include <QElapsedTimer>

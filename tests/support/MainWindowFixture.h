@@ -2,13 +2,13 @@
 
 #include "FakeServices.h"
 #include "ScriptedMessageBoxes.h"
-#include "app/AppEnvironment.h"
 #include "app/BDBSWEEP.h"
 #include "app/FDBSWEEP.h"
 #include "app/JVK_Cmn.h"
-#include "app/Services.h"
 #include "db/local/LocalEngine.h"
 #include "platform/PlatformRegistry.h"
+#include "services/AppEnvironment.h"
+#include "services/Services.h"
 #include "settings/RegSetting.h"
 #include "widgets/StatusPanel.h"
 
@@ -22,11 +22,13 @@
 struct Machine {
   QTemporaryDir dir;
   PlatformRegistry registry{{dir.path() + "/config", dir.path() + "/autostart"}, {}};
-  ScriptedMessageBoxes boxes;
-  ManualClock clock;
-  RecordingLauncher launcher;
-  AppEnvironment env{dir.path() + "/bin", dir.path() + "/config", QString(), DbEnvironment{dir.path() + "/data"}};
-  Services services{boxes, clock, launcher, env};
+  FakeServiceSet fakes{
+      AppEnvironment{dir.path() + "/bin", dir.path() + "/config", QString(), DbEnvironment{dir.path() + "/data"}}};
+  ScriptedMessageBoxes& boxes = fakes.boxes;
+  ManualClock& clock = fakes.clock;
+  RecordingLauncher& launcher = fakes.launcher;
+  AppEnvironment& env = fakes.env;
+  Services& services = fakes.services;
 
   QString setting(const QString& key) {
     clsREG reg(registry, boxes);

@@ -30,3 +30,10 @@ MessageBoxes::Answer ScriptedMessageBoxes::show(const Box& box) {
   }
   return m_answers.dequeue();
 }
+
+ScriptedMessageBoxes::~ScriptedMessageBoxes() {
+  // A test that failed already has said what went wrong; the unused answers follow from it.
+  if (!m_answers.isEmpty() && !QTest::currentTestFailed())
+    QTest::qFail(qPrintable(QStringLiteral("%1 scripted message box answer(s) never used").arg(m_answers.size())),
+                 __FILE__, __LINE__);
+}

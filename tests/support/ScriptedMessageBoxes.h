@@ -1,14 +1,21 @@
 #pragma once
 
-#include "widgets/MessageBoxes.h"
+#include "services/MessageBoxes.h"
 
 #include <QList>
 #include <QQueue>
 
 // Records every box and answers from a queue. A box nobody scripted fails the running test,
 // naming the box, and is answered with its default button so the code under test can go on.
+// An answer still queued when the service goes fails the test too: the box the test expected
+// never came.
 class ScriptedMessageBoxes final : public MessageBoxes {
 public:
+  ScriptedMessageBoxes() = default;
+  ~ScriptedMessageBoxes() override;
+  ScriptedMessageBoxes(const ScriptedMessageBoxes&) = delete;
+  ScriptedMessageBoxes& operator=(const ScriptedMessageBoxes&) = delete;
+
   using MessageBoxes::show;
   Answer show(const Box& box) override;
 

@@ -1,11 +1,10 @@
-#include "app/PopPop.h"
+#include "widgets/PopPop.h"
 
-#include "app/BDBSWEEP.h"
 #include "widgets/ScrollMove.h"
 
 #include <QAbstractScrollArea>
 
-PopPop::PopPop(BDBSWEEP& state, QWidget* parent) : QMenu(QStringLiteral("MENU"), parent), m_state(state) {
+PopPop::PopPop(QWidget* parent) : QMenu(QStringLiteral("MENU"), parent) {
   setObjectName(QStringLiteral("PopPop"));
   const auto entry = [this](const QString& name, const QString& caption) {
     QAction* action = addAction(caption);
@@ -22,7 +21,7 @@ PopPop::PopPop(BDBSWEEP& state, QWidget* parent) : QMenu(QStringLiteral("MENU"),
   for (int i = 0; i < 4; ++i) {
     m_popScroll[size_t(i)] = entry(QStringLiteral("popScroll_%1").arg(i), scrolls[i]);
     connect(m_popScroll[size_t(i)], &QAction::triggered, this, [this, move = moves[i]] {
-      if (auto* area = qobject_cast<QAbstractScrollArea*>(m_state.gScrollTarget.data()))
+      if (auto* area = qobject_cast<QAbstractScrollArea*>(m_target.data()))
         ScrollVertically(area, move);
     });
   }
@@ -34,6 +33,6 @@ PopPop::PopPop(BDBSWEEP& state, QWidget* parent) : QMenu(QStringLiteral("MENU"),
 void PopPop::open(QAbstractScrollArea* target, bool selectionEntries, const QPoint& globalPos) {
   m_popMenu[0]->setEnabled(selectionEntries);
   m_popMenu[1]->setEnabled(selectionEntries);
-  m_state.gScrollTarget = target;
+  m_target = target;
   popup(globalPos);
 }

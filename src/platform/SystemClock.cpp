@@ -1,4 +1,4 @@
-#include "platform/Clock.h"
+#include "platform/SystemClock.h"
 
 #include "platform/Uptime.h"
 

@@ -1,10 +1,10 @@
-#include "db/ConnectOracle.h"
+#include "app/ConnectOracle.h"
 
 #include "app/BDBSWEEP.h"
 #include "app/JVK_Cmn.h"
 #include "db/OraError.h"
 #include "db/OraSession.h"
-#include "widgets/MessageBoxes.h"
+#include "services/MessageBoxes.h"
 
 #include <QDebug>
 
@@ -21,8 +21,12 @@ bool OpenOraDatabase(BDBSWEEP& state, const DbEnvironment& env) {
   }
 }
 
-bool ConnectOracle(BDBSWEEP& state, MessageBoxes& boxes, const DbEnvironment& env) {
+bool ConnectOracle(BDBSWEEP& state, MessageBoxes& boxes, const DbEnvironment& env, const LogonHooks& hooks) {
   state.gLogonCaption = QStringLiteral("User:") + state.gUser + QStringLiteral("\r\nHost:") + state.gHost;
+  if (hooks.showCaption)
+    hooks.showCaption(state.gLogonCaption);
+  if (hooks.beforeOpen)
+    hooks.beforeOpen();
   if (OpenOraDatabase(state, env)) {
     state.gWindowsUser = GetWindowsUserName();
     return true;

@@ -12,10 +12,3 @@ public:
   // Milliseconds since the machine started, wrapped to a signed 32-bit value.
   virtual qint32 uptimeMs() const = 0;
 };
-
-class SystemClock final : public Clock {
-public:
-  QDateTime now() const override;
-  qint64 tickMs() const override;
-  qint32 uptimeMs() const override;
-};

@@ -12,8 +12,3 @@ public:
   virtual ~ProcessLauncher() = default;
   virtual bool start(const QString& program, const QStringList& arguments, WindowState state) = 0;
 };
-
-class DetachedProcessLauncher final : public ProcessLauncher {
-public:
-  bool start(const QString& program, const QStringList& arguments, WindowState state) override;
-};

@@ -1,0 +1,19 @@
+#include "widgets/GuardedApplication.h"
+
+#include "db/OraError.h"
+#include "services/MessageBoxes.h"
+
+#include <QDebug>
+
+GuardedApplication::GuardedApplication(int& argc, char** argv) : QApplication(argc, argv) {}
+
+bool GuardedApplication::notify(QObject* receiver, QEvent* event) {
+  try {
+    return QApplication::notify(receiver, event);
+  } catch (const OraError& e) {
+    qWarning().noquote() << "dbsweep:" << e.message();
+    if (m_boxes)
+      m_boxes->show(e.message(), QStringLiteral("エラー"), MessageBoxes::Buttons::Ok, MessageBoxes::Icon::Critical);
+    return false;
+  }
+}
