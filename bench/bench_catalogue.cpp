@@ -3,10 +3,10 @@
 //   bench_catalogue [tables] [repeats]
 #include "BenchInstance.h"
 #include "MedianTime.h"
-#include "browser/TextTable.h"
 #include "browser/BrowserGrids.h"
 #include "browser/CatalogueSql.h"
 #include "browser/Catalogues.h"
+#include "browser/TextTable.h"
 #include "widgets/FlexGrid.h"
 
 #include <QApplication>

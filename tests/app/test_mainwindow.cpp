@@ -17,7 +17,10 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -28,6 +31,36 @@
 using Answer = MessageBoxes::Answer;
 
 namespace {
+
+// Work left pending as a delete leaves it: a row inserted in an open transaction, the rollback
+// and commit buttons enabled.
+void leavePendingWork(Start& s) {
+  s.state.gDatabase->ExecuteSQL("create table t (n number)");
+  s.state.gSession->BeginTrans();
+  s.state.gDatabase->ExecuteSQL("insert into t values (1)");
+  s.find<QPushButton>("cmdJOB_5")->setEnabled(true);
+  s.find<QPushButton>("cmdJOB_6")->setEnabled(true);
+}
+
+// Kills the window's session from another connection, as a DBA would.
+void killSession(Machine& m, Start& s) {
+  const QString own = s.state.gDatabase
+                          ->CreateDynaset("select sid || ',' || serial# from v$session "
+                                          "where status = 'ACTIVE'",
+                                          4)
+                          ->Fields(0)
+                          .toString();
+  OraDatabase system(LocalEngine::connect(m.dir.path() + "/inst", "system", "manager"));
+  system.ExecuteSQL("alter system kill session '" + own + "'");
+}
+
+// A settings store whose every call fails in a way nobody planned for.
+class FailingRegistry final : public RegistryBackend {
+public:
+  std::optional<RegValue> read(quint32, const QString&, const QString&) override { throw RegistryError{5, "denied"}; }
+  void write(quint32, const QString&, const QString&, const QString&) override { throw RegistryError{5, "denied"}; }
+  void remove(quint32, const QString&, const QString&) override { throw RegistryError{5, "denied"}; }
+};
 
 QAction* menuEntry(FDBSWEEP& w, int button, int entry) {
   return w.findChild<QToolButton*>(QString("tbar_%1").arg(button))->menu()->actions().at(entry);
@@ -213,6 +246,124 @@ private Q_SLOTS:
     QVERIFY(s.window->close());
     QCOMPARE(int(m.boxes.shown().size()), shown);
     QVERIFY(m.setting("FormWidth") != "<none>");
+  }
+
+  void aKilledSessionNeitherEndsTheProgramNorKeepsItOpen() {
+    Machine m;
+    m.setSetting("PATH", "x");
+    const QString host = m.instance();
+    const QString killed = "ORA-00028: your session has been killed";
+    {
+      // Logging on again: the rollback fails, the user reads why, and the logon dialog comes.
+      Start s(m, "system manager " + host);
+      s.load();
+      leavePendingWork(s);
+      killSession(m, s);
+      m.boxes.expect(Answer::Yes);
+      m.boxes.expect(Answer::Ok);
+      m.boxes.expect(Answer::Ok); // the catalogue of the dead session cannot be read
+      bool dialogShown = false;
+      QTimer::singleShot(0, this, [&] {
+        auto* dialog = qobject_cast<FORA_Logon*>(QApplication::activeModalWidget());
+        dialogShown = dialog != nullptr;
+        if (dialog)
+          dialog->reject();
+      });
+      QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
+      QVERIFY(dialogShown);
+      QCOMPARE(m.boxes.shown().at(m.boxes.shown().size() - 2).text, killed);
+      QCOMPARE(m.boxes.shown().at(m.boxes.shown().size() - 2).title, QString("エラー"));
+      QVERIFY(!s.find<QPushButton>("cmdJOB_5")->isEnabled());
+      QVERIFY(!s.state.gSession);
+    }
+    {
+      // Closing: the same message, then the window closes and keeps its geometry.
+      Start s(m, "system manager " + host);
+      s.load();
+      leavePendingWork(s);
+      killSession(m, s);
+      m.boxes.expect(Answer::No);
+      m.boxes.expect(Answer::Ok);
+      QVERIFY(s.window->close());
+      QCOMPARE(m.boxes.shown().last().text, killed);
+      QVERIFY(m.setting("FormWidth") != "<none>");
+    }
+    // The work of the killed sessions is gone, none of it committed.
+    OraDatabase system(LocalEngine::connect(m.dir.path() + "/inst", "system", "manager"));
+    QCOMPARE(system.CreateDynaset("select count(*) from t", 4)->Fields(0).toInt(), 0);
+  }
+
+  void aRemovedInstanceFolderNeitherEndsTheProgramNorKeepsItOpen() {
+    Machine m;
+    m.setSetting("PATH", "x");
+    Start s(m, "system manager " + m.instance());
+    s.load();
+    leavePendingWork(s);
+    QVERIFY(QDir(m.dir.path() + "/inst").removeRecursively());
+    // Whatever the rollback meets, the dialog still comes, and the failed logon is reported.
+    m.boxes.expect(Answer::Yes);
+    int shownBefore = -1;
+    m.boxes.whileShown([&](const MessageBoxes::Box& box) {
+      if (box.text != "ﾄﾗﾝｻﾞｸｼｮﾝが完了していません\r\nロールバックしますか？\r\nはい：ﾛｰﾙﾊﾞｯｸ､いいえ：ｺﾐｯﾄ")
+        m.boxes.expect(Answer::Ok);
+      else
+        shownBefore = int(m.boxes.shown().size());
+    });
+    QTimer::singleShot(0, this, [&] {
+      if (auto* dialog = qobject_cast<FORA_Logon*>(QApplication::activeModalWidget()))
+        dialog->findChild<QPushButton*>("cmdOK")->click();
+    });
+    QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
+    QVERIFY(shownBefore > 0);
+    QVERIFY(m.boxes.shown().size() > shownBefore);
+    QCOMPARE(m.boxes.shown()[shownBefore].text, QString("オラクルセッションが確立できません。"));
+    QVERIFY(!s.find<QPushButton>("cmdJOB_5")->isEnabled());
+    m.boxes.whileShown({});
+    QVERIFY(s.window->close());
+  }
+
+  void theAttemptedLogonIsOnScreenWhileItsFailureIsReported() {
+    Machine m;
+    m.setSetting("PATH", "x");
+    const QString host = m.instance();
+    Start s(m, "system nope " + host);
+    QStringList behind;
+    m.boxes.whileShown([&](const MessageBoxes::Box&) { behind << s.find<QLabel>("lblOra")->text(); });
+    m.boxes.expect(Answer::Ok);
+    m.boxes.expect(Answer::Ok);
+    s.load();
+    QCOMPARE(behind.value(0), "User:system\nHost:" + host);
+    // And through the logon dialog, with another user and a host that does not exist.
+    behind.clear();
+    m.boxes.expect(Answer::Ok);
+    m.boxes.expect(Answer::Ok);
+    m.boxes.expect(Answer::Ok);
+    QTimer::singleShot(0, this, [&] {
+      if (auto* dialog = qobject_cast<FORA_Logon*>(QApplication::activeModalWidget())) {
+        dialog->findChild<QLineEdit*>("txtUID")->setText("scott");
+        dialog->findChild<QComboBox*>("cmbHost")->setEditText("local:nowhere");
+        dialog->findChild<QPushButton*>("cmdOK")->click();
+      }
+    });
+    QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
+    QCOMPARE(behind.value(0), QString("User:scott\nHost:local:nowhere"));
+    m.boxes.whileShown({});
+  }
+
+  void aFailingSettingsReadInTheClockTickShowsOneBox() {
+    Machine m;
+    m.setSetting("PATH", "x");
+    Start s(m);
+    s.load();
+    FailingRegistry failing;
+    s.state.gRegistry = std::make_unique<clsREG>(failing, m.boxes);
+    // The timer fires again while the box is open; that tick must not open another.
+    m.boxes.whileShown([&](const MessageBoxes::Box&) { s.window->timerTick(); });
+    m.boxes.expect(Answer::Ok);
+    s.window->timerTick();
+    QCOMPARE(m.boxes.shown().size(), 1);
+    QCOMPARE(m.boxes.shown()[0].title, QString("ReadEntry"));
+    m.boxes.whileShown({});
   }
 
   void defaultSizeRestoresTheNormalWindow() {

@@ -3,6 +3,7 @@
 #include "BrowserFixture.h"
 #include "filter/RowFilter.h"
 #include "viewers/FDBSWEEP_DT.h"
+#include "widgets/PopPop.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -372,6 +373,38 @@ private Q_SLOTS:
     QCOMPARE(m.boxes.shown().last().text, QString("データがありません"));
     QCOMPARE(m.boxes.shown().last().title, QString("エラー"));
     QCOMPARE(viewer.findChild<QLabel*>("lblTotal")->text(), QString("TOTAL 0件"));
+  }
+
+  void thePickerRefreshesWhileTickedAndMenusTheRowPointedAt() {
+    Shop s(m);
+    s.open("KOKYAKU");
+    s.start.state.gPickColumnID = "KOKYAKU_NM";
+    PopPop menu(nullptr);
+    FDBSWEEP_DT viewer(s.start.state, m.boxes, 800, &menu);
+    viewer.show();
+    auto* timer = viewer.findChild<QTimer*>("timTimer");
+    auto* seconds = viewer.findChild<QLineEdit*>("txtTimer");
+    QTest::mouseClick(viewer.findChild<QCheckBox*>("chkTimer"), Qt::LeftButton);
+    QVERIFY(timer->isActive());
+    // An interval that passes through 0 while the user types stops the reloads only meanwhile.
+    seconds->selectAll();
+    QTest::keyClick(seconds, Qt::Key_Backspace);
+    QVERIFY(!timer->isActive());
+    QTest::keyClicks(seconds, "3");
+    QVERIFY(timer->isActive());
+    QCOMPARE(timer->interval(), 3000);
+    QTest::mouseClick(viewer.findChild<QCheckBox*>("chkTimer"), Qt::LeftButton);
+    seconds->setText("4");
+    QVERIFY(!timer->isActive());
+
+    // A right-click acts on the row under the pointer, not on the one selected before.
+    auto* grid = viewer.findChild<FlexGrid*>("grdData");
+    grid->setRow(1);
+    QTest::mousePress(grid->viewport(), Qt::RightButton, {}, cellCenter(*grid, 3, 1));
+    QCOMPARE(grid->Row(), 3);
+    QVERIFY(menu.isVisible());
+    QCOMPARE(menu.target(), grid);
+    menu.close();
   }
 };
 

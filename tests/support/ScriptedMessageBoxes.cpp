@@ -23,6 +23,8 @@ MessageBoxes::Answer defaultAnswer(const MessageBoxes::Box& box) {
 
 MessageBoxes::Answer ScriptedMessageBoxes::show(const Box& box) {
   m_shown.append(box);
+  if (m_whileShown)
+    m_whileShown(box);
   if (m_answers.isEmpty()) {
     QTest::qFail(qPrintable(QStringLiteral("unexpected message box \"%1\" titled \"%2\"").arg(box.text, box.title)),
                  __FILE__, __LINE__);
