@@ -21,9 +21,12 @@ ensure_packages() {
   fi
 }
 
-# build [extra cmake arguments...]: configures and builds into BUILD_DIR.
+# build [extra cmake arguments...]: configures BUILD_DIR the first time, then builds into it. Later
+# builds leave the configuration alone: the build itself re-runs CMake when a CMakeLists.txt changed.
 build() {
-  cmake -S "$ROOT" -B "$BUILD_DIR" -G Ninja -DCMAKE_BUILD_TYPE="${BUILD_TYPE:-RelWithDebInfo}" "$@"
+  if [ ! -f "$BUILD_DIR/build.ninja" ]; then
+    cmake -S "$ROOT" -B "$BUILD_DIR" -G Ninja -DCMAKE_BUILD_TYPE="${BUILD_TYPE:-RelWithDebInfo}" "$@"
+  fi
   cmake --build "$BUILD_DIR" --parallel
 }
 

@@ -2,6 +2,7 @@
 #include "app/FDBSWEEP.h"
 #include "app/JVK_Cmn.h"
 #include "platform/DetachedProcessLauncher.h"
+#include "platform/DisplayGuard.h"
 #include "platform/PlatformRegistry.h"
 #include "platform/SystemClock.h"
 #include "platform/SystemInfo.h"
@@ -11,40 +12,12 @@
 #include "widgets/QtDesktopServices.h"
 #include "widgets/QtMessageBoxes.h"
 
-#include <cstdio>
-#include <cstdlib>
-
-namespace {
-
-constexpr int NoDisplayExit = 2;
-
-[[noreturn]] void noDisplay(const char* why) {
-  std::fprintf(stderr,
-               "dbsweep: no display found (%s).\n"
-               "Start it from a desktop session, or under a virtual screen:\n"
-               "  Xvfb :99 & DISPLAY=:99 dbsweep\n",
-               why);
-  std::exit(NoDisplayExit);
-}
-
-// Qt ends the process with an abort when no platform plugin can reach a display (a DISPLAY that
-// names no running X server, say); while the application object is made, such a fatal message
-// becomes the same clear message and exit code as no display at all.
-void fatalWhileStarting(QtMsgType type, const QMessageLogContext&, const QString& message) {
-  if (type == QtFatalMsg)
-    noDisplay(qPrintable(message.section(u'\n', 0, 0)));
-  std::fprintf(stderr, "%s\n", qPrintable(message));
-}
-
-} // namespace
+#include <optional>
 
 int main(int argc, char* argv[]) {
-  if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
-      qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-    noDisplay("DISPLAY and WAYLAND_DISPLAY are not set");
-  const QtMessageHandler previous = qInstallMessageHandler(fatalWhileStarting);
+  std::optional<DisplayGuard> displayGuard(std::in_place, "dbsweep");
   GuardedApplication app(argc, argv);
-  qInstallMessageHandler(previous);
+  displayGuard.reset();
   QApplication::setApplicationName(QStringLiteral("DBSWEEP"));
 
   const auto env = QProcessEnvironment::systemEnvironment();
