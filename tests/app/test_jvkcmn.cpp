@@ -1,16 +1,6 @@
-#include "FakeServices.h"
-#include "ScriptedMessageBoxes.h"
-#include "app/BDBSWEEP.h"
-#include "app/FDBSWEEP.h"
 #include "app/JVK_Cmn.h"
-#include "app/JVK_CmnUi.h"
 #include "platform/Uptime.h"
-#include "services/AppEnvironment.h"
-#include "services/Services.h"
 
-#include <QApplication>
-#include <QClipboard>
-#include <QListWidget>
 #include <QTest>
 
 class TestJvkCmn final : public QObject {
@@ -57,16 +47,6 @@ private Q_SLOTS:
     QCOMPARE(AnsiByteLength("①"), 2);  // NEC special character, in CP932
   }
 
-  void maxAndMinPreferTheFirstWhenEqual() {
-    QCOMPARE(MaxDouble(1.5, 2.5), 2.5);
-    QCOMPARE(MaxDouble(3, -1), 3.0);
-    QCOMPARE(MinDouble(1.5, 2.5), 1.5);
-    QCOMPARE(MinDouble(3, -1), -1.0);
-    // Equal values of different sign: the first one is returned.
-    QVERIFY(std::signbit(MaxDouble(-0.0, 0.0)));
-    QVERIFY(!std::signbit(MinDouble(0.0, -0.0)));
-  }
-
   void logonNameAndUptime() {
     const QString user = GetWindowsUserName();
     QVERIFY(!user.isEmpty());
@@ -76,45 +56,7 @@ private Q_SLOTS:
     QCOMPARE(wrapToInt32(2147483648LL), qint32(-2147483647 - 1));
     QCOMPARE(wrapToInt32(4294967296LL + 5), 5);
   }
-
-  void listDataAndClipboard() {
-    QListWidget list;
-    AddListItemWithData(&list, "顧客マスタ", 42);
-    AddListItemWithData(&list, "受注", -7);
-    QCOMPARE(list.count(), 2);
-    QCOMPARE(list.item(0)->text(), QString("顧客マスタ"));
-    QCOMPARE(list.item(0)->data(Qt::UserRole).toInt(), 42);
-    QCOMPARE(list.item(1)->data(Qt::UserRole).toInt(), -7);
-
-    QGuiApplication::clipboard()->setText("old");
-    CopyTextToClipboard("select * from T1");
-    QCOMPARE(QGuiApplication::clipboard()->text(), QString("select * from T1"));
-  }
-
-  void stateStartsAsTheProgramExpects() {
-    BDBSWEEP state;
-    QCOMPARE(state.gOracleVersionText, QString("オラクルに接続していません。"));
-    QCOMPARE(state.gOo4oVersionText, QString());
-    QVERIFY(!state.gDatabase && !state.gSession && !state.gRegistry);
-    QCOMPARE(state.gTables.upper(), 0);
-    state.gColumnInfo.redim(3);
-    state.gColumnInfo.set(4, 3, "x");
-    QCOMPARE(state.gColumnInfo.at(4, 3), QString("x"));
-    QCOMPARE(state.gColumnInfo.at(5, 3), QString());
-    QCOMPARE(state.gColumnInfo.at(0, 4), QString());
-  }
-
-  void mainWindowCaption() {
-    BDBSWEEP state;
-    FakeServiceSet fakes;
-    ScriptedMessageBoxes& boxes = fakes.boxes;
-    FDBSWEEP window(state, fakes.services);
-    window.show();
-    QCOMPARE(window.objectName(), QString("FDBSWEEP"));
-    QCOMPARE(window.windowTitle(), QString("DBSWEEP"));
-    QVERIFY(boxes.shown().isEmpty());
-  }
 };
 
-QTEST_MAIN(TestJvkCmn)
+QTEST_GUILESS_MAIN(TestJvkCmn)
 #include "test_jvkcmn.moc"

@@ -198,8 +198,6 @@ private Q_SLOTS:
     QCOMPARE(s.panel(4), QString("select * from KOKYAKU"));
     QTest::mouseClick(s.find<StatusPanel>("stsBar_5"), Qt::LeftButton);
     QCOMPARE(m.launcher.launches().last().program, QString("gnome-control-center"));
-    QCOMPARE(s.find<StatusPanel>("stsBar_3")->toolTip(), QString("セッション情報を表示"));
-    QCOMPARE(s.find<QPushButton>("CmdLogon")->toolTip(), QString("接続します"));
   }
 
   void pendingWorkIsSettledBeforeClosingOrLoggingOnAgain() {
