@@ -1,7 +1,7 @@
 #include "app/ColumnInfo.h"
 
-#include "app/BDBSWEEP.h"
 #include "browser/Catalogues.h"
+#include "common/BDBSWEEP.h"
 #include "services/MessageBoxes.h"
 
 int LoadColumnInfo(BDBSWEEP& state, MessageBoxes& boxes) {

@@ -1,7 +1,7 @@
 #include "app/ConnectOracle.h"
 
-#include "app/BDBSWEEP.h"
-#include "app/JVK_Cmn.h"
+#include "common/BDBSWEEP.h"
+#include "common/JVK_Cmn.h"
 #include "db/OraError.h"
 #include "db/OraSession.h"
 #include "services/MessageBoxes.h"

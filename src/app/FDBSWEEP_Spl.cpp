@@ -1,7 +1,7 @@
 #include "app/FDBSWEEP_Spl.h"
 
-#include "app/BDBSWEEP.h"
 #include "app/FrameTexts.h"
+#include "common/BDBSWEEP.h"
 #include "launcher/TrayAutoStart.h"
 #include "services/AppEnvironment.h"
 #include "services/MessageBoxes.h"

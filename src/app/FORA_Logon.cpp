@@ -1,9 +1,9 @@
 #include "app/FORA_Logon.h"
 
-#include "app/BDBSWEEP.h"
 #include "app/ConnectOracle.h"
 #include "app/HostList.h"
 #include "app/PasswordScramble.h"
+#include "common/BDBSWEEP.h"
 #include "db/OraDatabase.h"
 #include "db/OraSession.h"
 #include "services/AppEnvironment.h"

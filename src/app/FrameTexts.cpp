@@ -1,6 +1,6 @@
 #include "app/FrameTexts.h"
 
-#include "app/JVK_Cmn.h"
+#include "common/JVK_Cmn.h"
 
 #include <cmath>
 

@@ -2,12 +2,12 @@
 // rows, the table search and the target list.
 #include "app/FDBSWEEP.h"
 
-#include "app/BDBSWEEP.h"
 #include "app/JVK_CmnUi.h"
 #include "browser/BrowserGrids.h"
 #include "browser/CatalogueSql.h"
 #include "browser/Catalogues.h"
 #include "browser/FORA_COL.h"
+#include "common/BDBSWEEP.h"
 #include "filter/FilterPanel.h"
 #include "filter/RowFilter.h"
 #include "services/MessageBoxes.h"

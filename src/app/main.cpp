@@ -1,6 +1,6 @@
-#include "app/BDBSWEEP.h"
 #include "app/FDBSWEEP.h"
-#include "app/JVK_Cmn.h"
+#include "common/BDBSWEEP.h"
+#include "common/JVK_Cmn.h"
 #include "platform/DetachedProcessLauncher.h"
 #include "platform/DisplayGuard.h"
 #include "platform/PlatformRegistry.h"

@@ -1,8 +1,8 @@
 #include "viewers/FDBSWEEP_DT.h"
 
-#include "app/BDBSWEEP.h"
-#include "app/JVK_Cmn.h"
 #include "browser/Catalogues.h"
+#include "common/BDBSWEEP.h"
+#include "common/JVK_Cmn.h"
 #include "db/OraDatabase.h"
 #include "db/OraError.h"
 #include "services/MessageBoxes.h"

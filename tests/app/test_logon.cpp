@@ -1,7 +1,7 @@
 #include "FakeServices.h"
 #include "ScriptedMessageBoxes.h"
-#include "app/BDBSWEEP.h"
 #include "app/FORA_Logon.h"
+#include "common/BDBSWEEP.h"
 #include "db/OraSession.h"
 #include "db/local/LocalEngine.h"
 #include "platform/PlatformRegistry.h"

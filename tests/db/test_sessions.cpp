@@ -2,8 +2,8 @@
 
 #include "FakeServices.h"
 #include "ScriptedMessageBoxes.h"
-#include "app/BDBSWEEP.h"
 #include "app/ConnectOracle.h"
+#include "common/BDBSWEEP.h"
 #include "db/OraSession.h"
 
 #include <QElapsedTimer>

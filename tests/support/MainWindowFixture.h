@@ -2,9 +2,9 @@
 
 #include "FakeServices.h"
 #include "ScriptedMessageBoxes.h"
-#include "app/BDBSWEEP.h"
 #include "app/FDBSWEEP.h"
-#include "app/JVK_Cmn.h"
+#include "common/BDBSWEEP.h"
+#include "common/JVK_Cmn.h"
 #include "db/local/LocalEngine.h"
 #include "platform/PlatformRegistry.h"
 #include "services/AppEnvironment.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/CommandArgs.h"
+#include "common/CommandArgs.h"
 
 #include <QDate>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "app/JVK_Cmn.h"
+#include "common/JVK_Cmn.h"
 
 #include "platform/SystemInfo.h"
 

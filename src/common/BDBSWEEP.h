@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/CommandArgs.h"
 #include "browser/NameMasters.h"
 #include "browser/TextTable.h"
+#include "common/CommandArgs.h"
 #include "settings/clsREG.h"
 
 #include <QString>
