@@ -191,7 +191,13 @@ private Q_SLOTS:
     m.clock.setUptime(-1000);
     s.window->timerTick();
     QCOMPARE(s.find<QLabel>("Label3")->text(), "  ﾛｸﾞｵﾝ   :" + s.state.gWindowsUser + "\n  そろそろPC再起動してね");
+  }
 
+  void statusPanelsActOnAClick() {
+    Machine m;
+    m.setSetting("PATH", "x");
+    Start s(m);
+    s.load();
     // The SQL panel shows the last statement on a click; the clock panel opens the settings.
     s.state.gLastSql = "select * from KOKYAKU";
     QTest::mouseClick(s.find<StatusPanel>("stsBar_4"), Qt::LeftButton);

@@ -1,7 +1,9 @@
 #include "FakeServices.h"
+#include "launcher/TrayAutoStart.h"
 #include "tray/TrayCompanion.h"
 
 #include <QAction>
+#include <QFileInfo>
 #include <QMenu>
 #include <QProcess>
 #include <QTest>
@@ -43,6 +45,10 @@ private Q_SLOTS:
     launcher.setSucceeds(false);
     tray.startAction()->trigger();
     QCOMPARE(launcher.launches().size(), 2);
+  }
+
+  void theCompanionIsBuiltWhereDbsweepLooksForIt() {
+    QCOMPARE(QString(DBSWEEP_TRAY), TrayProgramPath(QFileInfo(DBSWEEP).absolutePath()));
   }
 
   void withoutADisplayOrATrayBothProgramsSaySoAndEnd() {
