@@ -66,7 +66,7 @@ std::optional<RegValue> AutostartRegistry::read(quint32, const QString&, const Q
     return std::nullopt;
   QFile f(path);
   if (!f.open(QIODevice::ReadOnly))
-    return std::nullopt;
+    throw RegistryError::of(f, m_folder);
   bool inEntry = false;
   const auto lines = QString::fromUtf8(f.readAll()).split(u'\n');
   for (QString line : lines) {
@@ -85,8 +85,7 @@ void AutostartRegistry::write(quint32, const QString&, const QString& name, cons
   QString path = existingFile(name);
   if (path.isEmpty()) {
     if (!QDir().mkpath(m_folder))
-      throw RegistryError{static_cast<int>(QFileDevice::WriteError),
-                          QStringLiteral("Cannot create the folder %1").arg(m_folder)};
+      throw RegistryError{QStringLiteral("cannot create the folder %1").arg(m_folder), m_folder};
     path = m_folder + u'/' + name + QStringLiteral(".desktop");
   }
   const QString entry = QStringLiteral("[Desktop Entry]\nType=Application\nName=%1\nExec=%2\n"
@@ -94,13 +93,13 @@ void AutostartRegistry::write(quint32, const QString&, const QString& name, cons
                             .arg(name, escapeExec(value));
   QSaveFile out(path);
   if (!out.open(QIODevice::WriteOnly) || out.write(entry.toUtf8()) < 0 || !out.commit())
-    throw RegistryError{static_cast<int>(out.error()), out.errorString()};
+    throw RegistryError::of(out, m_folder);
 }
 
 void AutostartRegistry::remove(quint32, const QString&, const QString& name) {
   if (!validName(name))
     return;
-  const QString path = existingFile(name);
-  if (!path.isEmpty())
-    QFile::remove(path);
+  QFile f(existingFile(name));
+  if (!f.fileName().isEmpty() && !f.remove())
+    throw RegistryError::of(f, m_folder);
 }
