@@ -161,7 +161,9 @@ private Q_SLOTS:
 
   void runAreaIsTheAutostartEntry() {
     Store s;
-    const QString exec = "/opt/dbsweep/dbsweep-tray --x=100%";
+    // The program quoted as one argument, then escaped as a desktop-entry string.
+    const QString exec = R"(/opt/my "db" C:\tools $HOME `x` 100%/dbsweep-tray)";
+    const QString line = R"(Exec="/opt/my \\"db\\" C:\\\\tools \\$HOME \\`x\\` 100%%/dbsweep-tray")";
     QCOMPARE(s.get("RUN", "DBSWEEP", "NONE"), QString("NONE"));
     RegSetting(s.reg, "W", "RUN", "DBSWEEP", exec);
     const QString file = s.dir.path() + "/autostart/DBSWEEP.desktop";
@@ -169,9 +171,19 @@ private Q_SLOTS:
     QVERIFY(f.open(QIODevice::ReadOnly));
     const QString text = QString::fromUtf8(f.readAll());
     QVERIFY(text.startsWith("[Desktop Entry]\n"));
-    QVERIFY(text.contains("\nExec=/opt/dbsweep/dbsweep-tray --x=100%%\n"));
+    QVERIFY2(text.contains("\n" + line + "\n"), qPrintable(text));
     f.close();
     QCOMPARE(s.get("run", "dbsweep", "NONE"), exec);
+    // Entries written before the program was quoted, or edited by hand, still read.
+    const auto readExec = [&](const QByteArray& execLine) {
+      QVERIFY(f.open(QIODevice::WriteOnly));
+      f.write("[Desktop Entry]\nExec=" + execLine + "\n");
+      f.close();
+    };
+    readExec("/opt/dbsweep/dbsweep-tray --x=100%%");
+    QCOMPARE(s.get("RUN", "DBSWEEP", "NONE"), QString("/opt/dbsweep/dbsweep-tray --x=100%"));
+    readExec(R"("/opt/a\sb/tray" --min)");
+    QCOMPARE(s.get("RUN", "DBSWEEP", "NONE"), QString("/opt/a b/tray --min"));
     RegSetting(s.reg, "D", "RUN", "DBSWEEP", QString());
     QVERIFY(!QFile::exists(file));
     QCOMPARE(s.get("RUN", "DBSWEEP", "NONE"), QString("NONE"));
