@@ -94,9 +94,10 @@ private Q_SLOTS:
     RegSetting(s.reg, "W", "JVK", "Seed", QString("1"));
     QFile f(s.dir.path() + "/config/SOFTWARE/JVK/DBSWEEP/Settings.ini");
     QVERIFY(f.open(QIODevice::Append));
-    f.write("\"Count\"=dword:0000002a\n\"Blob\"=hex:01,02\n\"Path\"=expand:\"/opt/x\"\n");
+    f.write("\"Count\"=dword:0000002a\n\"Blob\"=hex:01,02\n\"Path\"=expand:\"/opt/x\"\n\"Edited\"=\"yes\"\r\r\n");
     f.close();
     QCOMPARE(s.get("JVK", "Count", "0"), QString("42"));
+    QCOMPARE(s.get("JVK", "Edited", "no"), QString("yes"));
     QCOMPARE(s.get("JVK", "Blob", "none"), QString("none"));
     QCOMPARE(s.get("JVK", "Path", "none"), QString("/opt/x"));
     // Rewriting the file keeps what it could not read.
