@@ -3,7 +3,8 @@
 #include "platform/RegistryBackend.h"
 
 // The start-up entries of the desktop session: value NAME is the XDG autostart file NAME.desktop,
-// whose Exec= line holds the value. Deleting the value removes the file.
+// whose Exec= line holds the value, the program to start, quoted. Deleting the value removes the
+// file.
 class AutostartRegistry final : public RegistryBackend {
 public:
   explicit AutostartRegistry(QString folder);

@@ -11,31 +11,32 @@ namespace {
 
 constexpr auto OwnerOnly = QFile::ReadOwner | QFile::WriteOwner;
 constexpr auto OwnerOnlyFolder = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
-constexpr int LockWaitMs = 10000;
-
-std::optional<QString> readText(const QString& path) {
-  QFile f(path);
-  if (!f.open(QIODevice::ReadOnly))
-    return std::nullopt;
-  return QString::fromUtf8(f.readAll());
-}
-
-[[noreturn]] void fail(const QFileDevice& f) { throw RegistryError{static_cast<int>(f.error()), f.errorString()}; }
 
 // Creates every missing folder on the way to path, each readable by the owner only.
-void makeFolders(const QString& path) {
+bool makeFolders(const QString& path) {
   QDir dir(path);
   if (dir.exists())
-    return;
-  makeFolders(QFileInfo(dir.absolutePath()).path());
-  if (!QDir().mkdir(dir.absolutePath(), OwnerOnlyFolder) && !dir.exists())
-    throw RegistryError{static_cast<int>(QFileDevice::WriteError),
-                        QStringLiteral("Cannot create the folder %1").arg(path)};
+    return true;
+  if (!makeFolders(QFileInfo(dir.absolutePath()).path()))
+    return false;
+  return QDir().mkdir(dir.absolutePath(), OwnerOnlyFolder) || dir.exists();
 }
 
 } // namespace
 
-FileRegistry::FileRegistry(QString folder) : m_folder(std::move(folder)) {}
+FileRegistry::FileRegistry(QString folder, int lockWaitMs) : m_folder(std::move(folder)), m_lockWaitMs(lockWaitMs) {}
+
+std::optional<QString> FileRegistry::readText(const QString& path) const {
+  QFile f(path);
+  if (!f.exists())
+    return std::nullopt;
+  if (!f.open(QIODevice::ReadOnly))
+    throw RegistryError::of(f, m_folder);
+  const QByteArray bytes = f.readAll();
+  if (f.error() != QFileDevice::NoError)
+    throw RegistryError::of(f, m_folder);
+  return QString::fromUtf8(bytes);
+}
 
 QString FileRegistry::fileFor(const QString& keyPath) const {
   const QStringList parts = keyPath.split(u'\\');
@@ -75,14 +76,18 @@ void FileRegistry::change(const QString& keyPath, const QString& name, const std
     return;
   if (!value && !QFile::exists(path))
     return;
-  makeFolders(QFileInfo(path).path());
+  const QString folder = QFileInfo(path).path();
+  if (!makeFolders(folder))
+    throw RegistryError{QStringLiteral("cannot create the folder %1").arg(folder), m_folder};
 
   // Another process may be changing the same file: the lock makes read-modify-write one step.
   QLockFile lock(path + QStringLiteral(".lock"));
   lock.setStaleLockTime(30000);
-  if (!lock.tryLock(LockWaitMs))
-    throw RegistryError{static_cast<int>(lock.error()),
-                        QStringLiteral("The settings file %1 stays locked by another program").arg(path)};
+  if (!lock.tryLock(m_lockWaitMs))
+    throw RegistryError{lock.error() == QLockFile::LockFailedError
+                            ? QStringLiteral("the file %1 stays locked by another program").arg(path)
+                            : QStringLiteral("cannot create the lock file of %1").arg(path),
+                        m_folder};
 
   RegistryFile file = RegistryFile::parse(readText(path).value_or(QString()));
   if (value)
@@ -92,10 +97,8 @@ void FileRegistry::change(const QString& keyPath, const QString& name, const std
 
   QSaveFile out(path);
   if (!out.open(QIODevice::WriteOnly))
-    fail(out);
+    throw RegistryError::of(out, m_folder);
   out.setPermissions(OwnerOnly);
-  if (out.write(file.serialize(keyPath).toUtf8()) < 0)
-    fail(out);
-  if (!out.commit())
-    fail(out);
+  if (out.write(file.serialize(keyPath).toUtf8()) < 0 || !out.commit())
+    throw RegistryError::of(out, m_folder);
 }

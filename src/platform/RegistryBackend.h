@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFileDevice>
 #include <QString>
 
 #include <optional>
@@ -13,11 +14,17 @@ struct RegValue final {
   quint32 dword = 0;
 };
 
-// Raised by a backend when the store itself fails (a file that cannot be written, a lock that is
-// never released). A missing key or value is not an error: reads say "absent" instead.
+// Raised by a backend when the store itself fails (a folder that cannot be written, a file that
+// cannot be read, a lock that is never released). A missing key or value is not an error: reads
+// say "absent" instead. Such failures are ordinary (a read-only configuration folder, say), so
+// whoever calls the store carries on without the value rather than stopping the user.
 struct RegistryError final {
-  int number = 0;
   QString description;
+  QString folder; // where the store keeps its files
+
+  static RegistryError of(const QFileDevice& file, const QString& folder) {
+    return {file.fileName() + QStringLiteral(": ") + file.errorString(), folder};
+  }
 };
 
 // One place where settings live, addressed as registry-style key paths ("SOFTWARE\JVK\...") under a

@@ -66,7 +66,9 @@ RegistryFile RegistryFile::parse(const QString& text) {
   RegistryFile file;
   const auto lines = text.split(u'\n');
   for (QString line : lines) {
-    if (line.endsWith(u'\r'))
+    // Every CR before the LF goes: one kept in a kept line would be taken for the line end at
+    // the next reading, and the file would change each time it is rewritten.
+    while (line.endsWith(u'\r'))
       line.chop(1);
     if (line.isEmpty() || line.startsWith(u'[') || line.startsWith(u';'))
       continue;

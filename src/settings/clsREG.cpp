@@ -2,7 +2,14 @@
 
 #include "services/MessageBoxes.h"
 
+#include <QDebug>
+
+#include <new>
+#include <utility>
+
 namespace {
+
+const QString NotSaved = QStringLiteral("dbsweep: settings cannot be saved in %1: %2; nothing will be kept");
 
 QString cutAtNul(const QString& text) {
   const auto nul = text.indexOf(QChar(u'\0'));
@@ -34,15 +41,19 @@ QString clsREG::ReadEntry(const QString& key, const QString& def) {
     }
     return text.isEmpty() ? def : text;
   } catch (const RegistryError& e) {
+    warnOnce(QStringLiteral("dbsweep: settings cannot be read from %1: %2; defaults are used"), e);
+  } catch (const std::exception& e) {
     report(e, QStringLiteral("ReadEntry"));
-    return def;
   }
+  return def;
 }
 
 void clsREG::WriteEntry(const QString& key, const QString& value) {
   try {
     m_backend.write(m_rootKey, KeyPath(), key, value);
   } catch (const RegistryError& e) {
+    warnOnce(NotSaved, e);
+  } catch (const std::exception& e) {
     report(e, QStringLiteral("WriteEntry"));
   }
 }
@@ -51,11 +62,23 @@ void clsREG::DeleteEntry(const QString& key) {
   try {
     m_backend.remove(m_rootKey, KeyPath(), key);
   } catch (const RegistryError& e) {
+    warnOnce(NotSaved, e);
+  } catch (const std::exception& e) {
     report(e, QStringLiteral("DeleteEntry"));
   }
 }
 
-void clsREG::report(const RegistryError& e, const QString& title) {
-  m_boxes.show(QStringLiteral("Error: ") + QString::number(e.number) + QStringLiteral(". ") + e.description, title,
+void clsREG::warnOnce(const QString& text, const RegistryError& e) {
+  if (std::exchange(m_warned, true))
+    return;
+  qWarning().noquote() << text.arg(e.folder, e.description);
+}
+
+void clsREG::report(const std::exception& e, const QString& title) {
+  // The number is what a user quotes when reporting the fault: 7 for memory running out, 51 for
+  // anything else going wrong inside the program.
+  const bool memory = dynamic_cast<const std::bad_alloc*>(&e) != nullptr;
+  const QString description = memory ? QStringLiteral("Out of memory") : QString::fromLocal8Bit(e.what());
+  m_boxes.show(QStringLiteral("Error: %1. %2").arg(QString::number(memory ? 7 : 51), description), title,
                MessageBoxes::Buttons::Ok);
 }

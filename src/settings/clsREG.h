@@ -4,11 +4,19 @@
 
 #include <QString>
 
+#include <exception>
+
 class MessageBoxes;
 
 // The registry class: reads, writes and deletes text values under
 // RootKey \ MainBranch \ RegBase \ Program \ Section. RegSetting points it at an area before
 // each call.
+//
+// A store that fails (a read-only configuration folder, a locked or unreadable file) is no reason
+// to stop the user: a read gives its default, a write or delete does nothing, and the first such
+// failure is told on the standard error, once (there is one instance per process), so that
+// whoever wonders why nothing is kept can find out. Only a fault of the program itself shows a
+// message box.
 class clsREG final {
 public:
   clsREG(RegistryBackend& backend, MessageBoxes& boxes);
@@ -34,7 +42,8 @@ public:
   void DeleteEntry(const QString& key);
 
 private:
-  void report(const RegistryError& e, const QString& title);
+  void warnOnce(const QString& text, const RegistryError& e);
+  void report(const std::exception& e, const QString& title);
 
   RegistryBackend& m_backend;
   MessageBoxes& m_boxes;
@@ -43,4 +52,5 @@ private:
   QString m_regBase;
   QString m_program;
   QString m_section = QStringLiteral("Settings");
+  bool m_warned = false;
 };

@@ -5,16 +5,11 @@
 // DBSWEEP_FUZZ_SECONDS sets how long it runs (60 by default); DBSWEEP_FUZZ_SEED repeats a run.
 
 #include "EngineFixture.h"
+#include "FuzzRun.h"
 
 #include "db/local/SqlLexer.h"
 
-#include <QElapsedTimer>
-#include <QRandomGenerator>
-
-#include <atomic>
 #include <cstdio>
-#include <mutex>
-#include <thread>
 
 namespace {
 
@@ -64,44 +59,14 @@ const QStringList Interesting = {
     "DROP", "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
 };
 
-// The statement the watchdog reports, and when it started.
-std::mutex g_currentLock;
-QString g_current;
-std::atomic<qint64> g_startedMs{-1};
-
-void setCurrent(const QString& sql, qint64 nowMs) {
-  std::lock_guard lock(g_currentLock);
-  g_current = sql;
-  g_startedMs = nowMs;
-}
-
 QString mutate(const QString& seed, QRandomGenerator& random) {
   std::vector<SqlToken> tokens = tokenizeSql(seed);
   QStringList parts;
   for (const SqlToken& t : tokens)
     if (t.kind != SqlToken::Kind::End)
       parts << seed.mid(t.pos, t.length);
-  const int edits = 1 + int(random.bounded(4));
-  for (int e = 0; e < edits && !parts.isEmpty(); ++e) {
-    const auto at = qsizetype(random.bounded(int(parts.size())));
-    switch (random.bounded(6)) {
-    case 0: parts.removeAt(at); break;
-    case 1: parts.insert(at, parts[at]); break;
-    case 2: parts.swapItemsAt(at, qsizetype(random.bounded(int(parts.size())))); break;
-    case 3: parts.insert(at, Interesting[random.bounded(int(Interesting.size()))]); break;
-    case 4: // a character of the token changed into any character at all
-      if (!parts[at].isEmpty())
-        parts[at][random.bounded(int(parts[at].size()))] = QChar(char16_t(random.bounded(1, 0x3100)));
-      break;
-    default: parts = parts.mid(0, at); break;
-    }
-  }
+  Fuzz::editParts(parts, random, Interesting);
   return parts.join(u' ');
-}
-
-int runSeconds() {
-  const int seconds = qEnvironmentVariableIntValue("DBSWEEP_FUZZ_SECONDS");
-  return seconds > 0 ? seconds : 60;
 }
 
 void runOne(OraDatabase& db, const QString& sql) {
@@ -124,27 +89,11 @@ class FuzzSql final : public QObject {
 
 private Q_SLOTS:
   void mutatedStatementsEndInRowsOrOracleErrors() {
-    const int seconds = runSeconds();
-    const quint32 seed = qEnvironmentVariableIsSet("DBSWEEP_FUZZ_SEED")
-                             ? quint32(qEnvironmentVariableIntValue("DBSWEEP_FUZZ_SEED"))
-                             : QRandomGenerator::global()->generate();
-    std::printf("seed %u, %d seconds\n", seed, seconds);
-    QRandomGenerator random(seed);
-
+    const int seconds = Fuzz::runSeconds();
+    QRandomGenerator random(Fuzz::runSeed());
     QElapsedTimer clock;
     clock.start();
-    std::atomic<bool> done{false};
-    std::thread watchdog([&] {
-      while (!done) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
-        const qint64 started = g_startedMs;
-        if (started >= 0 && clock.elapsed() - started > 10000) {
-          std::lock_guard lock(g_currentLock);
-          std::fprintf(stderr, "hang over 10 s on: %s\n", qPrintable(g_current));
-          std::abort();
-        }
-      }
-    });
+    Fuzz::Watchdog watchdog(10);
 
     qint64 executions = 0, oracleErrors = 0;
     QString failure;
@@ -157,7 +106,7 @@ private Q_SLOTS:
       for (int i = 0; i < 3000 && failure.isEmpty() && clock.elapsed() < seconds * 1000LL; ++i) {
         const QString& base = Seeds[random.bounded(int(Seeds.size()))];
         const QString sql = random.bounded(10) == 0 ? base : mutate(base, random);
-        setCurrent(sql, clock.elapsed());
+        watchdog.begin(sql);
         try {
           runOne(*db, sql);
         } catch (const OraError& e) {
@@ -167,12 +116,10 @@ private Q_SLOTS:
         } catch (const std::exception& e) {
           failure = QStringLiteral("%1 for: %2").arg(QString::fromLocal8Bit(e.what()), sql);
         }
+        watchdog.end();
         ++executions;
       }
-      setCurrent(QString(), -1);
     }
-    done = true;
-    watchdog.join();
     std::printf("%lld executions, %lld ended in Oracle errors\n", executions, oracleErrors);
     QVERIFY2(failure.isEmpty(), qPrintable(failure));
     QVERIFY(executions > 0);
@@ -180,8 +127,7 @@ private Q_SLOTS:
 };
 
 int main(int argc, char* argv[]) {
-  // Qt Test stops a test function after five minutes; a long run is meant to take longer.
-  qputenv("QTEST_FUNCTION_TIMEOUT", QByteArray::number((runSeconds() + 600) * 1000LL));
+  Fuzz::allowLongRun();
   QCoreApplication app(argc, argv);
   FuzzSql test;
   return QTest::qExec(&test, argc, argv);

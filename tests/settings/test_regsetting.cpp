@@ -1,23 +1,35 @@
 #include "ScriptedMessageBoxes.h"
+#include "platform/FileRegistry.h"
 #include "platform/PlatformRegistry.h"
 #include "settings/RegSetting.h"
 #include "settings/clsREG.h"
 
+#include <QDir>
 #include <QFile>
+#include <QLockFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <new>
+#include <stdexcept>
+
 namespace {
 
-// A backend that fails the way a broken store would.
-class FailingBackend final : public RegistryBackend {
+// A backend with a fault of the program inside it, not of the store.
+class FaultyBackend final : public RegistryBackend {
 public:
-  std::optional<RegValue> read(quint32, const QString&, const QString&) override {
-    throw RegistryError{13, QStringLiteral("Permission denied")};
+  std::optional<RegValue> read(quint32, const QString&, const QString&) override { throw std::bad_alloc(); }
+  void write(quint32, const QString&, const QString&, const QString&) override {
+    throw std::logic_error("no such key kind");
   }
-  void write(quint32, const QString&, const QString&, const QString&) override {}
   void remove(quint32, const QString&, const QString&) override {}
 };
+
+QRegularExpression storeWarning(const QString& what, const QString& folder) {
+  return QRegularExpression(
+      QStringLiteral("^dbsweep: settings cannot be %1 %2: .+; ").arg(what, QRegularExpression::escape(folder)));
+}
 
 } // namespace
 
@@ -82,9 +94,10 @@ private Q_SLOTS:
     RegSetting(s.reg, "W", "JVK", "Seed", QString("1"));
     QFile f(s.dir.path() + "/config/SOFTWARE/JVK/DBSWEEP/Settings.ini");
     QVERIFY(f.open(QIODevice::Append));
-    f.write("\"Count\"=dword:0000002a\n\"Blob\"=hex:01,02\n\"Path\"=expand:\"/opt/x\"\n");
+    f.write("\"Count\"=dword:0000002a\n\"Blob\"=hex:01,02\n\"Path\"=expand:\"/opt/x\"\n\"Edited\"=\"yes\"\r\r\n");
     f.close();
     QCOMPARE(s.get("JVK", "Count", "0"), QString("42"));
+    QCOMPARE(s.get("JVK", "Edited", "no"), QString("yes"));
     QCOMPARE(s.get("JVK", "Blob", "none"), QString("none"));
     QCOMPARE(s.get("JVK", "Path", "none"), QString("/opt/x"));
     // Rewriting the file keeps what it could not read.
@@ -149,7 +162,9 @@ private Q_SLOTS:
 
   void runAreaIsTheAutostartEntry() {
     Store s;
-    const QString exec = "/opt/dbsweep/dbsweep-tray --x=100%";
+    // The program quoted as one argument, then escaped as a desktop-entry string.
+    const QString exec = R"(/opt/my "db" C:\tools $HOME `x` 100%/dbsweep-tray)";
+    const QString line = R"(Exec="/opt/my \\"db\\" C:\\\\tools \\$HOME \\`x\\` 100%%/dbsweep-tray")";
     QCOMPARE(s.get("RUN", "DBSWEEP", "NONE"), QString("NONE"));
     RegSetting(s.reg, "W", "RUN", "DBSWEEP", exec);
     const QString file = s.dir.path() + "/autostart/DBSWEEP.desktop";
@@ -157,9 +172,19 @@ private Q_SLOTS:
     QVERIFY(f.open(QIODevice::ReadOnly));
     const QString text = QString::fromUtf8(f.readAll());
     QVERIFY(text.startsWith("[Desktop Entry]\n"));
-    QVERIFY(text.contains("\nExec=/opt/dbsweep/dbsweep-tray --x=100%%\n"));
+    QVERIFY2(text.contains("\n" + line + "\n"), qPrintable(text));
     f.close();
     QCOMPARE(s.get("run", "dbsweep", "NONE"), exec);
+    // Entries written before the program was quoted, or edited by hand, still read.
+    const auto readExec = [&](const QByteArray& execLine) {
+      QVERIFY(f.open(QIODevice::WriteOnly));
+      f.write("[Desktop Entry]\nExec=" + execLine + "\n");
+      f.close();
+    };
+    readExec("/opt/dbsweep/dbsweep-tray --x=100%%");
+    QCOMPARE(s.get("RUN", "DBSWEEP", "NONE"), QString("/opt/dbsweep/dbsweep-tray --x=100%"));
+    readExec(R"("/opt/a\sb/tray" --min)");
+    QCOMPARE(s.get("RUN", "DBSWEEP", "NONE"), QString("/opt/a b/tray --min"));
     RegSetting(s.reg, "D", "RUN", "DBSWEEP", QString());
     QVERIFY(!QFile::exists(file));
     QCOMPARE(s.get("RUN", "DBSWEEP", "NONE"), QString("NONE"));
@@ -196,27 +221,64 @@ private Q_SLOTS:
     }
   }
 
-  void storeFailuresAreReportedAndReadGivesDefault() {
-    Store s;
-    // The configuration folder cannot be created where a file stands.
-    QFile blocker(s.dir.path() + "/config");
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
-    s.boxes.expect(MessageBoxes::Answer::Ok);
-    RegSetting(s.reg, "W", "JVK", "FormLeft", QString("1"));
-    QCOMPARE(s.boxes.shown().size(), 1);
-    QCOMPARE(s.boxes.shown()[0].title, QString("WriteEntry"));
-    QVERIFY(s.boxes.shown()[0].text.startsWith("Error: "));
-    QCOMPARE(s.boxes.shown()[0].buttons, MessageBoxes::Buttons::Ok);
+  void storeFailuresShowNothingAndWarnOnce() {
+    QTest::failOnWarning(QRegularExpression("settings cannot"));
+    const QString settings = "/config/SOFTWARE/JVK/DBSWEEP/Settings.ini";
+    {
+      // The configuration folder cannot be made where a file stands, not even by root.
+      Store s;
+      QFile blocker(s.dir.path() + "/config");
+      QVERIFY(blocker.open(QIODevice::WriteOnly));
+      blocker.close();
+      QTest::ignoreMessage(QtWarningMsg, storeWarning("saved in", blocker.fileName()));
+      RegSetting(s.reg, "W", "JVK", "FormLeft", QString("1"));
+      RegSetting(s.reg, "W", "JVK", "FormTop", QString("2"));
+      QCOMPARE(s.get("JVK", "FormLeft", "0"), QString("0"));
+      QCOMPARE(blocker.size(), 0);
+      QVERIFY(s.boxes.shown().isEmpty());
+    }
+    {
+      // A settings file that cannot be read is neither taken for empty nor overwritten.
+      Store s;
+      QVERIFY(QDir().mkpath(s.dir.path() + settings));
+      QTest::ignoreMessage(QtWarningMsg, storeWarning("read from", s.dir.path() + "/config"));
+      QCOMPARE(s.get("JVK", "FormLeft", "12"), QString("12"));
+      RegSetting(s.reg, "W", "JVK", "FormLeft", QString("1"));
+      RegSetting(s.reg, "D", "JVK", "FormLeft", QString());
+      QVERIFY(QFileInfo(s.dir.path() + settings).isDir());
+      QVERIFY(s.boxes.shown().isEmpty());
+    }
+    {
+      // Another program holds the file's lock for longer than a change waits.
+      QTemporaryDir dir;
+      FileRegistry store(dir.path(), 100);
+      ScriptedMessageBoxes boxes;
+      clsREG reg(store, boxes);
+      RegSetting(reg, "W", "JVK", "FormLeft", QString("1"));
+      QLockFile other(dir.path() + "/SOFTWARE/JVK/DBSWEEP/Settings.ini.lock");
+      QVERIFY(other.tryLock(0));
+      QTest::ignoreMessage(QtWarningMsg, storeWarning("saved in", dir.path()));
+      RegSetting(reg, "W", "JVK", "FormLeft", QString("2"));
+      RegSetting(reg, "D", "JVK", "FormLeft", QString());
+      QCOMPARE(RegSetting(reg, "R", "JVK", "FormLeft", QString("0")), QString("1"));
+      QVERIFY(boxes.shown().isEmpty());
+    }
+  }
 
-    FailingBackend failing;
+  void faultsInsideTheRoutinesShowABox() {
+    FaultyBackend faulty;
     ScriptedMessageBoxes boxes;
-    clsREG reg(failing, boxes);
+    clsREG reg(faulty, boxes);
+    boxes.expect(MessageBoxes::Answer::Ok);
     boxes.expect(MessageBoxes::Answer::Ok);
     QCOMPARE(RegSetting(reg, "R", "JVK", "FormLeft", QString("0")), QString("0"));
-    QCOMPARE(boxes.shown().size(), 1);
-    QCOMPARE(boxes.shown()[0].text, QString("Error: 13. Permission denied"));
+    QCOMPARE(RegSetting(reg, "W", "JVK", "FormLeft", QString("1")), QString());
+    QCOMPARE(boxes.shown().size(), 2);
+    QCOMPARE(boxes.shown()[0].text, QString("Error: 7. Out of memory"));
     QCOMPARE(boxes.shown()[0].title, QString("ReadEntry"));
+    QCOMPARE(boxes.shown()[0].buttons, MessageBoxes::Buttons::Ok);
+    QCOMPARE(boxes.shown()[1].text, QString("Error: 51. no such key kind"));
+    QCOMPARE(boxes.shown()[1].title, QString("WriteEntry"));
   }
 
   void keyPathDropsTrailingBackslash() {

@@ -156,6 +156,13 @@ private Q_SLOTS:
     QCOMPARE(unit.size(), 1);
     QCOMPARE(unit[0].kind, Kind::Statement);
     QVERIFY(unit[0].text.endsWith("end;"));
+    // Its first words may come over several lines; the next statement starts afresh.
+    const auto split = read("create or\n\n  replace -- c\nprocedure p as\nbegin\n  null;\nend;\n/\n"
+                            "create table t (n number);\nselect 1 from dual;\n");
+    QCOMPARE(split.size(), 3);
+    QVERIFY(split[0].text.endsWith("end;"));
+    QCOMPARE(split[1].text, QString("create table t (n number)"));
+    QCOMPARE(split[2].line, 10);
   }
 };
 

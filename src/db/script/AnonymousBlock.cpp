@@ -33,6 +33,10 @@ QList<ScriptItem> AnonymousBlock::items() const {
   }
   pos += word.size();
 
+  // Lines are counted on from the previous statement: counting from the start for each one would
+  // take a block of many thousand statements time by the square of its length.
+  qsizetype counted = m_start;
+  int line = lineAt(m_start);
   QList<ScriptItem> items;
   while (true) {
     const qsizetype begin = skipSpace(pos);
@@ -68,7 +72,9 @@ QList<ScriptItem> AnonymousBlock::items() const {
     } else if (isSqlStatement(word)) {
       ScriptItem item;
       item.text = statement.toString();
-      item.line = lineAt(begin);
+      line += int(QStringView(m_text).sliced(counted, begin - counted).count(u'\n'));
+      counted = begin;
+      item.line = line;
       item.inBlock = true;
       items += item;
     } else {

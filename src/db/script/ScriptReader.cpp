@@ -81,8 +81,7 @@ void ScriptReader::finish() {
     return;
   if (!m_text.trimmed().isEmpty())
     queue(ScriptItem::Kind::Unterminated, {}, lineAt(0));
-  m_text.clear();
-  m_code.clear();
+  clearStatement();
   m_stopped = true;
 }
 
@@ -145,22 +144,27 @@ bool ScriptReader::runCommand(QStringView line) {
   return false;
 }
 
-bool ScriptReader::inPlsqlUnit() const {
-  const QStringList words = SqlWords::leading(m_text, 5);
-  const QString first = upperWord(words, 0);
+bool ScriptReader::inPlsqlUnit() {
+  // The first words (upper-cased already) are read on as lines come in, not again for every
+  // line: a statement whose first line is very long would otherwise take time by the square of
+  // its length.
+  if (m_words.size() < 5 && m_wordsEnd == m_readTo)
+    m_wordsEnd = SqlWords::readLeading(m_text, m_wordsEnd, 5, m_words);
+  m_readTo = m_text.size();
+  const QString first = m_words.value(0);
   if (first == u"BEGIN" || first == u"DECLARE")
     return true;
   if (first != u"CREATE")
     return false;
   qsizetype i = 1;
-  if (upperWord(words, i) == u"OR" && upperWord(words, i + 1) == u"REPLACE")
+  if (m_words.value(i) == u"OR" && m_words.value(i + 1) == u"REPLACE")
     i += 2;
   static const QStringList editions{QStringLiteral("EDITIONABLE"), QStringLiteral("NONEDITIONABLE")};
-  if (editions.contains(upperWord(words, i)))
+  if (editions.contains(m_words.value(i)))
     ++i;
   static const QStringList units{QStringLiteral("PROCEDURE"), QStringLiteral("FUNCTION"), QStringLiteral("PACKAGE"),
                                  QStringLiteral("TRIGGER"),   QStringLiteral("TYPE"),     QStringLiteral("LIBRARY")};
-  return units.contains(upperWord(words, i));
+  return units.contains(m_words.value(i));
 }
 
 void ScriptReader::endStatement(bool run) {
@@ -170,11 +174,18 @@ void ScriptReader::endStatement(bool run) {
     return;
   }
   m_previous = itemsOfStatement();
-  m_text.clear();
-  m_code.clear();
+  clearStatement();
   m_scanner.reset();
   if (run)
     m_items += m_previous;
+}
+
+void ScriptReader::clearStatement() {
+  m_text.clear();
+  m_code.clear();
+  m_words.clear();
+  m_wordsEnd = 0;
+  m_readTo = 0;
 }
 
 QList<ScriptItem> ScriptReader::itemsOfStatement() const {

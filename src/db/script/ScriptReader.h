@@ -29,7 +29,8 @@ public:
 
 private:
   bool runCommand(QStringView line);
-  bool inPlsqlUnit() const;
+  bool inPlsqlUnit();
+  void clearStatement();
   // Ends the statement being typed; queues it when `run`, else only keeps it for a later '/'.
   void endStatement(bool run);
   QList<ScriptItem> itemsOfStatement() const;
@@ -39,6 +40,11 @@ private:
   SqlScanner m_scanner;
   QString m_text;
   QList<bool> m_code;
+  // The first words of the statement being typed, read up to m_wordsEnd of m_text; m_readTo is
+  // how long m_text was at the last look, and reading goes on only when it stopped at that end.
+  QStringList m_words;
+  qsizetype m_wordsEnd = 0;
+  qsizetype m_readTo = 0;
   int m_line = 0;
   int m_startLine = 0;
   QList<ScriptItem> m_items;

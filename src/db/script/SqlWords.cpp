@@ -9,9 +9,8 @@ QStringView SqlWords::wordAt(QStringView text, qsizetype from) {
   return text.mid(from, end - from);
 }
 
-QStringList SqlWords::leading(QStringView text, int count) {
-  QStringList words;
-  qsizetype i = 0;
+qsizetype SqlWords::readLeading(QStringView text, qsizetype from, int count, QStringList& words) {
+  qsizetype i = from;
   while (words.size() < count) {
     while (i < text.size() && text[i].isSpace())
       ++i;
@@ -21,5 +20,11 @@ QStringList SqlWords::leading(QStringView text, int count) {
     words += word.toString().toUpper();
     i += word.size();
   }
+  return i;
+}
+
+QStringList SqlWords::leading(QStringView text, int count) {
+  QStringList words;
+  readLeading(text, 0, count, words);
   return words;
 }
