@@ -28,6 +28,8 @@
 #include <QTimer>
 #include <QToolButton>
 
+#include <stdexcept>
+
 using Answer = MessageBoxes::Answer;
 
 namespace {
@@ -57,9 +59,12 @@ void killSession(Machine& m, Start& s) {
 // A settings store whose every call fails in a way nobody planned for.
 class FailingRegistry final : public RegistryBackend {
 public:
-  std::optional<RegValue> read(quint32, const QString&, const QString&) override { throw RegistryError{5, "denied"}; }
-  void write(quint32, const QString&, const QString&, const QString&) override { throw RegistryError{5, "denied"}; }
-  void remove(quint32, const QString&, const QString&) override { throw RegistryError{5, "denied"}; }
+  std::optional<RegValue> read(quint32, const QString&, const QString&) override { fail(); }
+  void write(quint32, const QString&, const QString&, const QString&) override { fail(); }
+  void remove(quint32, const QString&, const QString&) override { fail(); }
+
+private:
+  [[noreturn]] static void fail() { throw std::logic_error("broken"); }
 };
 
 QAction* menuEntry(FDBSWEEP& w, int button, int entry) {
@@ -275,8 +280,10 @@ private Q_SLOTS:
       });
       QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
       QVERIFY(dialogShown);
-      QCOMPARE(m.boxes.shown().at(m.boxes.shown().size() - 2).text, killed);
-      QCOMPARE(m.boxes.shown().at(m.boxes.shown().size() - 2).title, QString("エラー"));
+      QCOMPARE(m.boxes.shown().size(), 3);
+      QCOMPARE(m.boxes.shown()[1].text, killed);
+      QCOMPARE(m.boxes.shown()[1].title, QString("エラー"));
+      QCOMPARE(m.boxes.shown()[2].text, QString("テーブル情報が取得できません。"));
       QVERIFY(!s.find<QPushButton>("cmdJOB_5")->isEnabled());
       QVERIFY(!s.state.gSession);
     }
