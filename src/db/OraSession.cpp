@@ -17,7 +17,7 @@ std::shared_ptr<DbConnection> openBackend(const QString& host, const QString& us
     // A new user's first logon goes to the demo, so it appears the first time it is asked for.
     if (name == DemoInstance::Name) {
       const QString source = DemoInstance::sourceFolder(env);
-      DemoInstance::ensure(folder, source);
+      DemoInstance::ensure(folder, source, env.demoProgress);
       DemoInstance::provideNameMasterFiles(source, programFolder());
     }
     return LocalEngine::connect(folder, user, password);

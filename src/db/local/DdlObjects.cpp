@@ -401,7 +401,8 @@ void DdlRunner::createUser() {
       throw OraError(
           1119, QStringLiteral("error in creating database file '%1'").arg(Catalogue::schemaFile(m_c.folder(), user)));
     }
-    sqlite3_exec(file, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+    sqlite3_exec(file, m_c.flushing() ? "PRAGMA journal_mode=WAL" : "PRAGMA synchronous=OFF; PRAGMA journal_mode=WAL",
+                 nullptr, nullptr, nullptr);
     sqlite3_close(file);
   });
 }

@@ -199,6 +199,8 @@ QString LocalConnection::schemaOf(const QString& owner) {
   }
   sqliteExec(m_db, QStringLiteral("ATTACH DATABASE ?1 AS ") + SqlTranslator::quoteName(owner),
              {Catalogue::schemaFile(m_logon.folder, owner)});
+  if (!flushing())
+    sqliteExec(m_db, QStringLiteral("PRAGMA %1.synchronous=OFF").arg(SqlTranslator::quoteName(owner)));
   m_attached.append(owner);
   return owner;
 }

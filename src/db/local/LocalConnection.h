@@ -22,6 +22,7 @@ public:
     QString folder;
     QString user;
     bool dba = false;
+    bool flushing = true; // see LocalEngine::Flushing
   };
 
   // Takes over db (schema and catalogue attached) and side (the catalogue alone, for work that
@@ -48,6 +49,7 @@ public:
   const QString& user() const { return m_logon.user; }
   const QString& folder() const { return m_logon.folder; }
   bool isDba() const { return m_logon.dba; }
+  bool flushing() const { return m_logon.flushing; }
   qint64 sid() const { return m_watch ? m_watch->sid() : 0; }
   std::recursive_mutex& mutex() { return m_mutex; }
   // "main" for the session's own schema, the attached name for another user's, "" when there is

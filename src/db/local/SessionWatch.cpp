@@ -11,8 +11,6 @@
 #include <QFileInfo>
 #include <QSysInfo>
 
-#include <cerrno>
-#include <csignal>
 #include <unistd.h>
 
 namespace {
@@ -89,8 +87,7 @@ void SessionWatch::removeDeadSessions(sqlite3* side) {
   {
     SqliteStmt rows(side, QStringLiteral("SELECT sid, pid FROM CAT.sessions"));
     while (rows.step()) {
-      const pid_t pid = pid_t(rows.column(1).toLongLong());
-      if (pid > 0 && ::kill(pid, 0) != 0 && errno == ESRCH)
+      if (!processIsRunning(rows.column(1).toLongLong()))
         dead << rows.column(0).toLongLong();
     }
   }
