@@ -78,9 +78,9 @@ private Q_SLOTS:
     qputenv("DBSWEEP_DATA_DIR", m_data.path().toUtf8());
     qputenv("DBSWEEP_DEMO_DIR", DEMO_DIR);
     m_env = DbEnvironment::from(QProcessEnvironment::systemEnvironment());
-    // The name-master files must be seen arriving beside the program.
-    for (const QString& file : DemoInstance::NameMasterFiles)
-      QFile::remove(QCoreApplication::applicationDirPath() + u'/' + file);
+    m_env.programFolder = m_data.path() + QStringLiteral("/bin");
+    m_env.settingsFolder = m_data.path() + QStringLiteral("/config");
+    QVERIFY(QDir().mkpath(m_env.programFolder));
   }
 
   void aKilledBuildIsDoneAgain() {
@@ -129,6 +129,9 @@ private Q_SLOTS:
   }
 
   void logonsUseTheInstance() {
+    // A name-master file the user already has is kept.
+    QVERIFY(QDir().mkpath(m_env.settingsFolder));
+    writeFile(m_env.settingsFolder + "/TBCLMM.dat", "OWN,mine\r\n");
     m_quil = logOn(QStringLiteral("quil/QTJL"));
     QCOMPARE(instanceFolders(), QStringList({DemoInstance::Name}));
 
@@ -139,9 +142,11 @@ private Q_SLOTS:
     QCOMPARE(errorOf([this] { logOn("QUIL/wrong"); }), 1017);
     QCOMPARE(rowsOf(*logOn("system/MANAGER"), "select user from dual"), QStringList({"SYSTEM"}));
 
-    for (const QString& file : DemoInstance::NameMasterFiles)
-      QCOMPARE(contentsOf(QCoreApplication::applicationDirPath() + u'/' + file),
-               contentsOf(QStringLiteral(DEMO_DIR "/") + file));
+    // The missing one arrives in the settings folder; the program's folder is never written.
+    QCOMPARE(contentsOf(m_env.settingsFolder + "/TBTBLM.dat"), contentsOf(DEMO_DIR "/TBTBLM.dat"));
+    QCOMPARE(contentsOf(m_env.settingsFolder + "/TBCLMM.dat"), QByteArray("OWN,mine\r\n"));
+    QCOMPARE(QDir(m_env.programFolder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             QStringList());
   }
 
   void aLateBuilderUsesTheWinnersInstance() {
@@ -336,6 +341,11 @@ private Q_SLOTS:
                OraSession(DbEnvironment{dir.path(), DEMO_DIR}).OpenDatabase("local:other", "QUIL/QTJL", 0);
              }),
              12154);
+    // Without a demo folder of its own, the demo comes from the program's.
+    DbEnvironment installed{dir.path()};
+    installed.programFolder = dir.path() + "/bin";
+    QCOMPARE(errorOf([&] { OraSession(installed).OpenDatabase("local:demo", "QUIL/QTJL", 0); }, &text), 1501);
+    QVERIFY2(text.contains(dir.path() + "/bin/demo/demo.sql is missing"), qPrintable(text));
     QVERIFY(!QFileInfo::exists(dir.path() + "/instances/other"));
 
     // A broken script names its line, and nothing half-built stays behind.

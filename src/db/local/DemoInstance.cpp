@@ -682,7 +682,9 @@ void build(const QString& folder, const QString& source, Meter& meter) {
 } // namespace
 
 QString sourceFolder(const DbEnvironment& env) {
-  return env.demoFolder.isEmpty() ? programFolder() + QStringLiteral("/demo") : env.demoFolder;
+  if (!env.demoFolder.isEmpty() || env.programFolder.isEmpty())
+    return env.demoFolder;
+  return env.programFolder + QStringLiteral("/demo");
 }
 
 bool needsBuild(const DbEnvironment& env) {
@@ -735,9 +737,11 @@ bool install(const QString& built, const QString& folder) {
                             .arg(QDir::toNativeSeparators(folder), QString::fromStdString(error.message())));
 }
 
-void provideNameMasterFiles(const QString& source, const QString& programFolder) {
+void provideNameMasterFiles(const QString& source, const QString& settingsFolder) {
+  if (settingsFolder.isEmpty() || !QDir().mkpath(settingsFolder))
+    return;
   for (const QString& file : NameMasterFiles) {
-    const QString target = programFolder + u'/' + file;
+    const QString target = settingsFolder + u'/' + file;
     if (!QFileInfo::exists(target))
       QFile::copy(source + u'/' + file, target);
   }

@@ -33,7 +33,7 @@ constexpr int AccessLogRows = 200000;
 // How far a build has come, from 0 to 100, and what it is doing, in words for the user.
 using Progress = std::function<void(int percent, const QString& step)>;
 
-// env.demoFolder ($DBSWEEP_DEMO_DIR), else the "demo" folder beside the running program.
+// env.demoFolder ($DBSWEEP_DEMO_DIR), else the "demo" folder in env.programFolder.
 QString sourceFolder(const DbEnvironment& env);
 
 // True while local:demo has yet to be built: logging on to it then takes a few seconds.
@@ -52,9 +52,10 @@ void ensure(const QString& folder, const QString& source, const Progress& progre
 // for any other reason.
 bool install(const QString& built, const QString& folder);
 
-// Copies the name-master files from source into programFolder where they are missing, since the
-// program reads them from its own folder. A folder that cannot be written is left alone: the
-// names then come from the master tables and comments only.
-void provideNameMasterFiles(const QString& source, const QString& programFolder);
+// Copies the name-master files from source into the settings folder where they are missing
+// there: the program looks for them in its own folder, then in the settings folder, and never
+// writes to its own folder. An empty or unwritable folder is left alone: the names then come
+// from the master tables and comments only.
+void provideNameMasterFiles(const QString& source, const QString& settingsFolder);
 
 } // namespace DemoInstance
