@@ -505,7 +505,7 @@ void DdlRunner::alterSystem() {
     throw OraError(26, QStringLiteral("missing or invalid session ID"));
   // Killing a session is not DDL: the killer's own pending work stays pending.
   try {
-    SessionWatch::kill(m_c.side(), sid, serial, m_c.sid());
+    m_c.killSession(sid, serial);
   } catch (const SqliteFailure& f) {
     throw m_c.oracleError(f);
   }
