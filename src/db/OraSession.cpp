@@ -5,7 +5,6 @@
 #include "db/local/LocalEngine.h"
 #include "db/oci/OciConnection.h"
 #include "db/oci/OciLibrary.h"
-#include "platform/SystemInfo.h"
 
 namespace {
 
@@ -17,12 +16,12 @@ std::shared_ptr<DbConnection> openBackend(const QString& host, const QString& us
     // A new user's first logon goes to the demo, so it appears the first time it is asked for.
     if (name == DemoInstance::Name) {
       const QString source = DemoInstance::sourceFolder(env);
-      DemoInstance::ensure(folder, source);
-      DemoInstance::provideNameMasterFiles(source, programFolder());
+      DemoInstance::ensure(folder, source, env.demoProgress);
+      DemoInstance::provideNameMasterFiles(source, env.settingsFolder);
     }
     return LocalEngine::connect(folder, user, password);
   }
-  const OciSearch search{env.oracleClientFolder, programFolder(), env.oracleHome, env.loaderSearch};
+  const OciSearch search{env.oracleClientFolder, env.programFolder, env.oracleHome, env.loaderSearch};
   OciConnection::Options options;
   options.fetchRows = env.fetchRows;
   return OciConnection::connect(OciLibrary::load(search), host, user, password, options);

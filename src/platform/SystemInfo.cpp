@@ -1,7 +1,11 @@
 #include "platform/SystemInfo.h"
 
 #include <QCoreApplication>
+#include <QFile>
 
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -18,3 +22,14 @@ QString processOwnerLogonName() {
 }
 
 QString programFolder() { return QCoreApplication::applicationDirPath(); }
+
+bool processIsRunning(qint64 pid) { return pid <= 0 || ::kill(pid_t(pid), 0) == 0 || errno != ESRCH; }
+
+bool flushToDisk(const QString& path) {
+  const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0)
+    return false;
+  const bool flushed = ::fsync(fd) == 0;
+  ::close(fd);
+  return flushed;
+}

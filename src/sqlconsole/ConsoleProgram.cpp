@@ -127,8 +127,8 @@ int runStatements(const ConsoleOptions& options, const DbEnvironment& env, QText
 
 } // namespace
 
-int ConsoleProgram::run(const QStringList& arguments, const QProcessEnvironment& environment, QTextStream& out,
-                        QTextStream& err) {
+int ConsoleProgram::run(const QStringList& arguments, const QProcessEnvironment& environment,
+                        const QString& programFolder, QTextStream& out, QTextStream& err) {
   const ConsoleOptions options = ConsoleOptions::parse(arguments);
   int status = 0;
   if (!options.error.isEmpty()) {
@@ -137,7 +137,8 @@ int ConsoleProgram::run(const QStringList& arguments, const QProcessEnvironment&
   } else if (options.mode == ConsoleOptions::Mode::Help) {
     out << ConsoleOptions::usage();
   } else {
-    const DbEnvironment env = DbEnvironment::from(environment);
+    DbEnvironment env = DbEnvironment::from(environment);
+    env.programFolder = programFolder;
     status = options.mode == ConsoleOptions::Mode::CreateInstance ? createInstance(options, env, out, err)
                                                                   : runStatements(options, env, out, err);
   }

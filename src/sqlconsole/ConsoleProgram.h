@@ -8,7 +8,9 @@
 // an embedded instance.
 namespace ConsoleProgram {
 
-// arguments without the program name; returns the exit status.
-int run(const QStringList& arguments, const QProcessEnvironment& environment, QTextStream& out, QTextStream& err);
+// arguments without the program name; programFolder is the executable's folder. Returns the
+// exit status.
+int run(const QStringList& arguments, const QProcessEnvironment& environment, const QString& programFolder,
+        QTextStream& out, QTextStream& err);
 
 } // namespace ConsoleProgram

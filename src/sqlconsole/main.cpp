@@ -8,5 +8,6 @@ int main(int argc, char* argv[]) {
   QCoreApplication app(argc, argv);
   QTextStream out(stdout);
   QTextStream err(stderr);
-  return ConsoleProgram::run(QCoreApplication::arguments().mid(1), QProcessEnvironment::systemEnvironment(), out, err);
+  return ConsoleProgram::run(QCoreApplication::arguments().mid(1), QProcessEnvironment::systemEnvironment(),
+                             QCoreApplication::applicationDirPath(), out, err);
 }

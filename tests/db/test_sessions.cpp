@@ -10,6 +10,7 @@
 #include <QProcess>
 
 #include <atomic>
+#include <functional>
 #include <thread>
 
 class TestSessions final : public QObject {
@@ -80,6 +81,44 @@ private Q_SLOTS:
     QVERIFY(child.waitForFinished(10000));
     QCOMPARE(child.readAll().trimmed(), QByteArray("ORA-00028: your session has been killed"));
     QCOMPARE(child.exitCode(), 1);
+  }
+
+  void aKilledSessionsNextCallFailsAtOnce() {
+    EngineFixture fx;
+    auto system = fx.open("SYSTEM", "manager");
+    auto other = fx.sales();
+    other->ExecuteSQL("create table t (id number primary key)");
+    const std::pair<const char*, std::function<void(OraDatabase&)>> calls[] = {
+        {"query", [](OraDatabase& db) { db.CreateDynaset("select count(*) from t", 4); }},
+        {"execute", [](OraDatabase& db) { db.ExecuteSQL("insert into t values (2)"); }},
+        {"commit", [](OraDatabase& db) { db.connection().commit(); }},
+        {"rollback", [](OraDatabase& db) { db.connection().rollback(); }}};
+    for (const bool inAnotherProcess : {false, true})
+      for (const auto& [name, call] : calls) {
+        const QString round =
+            QString("%1 after a kill from %2").arg(name, inAnotherProcess ? "a process" : "a session");
+        auto victim = fx.sales();
+        const QString id = rowsOf(*victim, "select sid || ',' || serial# from v$session where status = 'ACTIVE'")[0];
+        victim->connection().begin();
+        victim->ExecuteSQL("insert into t values (1)");
+        const QString kill = "alter system kill session '" + id + "'";
+        if (inAnotherProcess) {
+          QProcess killer;
+          killer.start(ENGINE_SESSION, {fx.folder, "system", "manager", kill});
+          QVERIFY(killer.waitForFinished(10000));
+          QCOMPARE(killer.readAll().trimmed(), QByteArray("DONE"));
+        } else {
+          system->ExecuteSQL(kill);
+        }
+        QString text;
+        QVERIFY2(errorOf([&] { call(*victim); }, &text) == 28, qPrintable(round));
+        QCOMPARE(text, QString("ORA-00028: your session has been killed"));
+        QVERIFY2(errorOf([&] { victim->ExecuteSQL("select 1 from dual"); }) == 28, qPrintable(round));
+        // The pending insert was rolled back, never committed: another session can make it.
+        QVERIFY2(errorOf([&] { other->ExecuteSQL("insert into t values (1)"); }) == 0, qPrintable(round));
+        QCOMPARE(rowsOf(*other, "select count(*) from t"), QStringList({"1"}));
+        other->ExecuteSQL("delete from t");
+      }
   }
 
   void sessionsOfDeadProcessesDisappear() {

@@ -401,7 +401,8 @@ void DdlRunner::createUser() {
       throw OraError(
           1119, QStringLiteral("error in creating database file '%1'").arg(Catalogue::schemaFile(m_c.folder(), user)));
     }
-    sqlite3_exec(file, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+    sqlite3_exec(file, m_c.flushing() ? "PRAGMA journal_mode=WAL" : "PRAGMA synchronous=OFF; PRAGMA journal_mode=WAL",
+                 nullptr, nullptr, nullptr);
     sqlite3_close(file);
   });
 }
@@ -504,7 +505,7 @@ void DdlRunner::alterSystem() {
     throw OraError(26, QStringLiteral("missing or invalid session ID"));
   // Killing a session is not DDL: the killer's own pending work stays pending.
   try {
-    SessionWatch::kill(m_c.side(), sid, serial, m_c.sid());
+    m_c.killSession(sid, serial);
   } catch (const SqliteFailure& f) {
     throw m_c.oracleError(f);
   }

@@ -2,10 +2,12 @@
 
 #include "db/OraDatabase.h"
 #include "db/OraError.h"
+#include "db/local/LocalConnection.h"
 #include "db/local/LocalEngine.h"
 #include "db/script/ScriptReader.h"
 #include "platform/SystemInfo.h"
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDate>
 #include <QDir>
@@ -15,6 +17,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <random>
 #include <vector>
 
@@ -36,6 +39,36 @@ OraError withContext(const OraError& e, const QString& where) {
   return OraError(e.number(), QStringLiteral("%1 (%2; the demo instance was not created)").arg(e.text(), where));
 }
 
+// Turns the build's stages into one percentage, told to the caller only when it moves.
+class Meter final {
+public:
+  explicit Meter(const Progress& progress) : m_progress(progress) {}
+
+  // Starts the stage that takes the build from percent from to percent to.
+  void stage(int from, int to, const QString& step) {
+    m_from = from;
+    m_to = to;
+    m_step = step;
+    report(from, true);
+  }
+  void advance(qint64 done, qint64 total) {
+    report(m_from + int((m_to - m_from) * done / std::max<qint64>(total, 1)), false);
+  }
+
+private:
+  void report(int percent, bool newStep) {
+    if (m_progress && (newStep || percent != m_percent))
+      m_progress(percent, m_step);
+    m_percent = percent;
+  }
+
+  const Progress& m_progress;
+  int m_from = 0;
+  int m_to = 0;
+  int m_percent = -1;
+  QString m_step;
+};
+
 // Same seed, same rows: mt19937's sequence is fixed by the standard, unlike the distributions.
 class Dice final {
 public:
@@ -51,19 +84,14 @@ private:
 
 QString text(const char* utf8) { return QString::fromUtf8(utf8); }
 
-// SQL literals.
-QString lit(const QString& value) {
-  if (value.isEmpty())
-    return QStringLiteral("NULL");
-  QString doubled = value;
-  doubled.replace(u'\'', QStringLiteral("''"));
-  return u'\'' + doubled + u'\'';
-}
-QString num(qint64 value) { return QString::number(value); }
+// Column values as a row stores them: an empty text is NULL, as in Oracle, and a DATE is its
+// canonical text.
+QVariant str(const QString& value) { return value.isEmpty() ? QVariant() : QVariant(value); }
+QVariant num(qint64 value) { return qlonglong(value); }
 // Formatted by hand rather than through QDateTime, so the local time zone's daylight saving can
 // never move a generated time.
-QString stamp(const QDate& day, int secondOfDay = 0) {
-  return QStringLiteral("'%1 %2:%3:%4'")
+QVariant stamp(const QDate& day, int secondOfDay = 0) {
+  return QStringLiteral("%1 %2:%3:%4")
       .arg(day.toString(QStringLiteral("yyyy/MM/dd")))
       .arg(secondOfDay / 3600, 2, 10, QChar(u'0'))
       .arg(secondOfDay / 60 % 60, 2, 10, QChar(u'0'))
@@ -249,25 +277,50 @@ struct Order final {
   QDate day;
 };
 
-// Customers, their orders and everything that follows from them, written as plain INSERTs in
-// one transaction.
+// Customers, their orders and everything that follows from them, inserted in one transaction.
 class Generator final {
 public:
-  explicit Generator(OraDatabase& db) : m_db(db), m_dice(20250331) {}
+  Generator(OraDatabase& db, Meter& meter)
+      : m_db(db), m_local(dynamic_cast<LocalConnection&>(db.connection())), m_meter(meter), m_dice(20250331) {}
 
   void run() {
     loadProducts();
     m_db.connection().begin();
+    m_meter.stage(6, 8, QStringLiteral("顧客データを作成しています"));
     customers();
+    m_meter.stage(8, 28, QStringLiteral("受注データを作成しています"));
     orders();
+    m_meter.stage(28, 30, QStringLiteral("対応履歴を作成しています"));
     contacts();
+    m_meter.stage(30, 96, QStringLiteral("アクセスログを作成しています"));
     accessLog();
     m_db.connection().commit();
   }
 
 private:
-  void insert(const char* table, const QStringList& values) {
-    m_db.ExecuteSQL(QStringLiteral("INSERT INTO %1 VALUES (%2)").arg(QString::fromLatin1(table), values.join(u',')));
+  // Through one prepared statement per table: the rows are the same as those of INSERT
+  // statements in Oracle SQL, but each of those would be parsed and translated on its own, which
+  // for hundreds of thousands of rows takes most of the build's time.
+  void insert(const char* table, const QVariantList& values) {
+    const QString name = QString::fromLatin1(table);
+    std::unique_ptr<SqliteStmt>& statement = m_inserts[name];
+    std::lock_guard lock(m_local.mutex());
+    try {
+      m_local.beginPending();
+      if (!statement) {
+        QStringList places;
+        for (qsizetype i = 1; i <= values.size(); ++i)
+          places << u'?' + QString::number(i);
+        statement = std::make_unique<SqliteStmt>(
+            m_local.db(),
+            QStringLiteral("INSERT INTO main.%1 VALUES (%2)").arg(SqlTranslator::quoteName(name), places.join(u',')));
+      }
+      statement->bindAll(values);
+      statement->step();
+      statement->reset();
+    } catch (const SqliteFailure& f) {
+      throw m_local.oracleError(f, Owner, name, SqlErrors::Dml::Insert);
+    }
   }
 
   qint64 nextNumber(const char* sequence) {
@@ -304,6 +357,7 @@ private:
 
   void customers() {
     for (int i = 0; i < Customers; ++i) {
+      m_meter.advance(i, Customers);
       Customer c;
       c.number = nextNumber("SEQ_KOKYAKU_NO");
       c.company = m_dice.chance(35);
@@ -350,36 +404,35 @@ private:
                                                                .arg(m_dice.below(10000), 4, 10, QChar(u'0'));
       const QDate birthday = c.company ? QDate() : QDate(1950, 1, 1).addDays(m_dice.below(365 * 53));
       const QDate changed = m_dice.chance(40) ? c.since.addDays(m_dice.between(30, 400)) : QDate();
-      insert("KOKYAKU",
-             {num(c.number),
-              lit(c.name),
-              lit(c.kana),
-              lit(c.company ? QStringLiteral("2") : QStringLiteral("1")),
-              lit(text(place.zip)),
-              lit(text(place.prefecture)),
-              lit(text(place.town) + QStringLiteral("%1-%2-%3")
-                                         .arg(m_dice.between(1, 5))
-                                         .arg(m_dice.between(1, 30))
-                                         .arg(m_dice.between(1, 20))),
-              lit(building),
-              lit(tel),
-              c.company && m_dice.chance(60) ? lit(phone(place)) : QStringLiteral("NULL"),
-              lit(mail),
-              birthday.isValid() ? stamp(birthday) : QStringLiteral("NULL"),
-              lit(c.tanto),
-              c.company ? num(m_dice.between(3, 50) * 100000) : QStringLiteral("NULL"),
-              c.company ? num(m_dice.pick({20, 25, 31})) : QStringLiteral("NULL"),
-              lit(QString(QChar(u'A' + m_dice.below(3)))),
-              QStringLiteral("0"),
-              stamp(c.since),
-              m_dice.chance(15) ? lit(text(m_dice.pick(Notes))) : QStringLiteral("NULL"),
-              stamp(c.since, secondOfWorkday()),
-              changed.isValid() && changed <= LastDay ? stamp(changed, secondOfWorkday()) : QStringLiteral("NULL")});
+      insert("KOKYAKU", {num(c.number),
+                         str(c.name),
+                         str(c.kana),
+                         str(c.company ? QStringLiteral("2") : QStringLiteral("1")),
+                         str(text(place.zip)),
+                         str(text(place.prefecture)),
+                         str(text(place.town) + QStringLiteral("%1-%2-%3")
+                                                    .arg(m_dice.between(1, 5))
+                                                    .arg(m_dice.between(1, 30))
+                                                    .arg(m_dice.between(1, 20))),
+                         str(building),
+                         str(tel),
+                         c.company && m_dice.chance(60) ? str(phone(place)) : QVariant(),
+                         str(mail),
+                         birthday.isValid() ? stamp(birthday) : QVariant(),
+                         str(c.tanto),
+                         c.company ? num(m_dice.between(3, 50) * 100000) : QVariant(),
+                         c.company ? num(m_dice.pick({20, 25, 31})) : QVariant(),
+                         str(QString(QChar(u'A' + m_dice.below(3)))),
+                         num(0),
+                         stamp(c.since),
+                         m_dice.chance(15) ? str(text(m_dice.pick(Notes))) : QVariant(),
+                         stamp(c.since, secondOfWorkday()),
+                         changed.isValid() && changed <= LastDay ? stamp(changed, secondOfWorkday()) : QVariant()});
       // Customers from before the current system still carry the old system's memo.
       if (c.since.year() < 2019)
         insert("KOKYAKU_MEMO",
                {num(c.number),
-                lit(QStringLiteral("旧システムより移行（%1）。\n取引開始 %2、%3。")
+                str(QStringLiteral("旧システムより移行（%1）。\n取引開始 %2、%3。")
                         .arg(QStringLiteral("2023/01/07"), c.since.toString(QStringLiteral("yyyy年M月")),
                              c.company ? QStringLiteral("法人窓口は総務部") : QStringLiteral("カタログ送付希望あり"))),
                 stamp(QDate(2023, 1, 7), 7800)});
@@ -402,7 +455,9 @@ private:
     std::stable_sort(all.begin(), all.end(), [](const Order& a, const Order& b) { return a.day < b.day; });
 
     qint64 shipment = 0, invoice = 0, payment = 0;
-    for (Order& o : all) {
+    for (size_t i = 0; i < all.size(); ++i) {
+      m_meter.advance(qint64(i), Orders);
+      Order& o = all[i];
       o.number = nextNumber("SEQ_JUCHU_NO");
       Customer& c = m_customers[size_t(o.customer)];
       const int age = int(o.day.daysTo(LastDay));
@@ -415,7 +470,7 @@ private:
         state = 9;
 
       qint64 net = 0;
-      std::vector<QStringList> lines(size_t(c.company ? m_dice.between(1, 6) : m_dice.between(1, 4)));
+      std::vector<QVariantList> lines(size_t(c.company ? m_dice.between(1, 6) : m_dice.between(1, 4)));
       for (size_t line = 0; line < lines.size(); ++line) {
         const Product* p = nullptr;
         while (!p) {
@@ -425,16 +480,16 @@ private:
         }
         const int quantity = c.company ? m_dice.between(1, 30) : m_dice.between(1, 5);
         net += quantity * p->price;
-        lines[line] = {num(o.number), num(qint64(line) + 1), lit(p->code),
+        lines[line] = {num(o.number), num(qint64(line) + 1), str(p->code),
                        num(quantity), num(p->price),         num(quantity * p->price)};
       }
       const qint64 tax = net / 10;
       insert("JUCHU", {num(o.number), num(c.number), stamp(o.day), stamp(o.day.addDays(m_dice.between(2, 7))),
-                       lit(QStringLiteral("0%1").arg(c.company ? m_dice.between(1, 3) : m_dice.pick({1, 1, 1, 2}))),
-                       num(net), num(tax), lit(c.tanto.isEmpty() ? text(m_dice.pick({"S0006", "S0007"})) : c.tanto),
-                       lit(QString::number(state)),
-                       state == 9 ? lit(QStringLiteral("お客様都合によりキャンセル")) : QStringLiteral("NULL")});
-      for (const QStringList& line : lines)
+                       str(QStringLiteral("0%1").arg(c.company ? m_dice.between(1, 3) : m_dice.pick({1, 1, 1, 2}))),
+                       num(net), num(tax), str(c.tanto.isEmpty() ? text(m_dice.pick({"S0006", "S0007"})) : c.tanto),
+                       str(QString::number(state)),
+                       state == 9 ? str(QStringLiteral("お客様都合によりキャンセル")) : QVariant()});
+      for (const QVariantList& line : lines)
         insert("JUCHU_MEISAI", line);
       if (!c.company && state != 9)
         points(c, o, net);
@@ -445,23 +500,23 @@ private:
       ++shipment;
       insert("SHUKKA",
              {num(shipment), num(o.number), num(c.number), stamp(shipped, m_dice.between(13, 17) * 3600),
-              lit(text(Carriers[shipment % 3])),
-              lit(QStringLiteral("%1-%2").arg(4100 + shipment % 3).arg(shipment + 10000000, 8, 10, QChar(u'0'))),
-              lit(shipped.daysTo(LastDay) > 3 ? QStringLiteral("2") : QStringLiteral("1"))});
+              str(text(Carriers[shipment % 3])),
+              str(QStringLiteral("%1-%2").arg(4100 + shipment % 3).arg(shipment + 10000000, 8, 10, QChar(u'0'))),
+              str(shipped.daysTo(LastDay) > 3 ? QStringLiteral("2") : QStringLiteral("1"))});
       if (state < 2)
         continue;
       const QDate billed = std::min(shipped.addDays(m_dice.between(0, 3)), LastDay);
       ++invoice;
       const qint64 invoiceNumber = 500000 + invoice;
       insert("SEIKYU", {num(invoiceNumber), num(c.number), num(o.number), stamp(billed), num(net + tax),
-                        stamp(billed.addDays(30)), QStringLiteral("NULL")});
+                        stamp(billed.addDays(30)), QVariant()});
       if (state < 3)
         continue;
       const QDate paid = std::min(billed.addDays(m_dice.between(3, 25)), LastDay);
       ++payment;
       const int method = c.company ? 1 : m_dice.between(2, 4);
       insert("NYUKIN", {num(700000 + payment), num(c.number), num(invoiceNumber), stamp(paid), num(net + tax),
-                        lit(QString::number(method)), method == 1 ? lit(c.kana) : QStringLiteral("NULL")});
+                        str(QString::number(method)), method == 1 ? str(c.kana) : QVariant()});
     }
     for (const Customer& c : m_customers)
       if (c.points != 0)
@@ -476,12 +531,12 @@ private:
       const int used = std::min(c.points, m_dice.between(1, 5) * 100);
       c.points -= used;
       insert("POINT_RIREKI",
-             {num(c.number), num(++c.pointEvents), stamp(o.day), num(-used), lit(QStringLiteral("02")), num(o.number)});
+             {num(c.number), num(++c.pointEvents), stamp(o.day), num(-used), str(QStringLiteral("02")), num(o.number)});
     }
     const int earned = int(net / 100);
     c.points += earned;
     insert("POINT_RIREKI",
-           {num(c.number), num(++c.pointEvents), stamp(o.day), num(earned), lit(QStringLiteral("01")), num(o.number)});
+           {num(c.number), num(++c.pointEvents), stamp(o.day), num(earned), str(QStringLiteral("01")), num(o.number)});
   }
 
   void contacts() {
@@ -494,6 +549,7 @@ private:
     std::stable_sort(when.begin(), when.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     int number = 0;
     for (const auto& [day, customer] : when) {
+      m_meter.advance(number, ContactRecords);
       const Customer& c = m_customers[size_t(customer)];
       const Topic& topic = m_dice.pick(Topics);
       // Half of them are about one of the customer's orders placed before the call.
@@ -503,9 +559,9 @@ private:
           if (o.customer == customer && o.day <= day)
             order = o.number;
       insert("TAIO_RIREKI",
-             {num(++number), num(c.number), order ? num(order) : QStringLiteral("NULL"), stamp(day, secondOfWorkday()),
-              lit(text(topic.kind)), lit(c.tanto.isEmpty() ? text(m_dice.pick({"S0006", "S0007"})) : c.tanto),
-              lit(text(topic.subject)), lit(text(topic.body).arg(c.name))});
+             {num(++number), num(c.number), order ? num(order) : QVariant(), stamp(day, secondOfWorkday()),
+              str(text(topic.kind)), str(c.tanto.isEmpty() ? text(m_dice.pick({"S0006", "S0007"})) : c.tanto),
+              str(text(topic.subject)), str(text(topic.body).arg(c.name))});
     }
   }
 
@@ -517,6 +573,7 @@ private:
         visitors.push_back(int(i));
     qint64 second = 0;
     for (int row = 1; row <= AccessLogRows; ++row) {
+      m_meter.advance(row, AccessLogRows);
       second += m_dice.between(1, 300);
       const QDate day = FirstAccessDay.addDays(second / 86400);
       const int visitor = m_dice.chance(85) ? visitors[size_t(m_dice.below(int(visitors.size())))] : -1;
@@ -532,28 +589,34 @@ private:
               .toHex()
               .toUpper();
       insert("ACCESS_LOG",
-             {num(row), visitor < 0 ? QStringLiteral("NULL") : num(m_customers[size_t(visitor)].number),
-              stamp(day, int(second % 86400)), lit(url),
-              lit(text(Networks[size_t(visitor < 0 ? 0 : visitor % 3)]) + QString::number(m_dice.between(1, 254))),
-              lit(QString::fromLatin1(session))});
+             {num(row), visitor < 0 ? QVariant() : num(m_customers[size_t(visitor)].number),
+              stamp(day, int(second % 86400)), str(url),
+              str(text(Networks[size_t(visitor < 0 ? 0 : visitor % 3)]) + QString::number(m_dice.between(1, 254))),
+              str(QString::fromLatin1(session))});
     }
   }
 
   OraDatabase& m_db;
+  LocalConnection& m_local;
+  Meter& m_meter;
   Dice m_dice;
   std::vector<Product> m_products;
   std::vector<Customer> m_customers;
   std::vector<int> m_weighted; // customer indexes, each as often as it orders
   std::vector<Order> m_orders;
+  std::map<QString, std::unique_ptr<SqliteStmt>> m_inserts;
 };
 
-void runScript(OraDatabase& db, const QString& path) {
+void runScript(OraDatabase& db, const QString& path, Meter& meter) {
   QFile file(path);
   if (!file.open(QIODevice::ReadOnly))
     throw creationFailure(QStringLiteral("cannot read %1: %2").arg(QDir::toNativeSeparators(path), file.errorString()));
   const QString name = QFileInfo(path).fileName();
+  const QList<ScriptItem> items = ScriptReader::read(QString::fromUtf8(file.readAll()));
   db.connection().begin();
-  for (const ScriptItem& item : ScriptReader::read(QString::fromUtf8(file.readAll()))) {
+  for (qsizetype i = 0; i < items.size(); ++i) {
+    meter.advance(i, items.size());
+    const ScriptItem& item = items[i];
     switch (item.kind) {
     case ScriptItem::Kind::Statement: try { db.ExecuteSQL(item.text);
       } catch (const OraError& e) {
@@ -576,10 +639,25 @@ void runScript(OraDatabase& db, const QString& path) {
   db.connection().commit();
 }
 
-void build(const QString& folder, const QString& source) {
-  LocalEngine::createInstance(folder, SystemPassword);
+// A build folder is named after its builder's process, so that one left behind by a builder
+// that was stopped mid-way can be told from one that a running process is still filling.
+void removeAbandonedBuilds(const QString& parent, const QString& prefix) {
+  for (const QString& name :
+       QDir(parent).entryList({prefix + u'*'}, QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot)) {
+    bool isNumber = false;
+    const qint64 pid = name.mid(prefix.size()).section(u'-', 0, 0).toLongLong(&isNumber);
+    if (isNumber && !processIsRunning(pid))
+      QDir(parent + u'/' + name).removeRecursively();
+  }
+}
+
+void build(const QString& folder, const QString& source, Meter& meter) {
+  // The stages' shares of the whole follow the time each takes.
+  meter.stage(0, 4, QStringLiteral("インスタンスを作成しています"));
+  LocalEngine::createInstance(folder, SystemPassword, LocalEngine::Flushing::Off);
   {
-    OraDatabase system(LocalEngine::connect(folder, QStringLiteral("SYSTEM"), SystemPassword));
+    OraDatabase system(
+        LocalEngine::connect(folder, QStringLiteral("SYSTEM"), SystemPassword, LocalEngine::Flushing::Off));
     for (const QString& sql : {QStringLiteral("CREATE USER %1 IDENTIFIED BY %2").arg(Owner, OwnerPassword),
                                QStringLiteral("GRANT DBA TO %1").arg(Owner),
                                QStringLiteral("CREATE USER %1 IDENTIFIED BY %2").arg(OldOwner, OldOwnerPassword),
@@ -591,10 +669,11 @@ void build(const QString& folder, const QString& source) {
       }
     }
   }
-  OraDatabase quil(LocalEngine::connect(folder, Owner, OwnerPassword));
-  runScript(quil, source + u'/' + ScriptFile);
+  OraDatabase quil(LocalEngine::connect(folder, Owner, OwnerPassword, LocalEngine::Flushing::Off));
+  meter.stage(4, 6, QStringLiteral("表を作成しています"));
+  runScript(quil, source + u'/' + ScriptFile, meter);
   try {
-    Generator(quil).run();
+    Generator(quil, meter).run();
   } catch (const OraError& e) {
     throw withContext(e, QStringLiteral("generating the demo rows"));
   }
@@ -603,10 +682,20 @@ void build(const QString& folder, const QString& source) {
 } // namespace
 
 QString sourceFolder(const DbEnvironment& env) {
-  return env.demoFolder.isEmpty() ? programFolder() + QStringLiteral("/demo") : env.demoFolder;
+  if (!env.demoFolder.isEmpty() || env.programFolder.isEmpty())
+    return env.demoFolder;
+  return env.programFolder + QStringLiteral("/demo");
 }
 
-void ensure(const QString& folder, const QString& source) {
+bool needsBuild(const DbEnvironment& env) {
+  return !LocalEngine::instanceExists(LocalEngine::folderFor(DemoInstance::Name, env));
+}
+
+void ensure(const QString& folder, const QString& source, const Progress& progress) {
+  const QFileInfo target(folder);
+  const QString parent = target.absolutePath();
+  const QString prefix = QStringLiteral(".") + target.fileName() + QStringLiteral("-building-");
+  removeAbandonedBuilds(parent, prefix);
   if (LocalEngine::instanceExists(folder))
     return;
   for (const QString& file : QStringList{ScriptFile} + NameMasterFiles)
@@ -615,18 +704,25 @@ void ensure(const QString& folder, const QString& source) {
           QStringLiteral("the demo file %1 is missing (set DBSWEEP_DEMO_DIR to the folder holding %2)")
               .arg(QDir::toNativeSeparators(source + u'/' + file), ScriptFile));
 
-  const QFileInfo target(folder);
-  const QString parent = target.absolutePath();
   if (!QDir().mkpath(parent))
     throw creationFailure(QStringLiteral("cannot create the folder %1").arg(QDir::toNativeSeparators(parent)));
-  // Built beside its final place, so that the rename below is atomic and never crosses file systems.
-  QTemporaryDir work(parent + QStringLiteral("/.") + target.fileName() + QStringLiteral("-building-XXXXXX"));
+  // Built beside its final place, so that the rename below is atomic and never crosses file
+  // systems. The name carries this process's id: see removeAbandonedBuilds.
+  QTemporaryDir work(parent + u'/' + prefix + QString::number(QCoreApplication::applicationPid()) +
+                     QStringLiteral("-XXXXXX"));
   if (!work.isValid())
     throw creationFailure(
         QStringLiteral("cannot create a folder in %1: %2").arg(QDir::toNativeSeparators(parent), work.errorString()));
-  build(work.path(), source);
+  Meter meter(progress);
+  build(work.path(), source, meter);
+  meter.stage(96, 100, QStringLiteral("ディスクに書き込んでいます"));
+  LocalEngine::flushInstance(work.path());
   // Another process may have got there first: its instance is as good as ours, which then goes.
   work.setAutoRemove(!install(work.path(), folder));
+  // The rename is on the disk once the folder holding it is; should it be lost, the next start
+  // finds no instance and builds it again.
+  flushToDisk(parent);
+  meter.stage(100, 100, QStringLiteral("完了しました"));
 }
 
 bool install(const QString& built, const QString& folder) {
@@ -641,9 +737,11 @@ bool install(const QString& built, const QString& folder) {
                             .arg(QDir::toNativeSeparators(folder), QString::fromStdString(error.message())));
 }
 
-void provideNameMasterFiles(const QString& source, const QString& programFolder) {
+void provideNameMasterFiles(const QString& source, const QString& settingsFolder) {
+  if (settingsFolder.isEmpty() || !QDir().mkpath(settingsFolder))
+    return;
   for (const QString& file : NameMasterFiles) {
-    const QString target = programFolder + u'/' + file;
+    const QString target = settingsFolder + u'/' + file;
     if (!QFileInfo::exists(target))
       QFile::copy(source + u'/' + file, target);
   }

@@ -64,6 +64,8 @@ int compareDates(void*, int n1, const void* p1, int n2, const void* p2) {
   return a.compare(b);
 }
 
+OraError killedError() { return OraError(28, QStringLiteral("your session has been killed")); }
+
 LocalConnection* self(sqlite3_context* ctx) { return static_cast<LocalConnection*>(sqlite3_user_data(ctx)); }
 
 QString argText(sqlite3_value* v) {
@@ -137,7 +139,7 @@ void currval(sqlite3_context* ctx, int, sqlite3_value** argv) {
 LocalConnection::LocalConnection(Logon logon, sqlite3* db, sqlite3* side)
     : m_logon(std::move(logon)), m_db(db), m_side(side) {
   registerFunctions();
-  m_watch = std::make_unique<SessionWatch>(m_logon.folder + u'/' + Catalogue::FileName, m_side, m_logon.user, [this] {
+  m_watch = std::make_unique<SessionWatch>(m_logon.folder, m_side, m_logon.user, [this] {
     // Runs on the watch thread: stop whatever the session is doing and give its locks back.
     sqlite3_interrupt(m_db);
     std::lock_guard lock(m_mutex);
@@ -166,7 +168,14 @@ void LocalConnection::registerFunctions() {
 
 void LocalConnection::checkAlive() {
   if (m_watch && m_watch->killed())
-    throw OraError(28, QStringLiteral("your session has been killed"));
+    throw killedError();
+}
+
+void LocalConnection::startCall() {
+  if (m_watch && m_watch->killedNow()) {
+    rollbackQuietly();
+    throw killedError();
+  }
 }
 
 void LocalConnection::rollbackQuietly() {
@@ -199,6 +208,8 @@ QString LocalConnection::schemaOf(const QString& owner) {
   }
   sqliteExec(m_db, QStringLiteral("ATTACH DATABASE ?1 AS ") + SqlTranslator::quoteName(owner),
              {Catalogue::schemaFile(m_logon.folder, owner)});
+  if (!flushing())
+    sqliteExec(m_db, QStringLiteral("PRAGMA %1.synchronous=OFF").arg(SqlTranslator::quoteName(owner)));
   m_attached.append(owner);
   return owner;
 }
@@ -242,7 +253,7 @@ void LocalConnection::commitPending() {
 OraError LocalConnection::oracleError(const SqliteFailure& failure, const QString& owner, const QString& table,
                                       SqlErrors::Dml dml) const {
   if ((failure.code & 0xff) == SQLITE_INTERRUPT && m_watch && m_watch->killed())
-    return OraError(28, QStringLiteral("your session has been killed"));
+    return killedError();
   return SqlErrors::toOracle(m_db, failure, owner.isEmpty() ? m_logon.user : owner, table, dml);
 }
 
@@ -253,20 +264,20 @@ void LocalConnection::interrupt() {
 
 void LocalConnection::begin() {
   std::lock_guard lock(m_mutex);
-  checkAlive();
+  startCall();
   m_explicit = true;
 }
 
 void LocalConnection::commit() {
   std::lock_guard lock(m_mutex);
-  checkAlive();
+  startCall();
   commitPending();
   m_explicit = false;
 }
 
 void LocalConnection::rollback() {
   std::lock_guard lock(m_mutex);
-  checkAlive();
+  startCall();
   rollbackQuietly();
   m_explicit = false;
 }
@@ -283,7 +294,7 @@ QString LocalConnection::clientVersion() {
 
 std::unique_ptr<OraDynaset> LocalConnection::query(const QString& sql, int options) {
   std::lock_guard lock(m_mutex);
-  checkAlive();
+  startCall();
   const auto tokens = tokenizeSql(sql);
   if (kindOf(tokens) != Kind::Query)
     throw OraError(tokens.front().kind == SqlToken::Kind::End ? 900 : 24333,
@@ -299,7 +310,7 @@ std::unique_ptr<OraDynaset> LocalConnection::query(const QString& sql, int optio
 
 qint64 LocalConnection::execute(const QString& sql) {
   std::lock_guard lock(m_mutex);
-  checkAlive();
+  startCall();
   const auto tokens = tokenizeSql(sql);
   if (tokens.size() >= 2 && tokens[tokens.size() - 2].is(u";") && kindOf(tokens) != Kind::Block)
     throw OraError(911, QStringLiteral("invalid character"));

@@ -22,6 +22,7 @@ public:
     QString folder;
     QString user;
     bool dba = false;
+    bool flushing = true; // see LocalEngine::Flushing
   };
 
   // Takes over db (schema and catalogue attached) and side (the catalogue alone, for work that
@@ -48,14 +49,21 @@ public:
   const QString& user() const { return m_logon.user; }
   const QString& folder() const { return m_logon.folder; }
   bool isDba() const { return m_logon.dba; }
+  bool flushing() const { return m_logon.flushing; }
   qint64 sid() const { return m_watch ? m_watch->sid() : 0; }
+  void killSession(qint64 sid, qint64 serial) { m_watch->kill(sid, serial); }
   std::recursive_mutex& mutex() { return m_mutex; }
   // "main" for the session's own schema, the attached name for another user's, "" when there is
   // no such user.
   QString schemaOf(const QString& owner);
   SqlTranslator translator();
-  // Raises ORA-00028 once the session has been killed.
+  // Raises ORA-00028 once the session is known to have been killed; cheap enough for every
+  // field read.
   void checkAlive();
+  // The same at the start of a call, which also sees a kill the watch has not noticed yet: a
+  // kill that has returned to its killer fails the victim's very next call, after rolling back
+  // the victim's pending work.
+  void startCall();
   // Starts the SQLite transaction of an explicit one before the first change.
   void beginPending();
   // DDL commits whatever is pending, as Oracle does.

@@ -4,6 +4,7 @@
 #include "db/OraError.h"
 #include "db/local/Catalogue.h"
 #include "db/local/LocalConnection.h"
+#include "platform/SystemInfo.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -43,9 +44,17 @@ sqlite3* openCatalogue(const QString& folder) {
   return db;
 }
 
-void makeSchemaFile(const QString& folder, const QString& owner) {
+// SQLite's level for a database: NORMAL flushes the write-ahead log at checkpoints only, which
+// is durable enough for a session's own work; the connection's default is FULL.
+QString synchronous(const char* database, Flushing flushing, const char* level) {
+  return QStringLiteral("PRAGMA %1.synchronous=%2;")
+      .arg(QLatin1String(database), flushing == Flushing::Off ? QLatin1String("OFF") : QLatin1String(level));
+}
+
+void makeSchemaFile(const QString& folder, const QString& owner, Flushing flushing) {
   sqlite3* db = openFile(Catalogue::schemaFile(folder, owner), true);
-  sqlite3_exec(db, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+  sqlite3_exec(db, (synchronous("main", flushing, "FULL") + QStringLiteral("PRAGMA journal_mode=WAL")).toUtf8(),
+               nullptr, nullptr, nullptr);
   sqlite3_close(db);
 }
 
@@ -59,7 +68,7 @@ QString folderFor(const QString& nameOrPath, const DbEnvironment& env) {
 
 bool instanceExists(const QString& folder) { return QFile::exists(folder + u'/' + Catalogue::FileName); }
 
-void createInstance(const QString& folder, const QString& systemPassword) {
+void createInstance(const QString& folder, const QString& systemPassword, Flushing flushing) {
   if (instanceExists(folder))
     throw OraError(1501, QStringLiteral("CREATE DATABASE failed: an instance already exists in %1").arg(folder));
   if (systemPassword.isEmpty())
@@ -70,7 +79,7 @@ void createInstance(const QString& folder, const QString& systemPassword) {
   sqlite3* db = openFile(QStringLiteral(":memory:"), true);
   try {
     sqliteExec(db, QStringLiteral("ATTACH DATABASE ?1 AS CAT"), {folder + u'/' + Catalogue::FileName});
-    sqliteExec(db, QStringLiteral("PRAGMA CAT.journal_mode=WAL"));
+    sqliteExec(db, synchronous("CAT", flushing, "FULL") + QStringLiteral("PRAGMA CAT.journal_mode=WAL"));
     sqliteExec(db, QStringLiteral("BEGIN"));
     Catalogue::create(db);
     sqliteExec(
@@ -85,10 +94,11 @@ void createInstance(const QString& folder, const QString& systemPassword) {
     throw OraError(1501, QStringLiteral("CREATE DATABASE failed: %1").arg(f.message));
   }
   sqlite3_close(db);
-  makeSchemaFile(folder, QStringLiteral("SYSTEM"));
+  makeSchemaFile(folder, QStringLiteral("SYSTEM"), flushing);
 }
 
-std::shared_ptr<DbConnection> connect(const QString& folder, const QString& userText, const QString& password) {
+std::shared_ptr<DbConnection> connect(const QString& folder, const QString& userText, const QString& password,
+                                      Flushing flushing) {
   if (!instanceExists(folder))
     throw OraError(12154, QStringLiteral("TNS:could not resolve the connect identifier specified"));
   if (userText.isEmpty() || password.isEmpty())
@@ -103,6 +113,7 @@ std::shared_ptr<DbConnection> connect(const QString& folder, const QString& user
   sqlite3* side = openCatalogue(folder);
   bool dba = false;
   try {
+    sqliteExec(side, synchronous("CAT", flushing, "FULL"));
     SqliteStmt s(side, QStringLiteral("SELECT password, is_dba FROM CAT.users WHERE username = ?1"));
     s.bind(1, user);
     if (!s.step() || !Catalogue::checkPassword(password, s.text(0)))
@@ -117,20 +128,32 @@ std::shared_ptr<DbConnection> connect(const QString& folder, const QString& user
   }
   const QString schema = Catalogue::schemaFile(folder, user);
   if (!QFile::exists(schema))
-    makeSchemaFile(folder, user);
+    makeSchemaFile(folder, user, flushing);
   sqlite3* db = nullptr;
   try {
     db = openFile(schema, false);
     sqliteExec(db, QStringLiteral("ATTACH DATABASE ?1 AS CAT"), {folder + u'/' + Catalogue::FileName});
     sqliteExec(db,
                QStringLiteral("PRAGMA foreign_keys=ON; PRAGMA case_sensitive_like=ON; PRAGMA legacy_alter_table=ON; "
-                              "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA CAT.synchronous=NORMAL"));
-    return std::make_shared<LocalConnection>(LocalConnection::Logon{folder, user, dba}, db, side);
+                              "PRAGMA journal_mode=WAL;") +
+                   synchronous("main", flushing, "NORMAL") + synchronous("CAT", flushing, "NORMAL"));
+    return std::make_shared<LocalConnection>(LocalConnection::Logon{folder, user, dba, flushing == Flushing::On}, db,
+                                             side);
   } catch (const SqliteFailure& f) {
     sqlite3_close(db);
     sqlite3_close(side);
     throw OraError(1034, QStringLiteral("ORACLE not available (%1)").arg(f.message));
   }
+}
+
+void flushInstance(const QString& folder) {
+  QStringList paths;
+  for (const QString& file : QDir(folder).entryList(QDir::Files | QDir::Hidden))
+    paths << folder + u'/' + file;
+  paths << folder;
+  for (const QString& path : std::as_const(paths))
+    if (!flushToDisk(path))
+      throw OraError(1501, QStringLiteral("CREATE DATABASE failed: cannot write %1 to the disk").arg(path));
 }
 
 } // namespace LocalEngine
