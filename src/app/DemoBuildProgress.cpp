@@ -13,12 +13,12 @@
 void BuildDemoWithProgress(const QString& host, const DbEnvironment& env, QWidget* parent) {
   if (!host.startsWith(QStringLiteral("local:"), Qt::CaseInsensitive) || host.mid(6) != DemoInstance::Name)
     return;
-  const QString folder = LocalEngine::folderFor(DemoInstance::Name, env);
-  if (LocalEngine::instanceExists(folder))
+  if (!DemoInstance::needsBuild(env))
     return;
+  const QString folder = LocalEngine::folderFor(DemoInstance::Name, env);
 
-  QProgressDialog dialog(QStringLiteral("デモ用データベース（local:demo）を作成しています。\n初回だけ数秒かかります。"),
-                         QString(), 0, 100, parent);
+  const QString heading = QStringLiteral("デモ用データベース（local:demo）を作成しています。初回だけ数秒かかります。");
+  QProgressDialog dialog(heading, QString(), 0, 100, parent);
   dialog.setObjectName(QStringLiteral("DemoBuildProgress"));
   dialog.setWindowTitle(QStringLiteral("DBSWEEP"));
   dialog.setWindowModality(Qt::ApplicationModal);
@@ -31,7 +31,15 @@ void BuildDemoWithProgress(const QString& host, const DbEnvironment& env, QWidge
   QEventLoop loop;
   std::thread builder([&] {
     try {
-      DemoInstance::ensure(folder, DemoInstance::sourceFolder(env));
+      DemoInstance::ensure(folder, DemoInstance::sourceFolder(env), [&](int percent, const QString& step) {
+        QMetaObject::invokeMethod(
+            &dialog,
+            [&dialog, &heading, percent, step] {
+              dialog.setLabelText(heading + u'\n' + step);
+              dialog.setValue(percent);
+            },
+            Qt::QueuedConnection);
+      });
     } catch (const OraError&) {
       // The logon that follows meets the same failure and reports it.
     }

@@ -210,11 +210,11 @@ void FDBSWEEP::connectToolBar() {
   connect(m_tbar->defaultSize(), &QAction::triggered, this, &FDBSWEEP::cmdDefaultSize_Click);
   connect(m_tbar->residentOn(), &QAction::triggered, this, [this] {
     SetTrayAutoStart(QStringLiteral("ON"), *m_state.gRegistry, m_services.launcher, m_services.boxes,
-                     m_services.env.programFolder);
+                     m_services.env.db.programFolder);
   });
   connect(m_tbar->residentOff(), &QAction::triggered, this, [this] {
     SetTrayAutoStart(QStringLiteral("OFF"), *m_state.gRegistry, m_services.launcher, m_services.boxes,
-                     m_services.env.programFolder);
+                     m_services.env.db.programFolder);
   });
 }
 
@@ -244,13 +244,13 @@ void FDBSWEEP::load() {
   readOracleHome();
   readPrintFont();
   // Relative paths used anywhere later resolve against the program's own folder.
-  QDir::setCurrent(m_services.env.programFolder);
+  QDir::setCurrent(m_services.env.db.programFolder);
 
   FDBSWEEP_Spl splash(m_state, m_services, this);
   splash.exec();
 
   LoadNameMasters(m_state.gNameMasters, *m_state.gRegistry,
-                  {m_services.env.programFolder, m_services.env.settingsFolder});
+                  {m_services.env.db.programFolder, m_services.env.db.settingsFolder});
   m_cmdSearch->setEnabled(false);
   for (QPushButton* job : m_cmdJOB) {
     job->setVisible(true);

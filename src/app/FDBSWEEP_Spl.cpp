@@ -51,7 +51,7 @@ void FDBSWEEP_Spl::load() {
   m_version->setText(QStringLiteral("ﾊﾞｰｼﾞｮﾝ ") + ProgramVersionNumbers());
   m_timer->stop();
   clsREG& reg = *m_state.gRegistry;
-  const QString folder = m_services.env.programFolder;
+  const QString folder = m_services.env.db.programFolder;
   // "PATH" is written on every start, so only the very first start finds it missing.
   if (RegSetting(reg, QStringLiteral("R"), QStringLiteral("JVK"), QStringLiteral("PATH"), QStringLiteral("NONE")) ==
           u"NONE" &&

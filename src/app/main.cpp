@@ -30,8 +30,10 @@ int main(int argc, char* argv[]) {
   QtFileDialogs fileDialogs;
   QtPrintDialog printDialog;
   DesktopUrlOpener urlOpener;
-  const AppEnvironment appEnv{programFolder(), folders.config, env.value(QStringLiteral("TNS_ADMIN")),
-                              DbEnvironment::from(env)};
+  DbEnvironment dbEnv = DbEnvironment::from(env);
+  dbEnv.programFolder = programFolder();
+  dbEnv.settingsFolder = folders.config;
+  const AppEnvironment appEnv{env.value(QStringLiteral("TNS_ADMIN")), dbEnv};
   Services services{boxes, clock, launcher, fileDialogs, printDialog, urlOpener, appEnv};
 
   BDBSWEEP state;

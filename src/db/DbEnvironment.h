@@ -3,8 +3,6 @@
 #include <QProcessEnvironment>
 #include <QString>
 
-#include <functional>
-
 // Where the backends find their files: embedded instances live under
 // <dataFolder>/instances/NAME; the Oracle client library is looked for in oracleClientFolder,
 // programFolder, the system's search and <oracleHome>/lib.
@@ -21,9 +19,6 @@ struct DbEnvironment final {
   QString programFolder = {};
   // The settings folder: local:demo's name-master files are put there when missing.
   QString settingsFolder = {};
-  // Hears how building local:demo goes (percent, step), on the thread that logs on; see
-  // DemoInstance::ensure.
-  std::function<void(int percent, const QString& step)> demoProgress = {};
 
   // $DBSWEEP_DATA_DIR, else $XDG_DATA_HOME/dbsweep (~/.local/share/dbsweep); $DBSWEEP_DEMO_DIR;
   // $DBSWEEP_ORACLE_CLIENT, $ORACLE_HOME, $LD_LIBRARY_PATH; $DBSWEEP_FETCH_ROWS (1 to 100000).

@@ -16,7 +16,7 @@ std::shared_ptr<DbConnection> openBackend(const QString& host, const QString& us
     // A new user's first logon goes to the demo, so it appears the first time it is asked for.
     if (name == DemoInstance::Name) {
       const QString source = DemoInstance::sourceFolder(env);
-      DemoInstance::ensure(folder, source, env.demoProgress);
+      DemoInstance::ensure(folder, source);
       DemoInstance::provideNameMasterFiles(source, env.settingsFolder);
     }
     return LocalEngine::connect(folder, user, password);

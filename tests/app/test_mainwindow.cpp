@@ -36,10 +36,10 @@ namespace {
 
 // Work left pending as a delete leaves it: a row inserted in an open transaction, the rollback
 // and commit buttons enabled.
-void leavePendingWork(Start& s) {
-  s.state.gDatabase->ExecuteSQL("create table t (n number)");
+void leavePendingWork(Start& s, const QString& table) {
+  s.state.gDatabase->ExecuteSQL("create table " + table + " (n number)");
   s.state.gSession->BeginTrans();
-  s.state.gDatabase->ExecuteSQL("insert into t values (1)");
+  s.state.gDatabase->ExecuteSQL("insert into " + table + " values (1)");
   s.find<QPushButton>("cmdJOB_5")->setEnabled(true);
   s.find<QPushButton>("cmdJOB_6")->setEnabled(true);
 }
@@ -87,8 +87,8 @@ private Q_SLOTS:
       QCOMPARE(m.boxes.shown()[0].text, QString("常駐DBSWEEPを使用しますか"));
       QCOMPARE(m.boxes.shown()[0].buttons, MessageBoxes::Buttons::YesNo);
       QCOMPARE(m.launcher.launches().size(), 1);
-      QCOMPARE(m.launcher.launches()[0].program, m.env.programFolder + "/dbsweep-tray");
-      QCOMPARE(m.setting("PATH"), m.env.programFolder);
+      QCOMPARE(m.launcher.launches()[0].program, m.env.db.programFolder + "/dbsweep-tray");
+      QCOMPARE(m.setting("PATH"), m.env.db.programFolder);
       // The frame before any logon.
       QVERIFY(first.panel(1).startsWith("Ver."));
       QCOMPARE(first.panel(2), QString("ｵﾗｸﾙVer"));
@@ -133,11 +133,12 @@ private Q_SLOTS:
     m.boxes.expect(Answer::Ok);
     s.load();
     QCOMPARE(m.boxes.shown().size(), 2);
-    QCOMPARE(m.boxes.shown()[1].text, "常駐DBSWEEPが" + m.env.programFolder + "に見つからないため、常駐設定出来ません");
+    QCOMPARE(m.boxes.shown()[1].text,
+             "常駐DBSWEEPが" + m.env.db.programFolder + "に見つからないため、常駐設定出来ません");
     clsREG reg(m.registry, m.boxes);
     QVERIFY(!TrayAutoStartRegistered(reg));
     QVERIFY(menuEntry(*s.window, 5, 3)->isVisible());
-    QCOMPARE(m.setting("PATH"), m.env.programFolder);
+    QCOMPARE(m.setting("PATH"), m.env.db.programFolder);
   }
 
   void commandLineLogsOnWithThreeWords() {
@@ -266,7 +267,7 @@ private Q_SLOTS:
       // Logging on again: the rollback fails, the user reads why, and the logon dialog comes.
       Start s(m, "system manager " + host);
       s.load();
-      leavePendingWork(s);
+      leavePendingWork(s, "T1");
       killSession(m, s);
       m.boxes.expect(Answer::Yes);
       m.boxes.expect(Answer::Ok);
@@ -291,7 +292,7 @@ private Q_SLOTS:
       // Closing: the same message, then the window closes and keeps its geometry.
       Start s(m, "system manager " + host);
       s.load();
-      leavePendingWork(s);
+      leavePendingWork(s, "T2");
       killSession(m, s);
       m.boxes.expect(Answer::No);
       m.boxes.expect(Answer::Ok);
@@ -301,7 +302,10 @@ private Q_SLOTS:
     }
     // The work of the killed sessions is gone, none of it committed.
     OraDatabase system(LocalEngine::connect(m.dir.path() + "/inst", "system", "manager"));
-    QCOMPARE(system.CreateDynaset("select count(*) from t", 4)->Fields(0).toInt(), 0);
+    QCOMPARE(system.CreateDynaset("select (select count(*) from t1) + (select count(*) from t2) from dual", 4)
+                 ->Fields(0)
+                 .toInt(),
+             0);
   }
 
   void aRemovedInstanceFolderNeitherEndsTheProgramNorKeepsItOpen() {
@@ -309,7 +313,7 @@ private Q_SLOTS:
     m.setSetting("PATH", "x");
     Start s(m, "system manager " + m.instance());
     s.load();
-    leavePendingWork(s);
+    leavePendingWork(s, "T");
     QVERIFY(QDir(m.dir.path() + "/inst").removeRecursively());
     // Whatever the rollback meets, the dialog still comes, and the failed logon is reported.
     m.boxes.expect(Answer::Yes);

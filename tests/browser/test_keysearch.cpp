@@ -96,7 +96,7 @@ class TestKeySearch final : public QObject {
 
 private Q_SLOTS:
   void initTestCase() {
-    m.setSetting("PATH", m.env.programFolder);
+    m.setSetting("PATH", m.env.db.programFolder);
     auto system = LocalEngine::connect(Browser::folder(m), "system", "manager");
     for (const QString& user : {QString("shop"), QString("other")}) {
       system->execute("CREATE USER " + user + " IDENTIFIED BY pw");
@@ -106,8 +106,8 @@ private Q_SLOTS:
     for (const QString& sql : ShopSchema)
       shop->execute(sql);
     LocalEngine::connect(Browser::folder(m), "OTHER", "pw")->execute("create table ZAIKO (KOKYAKU_NO number(8))");
-    QVERIFY(QDir().mkpath(m.env.programFolder));
-    writeFile(m.env.programFolder + "/TBTBLM.dat", "MEISAI,明細\n");
+    QVERIFY(QDir().mkpath(m.env.db.programFolder));
+    writeFile(m.env.db.programFolder + "/TBTBLM.dat", "MEISAI,明細\n");
   }
 
   void keysGetFilterRowsThatBuildTheWhereClause() {

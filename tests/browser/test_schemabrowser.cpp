@@ -49,7 +49,7 @@ class TestSchemaBrowser final : public QObject {
 
 private Q_SLOTS:
   void initTestCase() {
-    m.setSetting("PATH", m.env.programFolder); // not a first start
+    m.setSetting("PATH", m.env.db.programFolder); // not a first start
     auto system = LocalEngine::connect(Browser::folder(m), "system", "manager");
     for (const QString& user : {QString("sales"), QString("empty"), QString("other")}) {
       system->execute("CREATE USER " + user + " IDENTIFIED BY pw");
@@ -60,11 +60,11 @@ private Q_SLOTS:
       sales->execute(sql);
     // Another owner's table holds the same columns and must never show.
     LocalEngine::connect(Browser::folder(m), "OTHER", "pw")->execute("create table KOKYAKU (KOKYAKU_NO number(8))");
-    QVERIFY(QDir().mkpath(m.env.programFolder));
+    QVERIFY(QDir().mkpath(m.env.db.programFolder));
     writeFile(
-        m.env.programFolder + "/TBTBLM.dat",
+        m.env.db.programFolder + "/TBTBLM.dat",
         "NYUKIN,入金\r\nSHUKKA,出荷\r\nV_KOKYAKU,顧客ビュー\r\nSEIKYU,請求（ファイル）\r\nKOKYAKU,顧客（ファイル）");
-    writeFile(m.env.programFolder + "/TBCLMM.dat", "RANK,ランク\nKINGAKU,金額\nKOKYAKU_NM,顧客名（ファイル）\n");
+    writeFile(m.env.db.programFolder + "/TBCLMM.dat", "RANK,ランク\nKINGAKU,金額\nKOKYAKU_NM,顧客名（ファイル）\n");
   }
 
   void cleanup() {

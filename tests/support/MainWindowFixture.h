@@ -22,8 +22,9 @@
 struct Machine {
   QTemporaryDir dir;
   PlatformRegistry registry{{dir.path() + "/config", dir.path() + "/autostart"}, {}};
-  FakeServiceSet fakes{
-      AppEnvironment{dir.path() + "/bin", dir.path() + "/config", QString(), DbEnvironment{dir.path() + "/data"}}};
+  FakeServiceSet fakes{AppEnvironment{QString(), DbEnvironment{.dataFolder = dir.path() + "/data",
+                                                               .programFolder = dir.path() + "/bin",
+                                                               .settingsFolder = dir.path() + "/config"}}};
   ScriptedMessageBoxes& boxes = fakes.boxes;
   ManualClock& clock = fakes.clock;
   RecordingLauncher& launcher = fakes.launcher;
