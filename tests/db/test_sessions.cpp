@@ -8,6 +8,7 @@
 
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QRegularExpression>
 
 #include <atomic>
 #include <functional>
@@ -160,6 +161,24 @@ private Q_SLOTS:
     QCOMPARE(rowsOf(*sales, "SELECT COUNT(*) FROM n"), QStringList({"300"}));
   }
 
+  void droppingAUserTakesItsSchemaOnlyWhenAsked() {
+    EngineFixture fx;
+    {
+      auto system = fx.open("system", "manager");
+      system->ExecuteSQL("create user temp identified by pw");
+      {
+        auto temp = fx.open("temp", "pw");
+        temp->ExecuteSQL("create table scratch (a number)");
+        QCOMPARE(errorOf([&] { system->ExecuteSQL("drop user temp cascade"); }), 1940);
+      }
+      QCOMPARE(errorOf([&] { system->ExecuteSQL("drop user temp"); }), 1922);
+      system->ExecuteSQL("drop user temp cascade");
+      QCOMPARE(rowsOf(*system, "select count(*) from all_objects where owner = 'TEMP'"), QStringList({"0"}));
+      QCOMPARE(errorOf([&] { fx.open("temp", "pw"); }), 1017);
+      QCOMPARE(errorOf([&] { system->ExecuteSQL("drop user temp"); }), 1918);
+    }
+  }
+
   void logonAndConnectOracle() {
     EngineFixture fx;
     QCOMPARE(errorOf([&] { fx.open("sales", "wrong"); }), 1017);
@@ -177,8 +196,9 @@ private Q_SLOTS:
     QVERIFY(ConnectOracle(state, boxes, env));
     QCOMPARE(state.gLogonCaption, "User:sales\r\nHost:local:" + fx.folder);
     QVERIFY(!state.gWindowsUser.isEmpty());
-    QCOMPARE(state.gDatabase->RDBMSVersion(), QString("19.0.0.0.0"));
-    QVERIFY(state.gSession->OipVersionNumber().startsWith("3.5.5"));
+    // Versions in Oracle's dotted form, as the status bar shows them.
+    QVERIFY(QRegularExpression(R"(^\d+(\.\d+){4}$)").match(state.gDatabase->RDBMSVersion()).hasMatch());
+    QVERIFY(QRegularExpression(R"(^\d+\.\d+\.\d+)").match(state.gSession->OipVersionNumber()).hasMatch());
     const auto first = state.gDatabase;
 
     // A wrong password: the caption already shows the attempt, the box says the session could
@@ -195,22 +215,6 @@ private Q_SLOTS:
     QCOMPARE(state.gDatabase, first);
     QVERIFY(state.gWindowsUser.isEmpty());
     QCOMPARE(rowsOf(*state.gDatabase, "select user from dual"), QStringList({"SALES"}));
-
-    // Dropping a user takes its schema with it, but only when asked to.
-    {
-      auto system = fx.open("system", "manager");
-      system->ExecuteSQL("create user temp identified by pw");
-      {
-        auto temp = fx.open("temp", "pw");
-        temp->ExecuteSQL("create table scratch (a number)");
-        QCOMPARE(errorOf([&] { system->ExecuteSQL("drop user temp cascade"); }), 1940);
-      }
-      QCOMPARE(errorOf([&] { system->ExecuteSQL("drop user temp"); }), 1922);
-      system->ExecuteSQL("drop user temp cascade");
-      QCOMPARE(rowsOf(*system, "select count(*) from all_objects where owner = 'TEMP'"), QStringList({"0"}));
-      QCOMPARE(errorOf([&] { fx.open("temp", "pw"); }), 1017);
-      QCOMPARE(errorOf([&] { system->ExecuteSQL("drop user temp"); }), 1918);
-    }
 
     // Named instances live under the data folder.
     LocalEngine::createInstance(LocalEngine::folderFor("named", env), "pw");
