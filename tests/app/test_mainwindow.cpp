@@ -12,6 +12,7 @@
 #include "services/AppEnvironment.h"
 #include "services/Services.h"
 #include "settings/RegSetting.h"
+#include "widgets/FlexGrid.h"
 #include "widgets/StatusPanel.h"
 #include "widgets/Twips.h"
 
@@ -22,6 +23,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -363,6 +365,33 @@ private Q_SLOTS:
     QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
     QCOMPARE(behind.value(0), QString("User:scott\nHost:local:nowhere"));
     m.boxes.whileShown({});
+  }
+
+  void theFirstLogonToTheDemoShowsItsProgress() {
+    Machine m;
+    m.setSetting("PATH", "x");
+    m.env.db.demoFolder = DEMO_DIR;
+    Start s(m, "QUIL QTJL local:demo");
+    // What the user sees while the demo is built: the dialog, its text, a bar that moves.
+    int highest = -1;
+    QString label;
+    QTimer look;
+    look.setInterval(10);
+    connect(&look, &QTimer::timeout, this, [&] {
+      for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* dialog = qobject_cast<QProgressDialog*>(w); dialog && dialog->isVisible()) {
+          highest = std::max(highest, dialog->value());
+          label = dialog->labelText();
+        }
+    });
+    look.start();
+    s.load();
+    look.stop();
+    QVERIFY(highest > 0);
+    QVERIFY2(label.startsWith("デモ用データベース（local:demo）を作成しています。"), qPrintable(label));
+    QVERIFY(s.state.gDatabase);
+    QCOMPARE(s.find<FlexGrid>("grdTable")->TextMatrix(4, 0), QString("KOKYAKU"));
+    QVERIFY(m.boxes.shown().isEmpty());
   }
 
   void aFailingSettingsReadInTheClockTickShowsOneBox() {
