@@ -30,6 +30,7 @@
 #include <QTimer>
 #include <QToolButton>
 
+#include <functional>
 #include <stdexcept>
 
 using Answer = MessageBoxes::Answer;
@@ -56,6 +57,19 @@ void killSession(Machine& m, Start& s) {
                           .toString();
   OraDatabase system(LocalEngine::connect(m.dir.path() + "/inst", "system", "manager"));
   system.ExecuteSQL("alter system kill session '" + own + "'");
+}
+
+// Clicks 接続 and lets act answer the logon dialog it opens; false when no dialog came.
+bool logOnThroughDialog(QObject* context, Start& s, const std::function<void(FORA_Logon&)>& act) {
+  bool shown = false;
+  QTimer::singleShot(0, context, [&] {
+    if (auto* dialog = qobject_cast<FORA_Logon*>(QApplication::activeModalWidget())) {
+      shown = true;
+      act(*dialog);
+    }
+  });
+  QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
+  return shown;
 }
 
 // A settings store whose every call fails in a way nobody planned for.
@@ -238,15 +252,7 @@ private Q_SLOTS:
 
     // No commits, then the logon dialog opens on a released session; cancelling it keeps the host.
     m.boxes.expect(Answer::No);
-    bool dialogShown = false;
-    QTimer::singleShot(0, this, [&] {
-      auto* dialog = qobject_cast<FORA_Logon*>(QApplication::activeModalWidget());
-      dialogShown = dialog != nullptr;
-      if (dialog)
-        dialog->reject();
-    });
-    QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
-    QVERIFY(dialogShown);
+    QVERIFY(logOnThroughDialog(this, s, [](FORA_Logon& dialog) { dialog.reject(); }));
     QVERIFY(!s.state.gSession);
     QVERIFY(!rollback->isEnabled() && !commit->isEnabled());
     QCOMPARE(s.state.gHost, m.instance());
@@ -274,15 +280,7 @@ private Q_SLOTS:
       m.boxes.expect(Answer::Yes);
       m.boxes.expect(Answer::Ok);
       m.boxes.expect(Answer::Ok); // the catalogue of the dead session cannot be read
-      bool dialogShown = false;
-      QTimer::singleShot(0, this, [&] {
-        auto* dialog = qobject_cast<FORA_Logon*>(QApplication::activeModalWidget());
-        dialogShown = dialog != nullptr;
-        if (dialog)
-          dialog->reject();
-      });
-      QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
-      QVERIFY(dialogShown);
+      QVERIFY(logOnThroughDialog(this, s, [](FORA_Logon& dialog) { dialog.reject(); }));
       QCOMPARE(m.boxes.shown().size(), 3);
       QCOMPARE(m.boxes.shown()[1].text, killed);
       QCOMPARE(m.boxes.shown()[1].title, QString("エラー"));
@@ -326,11 +324,7 @@ private Q_SLOTS:
       else
         shownBefore = int(m.boxes.shown().size());
     });
-    QTimer::singleShot(0, this, [&] {
-      if (auto* dialog = qobject_cast<FORA_Logon*>(QApplication::activeModalWidget()))
-        dialog->findChild<QPushButton*>("cmdOK")->click();
-    });
-    QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
+    logOnThroughDialog(this, s, [](FORA_Logon& dialog) { dialog.findChild<QPushButton*>("cmdOK")->click(); });
     QVERIFY(shownBefore > 0);
     QVERIFY(m.boxes.shown().size() > shownBefore);
     QCOMPARE(m.boxes.shown()[shownBefore].text, QString("オラクルセッションが確立できません。"));
@@ -355,14 +349,11 @@ private Q_SLOTS:
     m.boxes.expect(Answer::Ok);
     m.boxes.expect(Answer::Ok);
     m.boxes.expect(Answer::Ok);
-    QTimer::singleShot(0, this, [&] {
-      if (auto* dialog = qobject_cast<FORA_Logon*>(QApplication::activeModalWidget())) {
-        dialog->findChild<QLineEdit*>("txtUID")->setText("scott");
-        dialog->findChild<QComboBox*>("cmbHost")->setEditText("local:nowhere");
-        dialog->findChild<QPushButton*>("cmdOK")->click();
-      }
+    logOnThroughDialog(this, s, [](FORA_Logon& dialog) {
+      dialog.findChild<QLineEdit*>("txtUID")->setText("scott");
+      dialog.findChild<QComboBox*>("cmbHost")->setEditText("local:nowhere");
+      dialog.findChild<QPushButton*>("cmdOK")->click();
     });
-    QTest::mouseClick(s.find<QPushButton>("CmdLogon"), Qt::LeftButton);
     QCOMPARE(behind.value(0), QString("User:scott\nHost:local:nowhere"));
     m.boxes.whileShown({});
   }
