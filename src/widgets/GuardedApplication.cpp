@@ -1,7 +1,7 @@
 #include "widgets/GuardedApplication.h"
 
 #include "db/OraError.h"
-#include "services/MessageBoxes.h"
+#include "services/OraErrorBox.h"
 
 #include <QDebug>
 
@@ -13,7 +13,7 @@ bool GuardedApplication::notify(QObject* receiver, QEvent* event) {
   } catch (const OraError& e) {
     qWarning().noquote() << "dbsweep:" << e.message();
     if (m_boxes)
-      m_boxes->show(e.message(), QStringLiteral("エラー"), MessageBoxes::Buttons::Ok, MessageBoxes::Icon::Critical);
+      ShowOraError(*m_boxes, e);
     return false;
   }
 }

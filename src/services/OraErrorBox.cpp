@@ -1,4 +1,4 @@
-#include "app/OraErrorBox.h"
+#include "services/OraErrorBox.h"
 
 #include "db/OraError.h"
 #include "services/MessageBoxes.h"
