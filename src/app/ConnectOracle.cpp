@@ -24,7 +24,7 @@ bool OpenOraDatabase(BDBSWEEP& state, const DbEnvironment& env) {
 bool ConnectOracle(BDBSWEEP& state, MessageBoxes& boxes, const DbEnvironment& env, const LogonHooks& hooks) {
   state.gLogonCaption = QStringLiteral("User:") + state.gUser + QStringLiteral("\r\nHost:") + state.gHost;
   if (hooks.showCaption)
-    hooks.showCaption(state.gLogonCaption);
+    hooks.showCaption();
   if (hooks.beforeOpen)
     hooks.beforeOpen();
   if (OpenOraDatabase(state, env)) {

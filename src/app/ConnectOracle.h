@@ -3,7 +3,6 @@
 #include <functional>
 
 class MessageBoxes;
-class QString;
 struct BDBSWEEP;
 struct DbEnvironment;
 
@@ -11,12 +10,12 @@ struct DbEnvironment;
 // shown and the previous gDatabase stays in place.
 bool OpenOraDatabase(BDBSWEEP& state, const DbEnvironment& env);
 
-// What a window does around a logon attempt. showCaption gets the attempted user and host
-// before anything can fail, so they are on screen while a failure is reported; beforeOpen runs
+// What a window does around a logon attempt. showCaption puts gLogonCaption, the attempted
+// user and host, on screen before anything can fail, so they are on screen while a failure is reported; beforeOpen runs
 // just before the session opens (the main window builds a missing demo instance there, with
 // its progress shown).
 struct LogonHooks final {
-  std::function<void(const QString& caption)> showCaption;
+  std::function<void()> showCaption;
   std::function<void()> beforeOpen;
 };
 

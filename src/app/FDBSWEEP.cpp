@@ -317,7 +317,7 @@ void FDBSWEEP::showLogonCaption() {
 }
 
 LogonHooks FDBSWEEP::logonHooks() {
-  return {[this](const QString&) {
+  return {[this] {
             showLogonCaption();
             // Painted now: the failure message that may follow is modal, and the user should
             // read the attempted user and host behind it.

@@ -10,7 +10,6 @@
 #include "services/UrlOpener.h"
 
 #include <QList>
-#include <QQueue>
 #include <QTest>
 
 // A clock the test sets by hand.
@@ -55,51 +54,23 @@ private:
   bool m_succeeds = true;
 };
 
-// Answers file and folder questions from queues; a question nobody scripted fails the test and
-// is answered as a cancel.
-class ScriptedFileDialogs final : public FileDialogs {
+// The file dialogs, the print dialog and the document opener, which no window under test should
+// reach for: a call fails the test and is answered as a cancel.
+class UnexpectedDesktop final : public FileDialogs, public PrintDialog, public UrlOpener {
 public:
-  QString openFileName(const QString& title, const QString&, const QString&) override { return next(title); }
-  QString BrowseForFolder(const QString& title, const QString&) override { return next(title); }
-  void expect(const QString& answer) { m_answers.enqueue(answer); }
-
-private:
-  QString next(const QString& title) {
-    if (m_answers.isEmpty()) {
-      QTest::qFail(qPrintable(QStringLiteral("unexpected file dialog \"%1\"").arg(title)), __FILE__, __LINE__);
-      return QString();
-    }
-    return m_answers.dequeue();
-  }
-  QQueue<QString> m_answers;
-};
-
-// The print dialog with a scripted answer: cancelled unless a choice was set.
-class ScriptedPrintDialog final : public PrintDialog {
-public:
+  QString openFileName(const QString& title, const QString&, const QString&) override { return fail(title); }
+  QString BrowseForFolder(const QString& title, const QString&) override { return fail(title); }
   std::optional<Choice> ask() override {
-    ++m_asked;
-    return m_choice;
+    fail(QStringLiteral("print"));
+    return std::nullopt;
   }
-  void setChoice(std::optional<Choice> choice) { m_choice = std::move(choice); }
-  int asked() const { return m_asked; }
+  bool open(const QUrl& url) override { return !fail(url.toString()).isNull(); }
 
 private:
-  std::optional<Choice> m_choice;
-  int m_asked = 0;
-};
-
-// Records what it is asked to open.
-class RecordingUrlOpener final : public UrlOpener {
-public:
-  bool open(const QUrl& url) override {
-    m_opened.append(url);
-    return true;
+  static QString fail(const QString& what) {
+    QTest::qFail(qPrintable(QStringLiteral("unexpected desktop dialog \"%1\"").arg(what)), __FILE__, __LINE__);
+    return QString();
   }
-  const QList<QUrl>& opened() const { return m_opened; }
-
-private:
-  QList<QUrl> m_opened;
 };
 
 // Every service a window needs, scripted, with the folders of env.
@@ -108,9 +79,7 @@ struct FakeServiceSet {
   ScriptedMessageBoxes boxes;
   ManualClock clock;
   RecordingLauncher launcher;
-  ScriptedFileDialogs fileDialogs;
-  ScriptedPrintDialog printDialog;
-  RecordingUrlOpener urlOpener;
+  UnexpectedDesktop desktop;
   AppEnvironment env;
-  Services services{boxes, clock, launcher, fileDialogs, printDialog, urlOpener, env};
+  Services services{boxes, clock, launcher, desktop, desktop, desktop, env};
 };
