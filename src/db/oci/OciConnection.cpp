@@ -34,7 +34,7 @@ ub2 OciStatement::type() const { return attribute<ub2>(ATTR_STMT_TYPE); }
 
 void OciStatement::execute(ub4 iters) {
   m_connection.checkAlive();
-  const ub4 mode = iters == 0 || m_connection.inTransaction() ? DEFAULT : COMMIT_ON_SUCCESS;
+  const ub4 mode = m_connection.inTransaction() || type() == STMT_SELECT ? DEFAULT : COMMIT_ON_SUCCESS;
   const OciConnection::Call call(m_connection);
   m_connection.check(m_connection.api().StmtExecute(m_connection.service(), m_handle, m_connection.errors(), iters, 0,
                                                     nullptr, nullptr, mode));

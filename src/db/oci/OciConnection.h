@@ -22,9 +22,10 @@ public:
 
   oci::OCIStmt* handle() const { return m_handle; }
   oci::ub2 type() const;
-  // Runs it: iters 0 for a query (rows come by fetching), 1 for anything else. Outside an
-  // explicit transaction a statement other than a query commits on success (a query must not:
-  // committing would end a SELECT … FOR UPDATE before its rows are fetched).
+  // Runs it: a query brings its first iters rows with the execute (0: all come by fetching);
+  // anything else runs for iters 1. Outside an explicit transaction a statement other than a
+  // query commits on success (a query must not: committing would end a SELECT … FOR UPDATE
+  // before its rows are fetched, its own or that of another dynaset still open).
   void execute(oci::ub4 iters);
   qint64 rowCount() const;
   template <typename T> T attribute(oci::ub4 attr) const;

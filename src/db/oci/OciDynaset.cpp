@@ -221,7 +221,7 @@ void OciDynaset::finish() {
   m_statement.reset(); // gives the cursor back to the server
 }
 
-void OciDynaset::fetchBatch(bool keep) {
+void OciDynaset::fetchBatch() {
   const OciConnection::Call call(*m_connection);
   const sword status = m_connection->api().StmtFetch2(m_statement->handle(), m_connection->errors(), ub4(m_batchRows),
                                                       FETCH_NEXT, 0, DEFAULT);
@@ -229,30 +229,26 @@ void OciDynaset::fetchBatch(bool keep) {
   // The rows before an error, and those of the last batch that comes with OCI_NO_DATA, are in
   // the buffers all the same.
   const ub4 fetched = m_connection->lost() ? 0 : m_statement->attribute<ub4>(ATTR_ROWS_FETCHED);
-  if (keep) {
-    if ((m_options & NoCache) && !m_rows.empty()) {
-      m_first += qint64(m_rows.size());
-      m_rows.clear();
-    }
-    try {
-      for (ub4 r = 0; r < fetched; ++r) {
-        QVariantList row;
-        row.reserve(qsizetype(m_columns.size()));
-        for (const Column& c : m_columns) {
-          // A LONG beyond its buffer would read as a different value: the rows stop there.
-          if ((c.defineType == SQLT_LNG || c.defineType == SQLT_LBI) && c.codes[r] == 1406)
-            throw OraError(1406, QStringLiteral("fetched column value was truncated (LONG values are read up to %1 "
-                                                "bytes)")
-                                     .arg(c.capacity));
-          row << value(c, int(r));
-        }
-        m_rows.push_back(std::move(row));
+  if ((m_options & NoCache) && !m_rows.empty()) {
+    m_first += qint64(m_rows.size());
+    m_rows.clear();
+  }
+  try {
+    for (ub4 r = 0; r < fetched; ++r) {
+      QVariantList row;
+      row.reserve(qsizetype(m_columns.size()));
+      for (const Column& c : m_columns) {
+        // A LONG beyond its buffer would read as a different value: the rows stop there.
+        if ((c.defineType == SQLT_LNG || c.defineType == SQLT_LBI) && c.codes[r] == 1406)
+          throw OraError(1406, QStringLiteral("fetched column value was truncated (LONG values are read up to %1 "
+                                              "bytes)")
+                                   .arg(c.capacity));
+        row << value(c, int(r));
       }
-    } catch (const OraError& e) {
-      error = e;
+      m_rows.push_back(std::move(row));
     }
-  } else {
-    m_count += fetched;
+  } catch (const OraError& e) {
+    error = e;
   }
   if (error || status == NO_DATA)
     finish();
@@ -262,9 +258,7 @@ void OciDynaset::fetchBatch(bool keep) {
 
 bool OciDynaset::fetchTo(qint64 row) {
   while (!m_done && row >= m_first + qint64(m_rows.size()))
-    fetchBatch(true);
-  if (m_drained >= 0 && row >= m_drained && row < m_count)
-    throw OutOfSequence;
+    fetchBatch();
   const bool there = row >= m_first && row < m_first + qint64(m_rows.size());
   if (!there && m_fetchError)
     throw *m_fetchError;
@@ -278,21 +272,28 @@ const QVariantList& OciDynaset::current() {
   return m_rows[size_t(m_pos - m_first)];
 }
 
+qint64 OciDynaset::countOnServer() {
+  // The execute brings the single row with it: one round trip. The dynaset's own cursor is
+  // another statement and stays where it is.
+  OciStatement count(*m_connection, QStringLiteral("SELECT COUNT(*) FROM (%1)").arg(m_sql));
+  char digits[64] = {};
+  ub4 length = 0;
+  OCIDefine* define = nullptr;
+  m_connection->check(m_connection->api().DefineByPos2(count.handle(), &define, m_connection->errors(), 1, digits,
+                                                       sizeof digits, SQLT_CHR, nullptr, &length, nullptr, DEFAULT));
+  count.execute(1);
+  return OciText::number(QByteArrayView(digits, std::min<qsizetype>(length, sizeof digits))).toLongLong();
+}
+
 qint64 OciDynaset::RecordCount() {
   m_connection->checkAlive();
-  if (m_count >= 0 && m_done)
+  if (m_count >= 0)
     return m_count;
   if (m_closed)
     throw OutOfSequence;
-  if (m_options & NoCache) {
-    // Count what is left without keeping it; the current row stays readable.
-    fetchTo(m_pos);
-    m_drained = m_first + qint64(m_rows.size());
-    m_count = m_drained;
-    while (!m_done)
-      fetchBatch(false);
-    if (m_fetchError)
-      throw *m_fetchError;
+  if ((m_options & NoCache) && !m_done) {
+    // Reading to the end would cost a round trip per batch and drop the rows on the way.
+    m_count = countOnServer();
     return m_count;
   }
   fetchTo(std::numeric_limits<qint64>::max());
@@ -314,8 +315,6 @@ bool OciDynaset::IsEOF() {
   m_connection->checkAlive();
   if (m_closed)
     return true;
-  if (m_drained >= 0 && m_pos >= m_drained)
-    return m_pos >= m_count;
   return !fetchTo(m_pos); // a failed fetch raises its error rather than look like the end
 }
 

@@ -8,10 +8,13 @@
 #include <vector>
 
 // The rows of a query on an Oracle server, fetched in arrays as they are needed. Read-only and
-// updatable dynasets keep the rows fetched; a no-cache one keeps only the current batch, and
-// counts by reading to the end without keeping the rows, after which only its current row can
-// still be read. An updatable dynaset reads each row's ROWID beside it, so Delete removes
-// exactly that row.
+// updatable dynasets keep the rows fetched, and count by reading to the end. A no-cache one
+// keeps only the current batch, and counts with a SELECT COUNT(*) over its query in one round
+// trip, unless it has already read to the end: its own cursor does not move, so the current row
+// and those after it read as before. That count is taken when it is asked for, so it can differ
+// from the rows the cursor brings (which are the data as it was at the open) when the data
+// changes in between.
+// An updatable dynaset reads each row's ROWID beside it, so Delete removes exactly that row.
 class OciDynaset final : public OraDynaset {
 public:
   static std::unique_ptr<OciDynaset> open(std::shared_ptr<OciConnection> connection, const QString& sql, int options);
@@ -46,8 +49,10 @@ private:
   void start(const QString& sql, bool withRowid);
   void describe();
   void define();
-  // One round trip: keeps the rows it brings, or only counts them.
-  void fetchBatch(bool keep);
+  // One round trip: the next batch of rows (a no-cache dynaset lets the previous one go).
+  void fetchBatch();
+  // The rows of the whole query as the server counts them, without reading them.
+  qint64 countOnServer();
   QVariant value(const Column& column, int row);
   QVariant lobValue(const Column& column, int row);
   void releaseLocators();
@@ -65,8 +70,7 @@ private:
   std::vector<QVariantList> m_rows;
   qint64 m_first = 0; // row number of m_rows[0]
   qint64 m_pos = 0;
-  qint64 m_count = -1;
-  qint64 m_drained = -1; // first row no longer readable once a no-cache count read past it
+  qint64 m_count = -1; // once known
   bool m_done = false;
   bool m_closed = false;
   std::optional<OraError> m_fetchError;   // the error that ended the rows early

@@ -47,6 +47,14 @@ OciDoubleAnswer numbers(int n) {
   return a;
 }
 
+// The one-row answer of a SELECT COUNT(*).
+OciDoubleAnswer counted(int n) {
+  OciDoubleAnswer a;
+  a.columns = {column("COUNT(*)", Number, 22)};
+  a.rows = {{std::to_string(n)}};
+  return a;
+}
+
 // True when the lines appear in the log in this order (others may come between them).
 bool inOrder(const std::vector<std::string>& log, const std::vector<std::string>& lines) {
   auto at = log.begin();
@@ -246,22 +254,45 @@ private Q_SLOTS:
     QCOMPARE(errorOf([&] { rows->RecordCount(); }), 1722);
   }
 
-  void aNoCacheCountKeepsNoRows() {
+  void aNoCacheCountAsksTheServerAndLeavesTheRowsToRead() {
     OciConnection::Options options;
     options.fetchRows = 2;
     auto connection = logOn(options);
     answer("SELECT N FROM BIG", numbers(5));
+    const std::string count = "SELECT COUNT(*) FROM (SELECT N FROM BIG)";
+    answer(count, counted(5));
     auto rows = connection->query(QStringLiteral("SELECT N FROM BIG"), OraDynaset::NoCache);
-    QCOMPARE(rows->Fields(0), QVariant(1));
-    QCOMPARE(rows->RecordCount(), 5);
-    QCOMPARE(rows->RecordCount(), 5);
-    QVERIFY(inOrder(logFrom(0), {"fetch 2 -> 2", "fetch 2 -> 2", "fetch 2 -> 1"}));
-    QCOMPARE(rows->Fields(0), QVariant(1));
     rows->MoveNext();
-    rows->MoveNext();
-    // The rows were counted, not kept: reading one now is an error, never a wrong value.
-    QVERIFY(!rows->IsEOF());
-    QCOMPARE(errorOf([&] { rows->Fields(0); }), 1002);
+    QCOMPARE(rows->Fields(0), QVariant(2));
+    size_t mark = server().log.size();
+    QCOMPARE(rows->RecordCount(), 5);
+    // One execute brings the count (no commit: it would end a SELECT … FOR UPDATE), where
+    // reading the rest of the rows would have taken two more fetches.
+    auto log = logFrom(mark);
+    QVERIFY(logHas(log, "execute " + count));
+    QCOMPARE(std::count_if(log.begin(), log.end(), [](const std::string& l) { return l.starts_with("execute"); }), 1);
+    QVERIFY(std::none_of(log.begin(), log.end(), [](const std::string& l) { return l.starts_with("fetch"); }));
+    mark = server().log.size();
+    QCOMPARE(rows->RecordCount(), 5);
+    QVERIFY(logFrom(mark).empty());
+    QCOMPARE(column0(*rows), (QVariantList{2, 3, 4, 5}));
+    QVERIFY(inOrder(logFrom(mark), {"fetch 2 -> 2", "fetch 2 -> 1"}));
+
+    // Read to the end, the dynaset knows its count without asking.
+    auto read = connection->query(QStringLiteral("SELECT N FROM BIG"), OraDynaset::NoCache);
+    QCOMPARE(column0(*read).size(), 5);
+    mark = server().log.size();
+    QCOMPARE(read->RecordCount(), 5);
+    QVERIFY(logFrom(mark).empty());
+
+    // The count's errors are the server's, a lost session's included.
+    answer(count, failing(942, "table or view does not exist"));
+    auto denied = connection->query(QStringLiteral("SELECT N FROM BIG"), OraDynaset::NoCache);
+    QCOMPARE(errorOf([&] { denied->RecordCount(); }), 942);
+    QCOMPARE(denied->Fields(0), QVariant(1));
+    answer(count, failing(3113, "end-of-file on communication channel"));
+    QCOMPARE(errorOf([&] { denied->RecordCount(); }), 3113);
+    QCOMPARE(errorOf([&] { denied->Fields(0); }), 3114);
   }
 
   void statementsCommitOutsideATransactionOnly() {
