@@ -13,6 +13,7 @@
 #include "db/OraSession.h"
 #include "filter/FilterPanel.h"
 #include "jobs/PendingTransaction.h"
+#include "jobs/ResultList.h"
 #include "launcher/TrayAutoStart.h"
 #include "platform/DateTimeSettings.h"
 #include "printing/clsPrinter.h"
@@ -143,6 +144,7 @@ void FDBSWEEP::buildGrids(QWidget* central) {
   m_grdFIELD = grid(QStringLiteral("grdFIELD"), 5);
   m_grdKey = grid(QStringLiteral("grdKey"), 9);
   m_grdCount = grid(QStringLiteral("grdCount"), 1);
+  m_results = new ResultList(m_grdCount);
   m_lstTable = new QListWidget(central);
   m_lstTable->setObjectName(QStringLiteral("lstTable"));
   m_lstTable->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -167,8 +169,10 @@ void FDBSWEEP::buildFilterAndButtons(QWidget* central) {
   for (int i = 0; i < 3; ++i)
     m_cmdAND[size_t(i)] = button(central, QStringLiteral("cmdAND_%1").arg(i), andCaptions[i]);
   const QList<QAction*>& jobs = m_tbar->jobs();
-  for (int i = 0; i < 7; ++i)
+  for (int i = 0; i < 7; ++i) {
     m_cmdJOB[size_t(i)] = button(central, QStringLiteral("cmdJOB_%1").arg(i), jobs[i]->text());
+    connect(m_cmdJOB[size_t(i)], &QPushButton::clicked, this, [this, i] { cmdJOB_Click(i); });
+  }
   m_cmdOpt = button(central, QStringLiteral("cmdOpt"), QStringLiteral("ｵﾌﾟｼｮﾝ"));
   m_cmdPrint = button(central, QStringLiteral("cmdPrint"), QStringLiteral("結果印刷"));
   m_cmdVer = button(central, QStringLiteral("cmdVer"), QStringLiteral("バージョン"));
@@ -198,6 +202,8 @@ void FDBSWEEP::buildStatusBar() {
   connect(m_panels[1], &StatusPanel::Click, this, &FDBSWEEP::showVersionMessage);
   connect(m_panels[1], &StatusPanel::DblClick, this, &FDBSWEEP::showVersionMessage);
   connect(m_panels[3], &StatusPanel::Click, this, [this] { m_panels[3]->setText(m_state.gLastSql); });
+  connect(m_panels[3], &StatusPanel::DblClick, this, &FDBSWEEP::showLastSql);
+  connect(m_results, &ResultList::lineClicked, m_panels[3], &StatusPanel::setText);
   connect(m_panels[4], &StatusPanel::Click, this, &FDBSWEEP::openDateTimeSettings);
   connect(m_panels[4], &StatusPanel::DblClick, this, &FDBSWEEP::openDateTimeSettings);
 }

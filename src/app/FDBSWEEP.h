@@ -4,8 +4,10 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 
 class BrowserGrids;
+class HourGlass;
 class clsPrinter;
 class FilterPanel;
 class FlexGrid;
@@ -17,8 +19,11 @@ class QLineEdit;
 class QListWidget;
 class QPushButton;
 class QTimer;
+class ResultList;
 class StatusPanel;
 struct BDBSWEEP;
+struct JobFilterRow;
+struct JobPlan;
 struct LogonHooks;
 struct Services;
 
@@ -49,6 +54,10 @@ public:
   clsPrinter& printer() { return *m_printer; }
   // Empties the result list down to its heading.
   void lstCountClear();
+  // Appends a line to the result list, coloured by its two-letter code.
+  void lstCountAddItem(const QString& text, const QString& code);
+  // The job buttons: count, delete, data, drop, file output, rollback, commit.
+  void cmdJOB_Click(int index);
 
   // The WHERE clause of the filter rows (" where …"), "" when no row filters.
   QString fWhere();
@@ -58,6 +67,10 @@ public:
   void SearchTablesByKeys();
   // Fills the target list with the tables holding the column name.
   void SearchTablesByColumn(const QString& name);
+
+Q_SIGNALS:
+  // The data button chose a table and a query for the data viewer.
+  void dataViewerRequested();
 
 protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -93,6 +106,12 @@ private:
   void searchTables(const QStringList& columns);
   void fillTargets(const QString& sql);
   void updateJobButtons();
+  // What the job buttons work on, read from the controls once per press.
+  JobPlan takePlan();
+  QList<JobFilterRow> filterRows();
+  QString countColumn();
+  void showDataOf(const JobPlan& plan, std::optional<HourGlass>& wait);
+  void showLastSql();
   void selectAllTargets(bool selected);
   void appendDroppedName();
 
@@ -116,6 +135,7 @@ private:
   FlexGrid* m_grdFIELD = nullptr;
   FlexGrid* m_grdKey = nullptr;
   FlexGrid* m_grdCount = nullptr;
+  ResultList* m_results = nullptr;
   QListWidget* m_lstTable = nullptr;
   FilterPanel* m_frmWhere = nullptr;
   QPushButton* m_cmdKey = nullptr;
@@ -136,6 +156,7 @@ private:
   QTimer* m_timer1 = nullptr;
   std::unique_ptr<clsPrinter> m_printer;
   bool m_ticking = false;
+  bool m_jobRunning = false;
 
   // Layout values in twips, taken at design size before the stored geometry applies.
   int m_designWidth = 0;

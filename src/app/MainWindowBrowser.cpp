@@ -10,6 +10,8 @@
 #include "common/BDBSWEEP.h"
 #include "filter/FilterPanel.h"
 #include "filter/RowFilter.h"
+#include "jobs/JobPlan.h"
+#include "jobs/ResultList.h"
 #include "services/MessageBoxes.h"
 #include "services/Services.h"
 #include "viewers/FDBSWEEP_DT.h"
@@ -61,6 +63,8 @@ void FDBSWEEP::connectBrowser() {
       m_popPop->open(m_lstTable, true, m_lstTable->viewport()->mapToGlobal(pos));
   });
   connect(m_popPop, &PopPop::selectAll, this, &FDBSWEEP::selectAllTargets);
+  connect(m_results, &ResultList::menuRequested, this,
+          [this](const QPoint& pos) { m_popPop->open(m_grdCount, false, pos); });
 
   connect(m_cmdAND[0], &QPushButton::clicked, m_txtAddWhere, &QLineEdit::clear);
   connect(m_cmdAND[1], &QPushButton::clicked, this,
@@ -157,14 +161,6 @@ void FDBSWEEP::LoadColumnCatalogue() {
   ShowIdsOrNames(*m_grdFIELD, 1, m_state.gColumns, m_chkFldNM->isChecked());
 }
 
-void FDBSWEEP::lstCountClear() {
-  m_grdCount->setRows(1);
-  m_grdCount->setRow(0);
-  m_grdCount->setCol(0);
-  m_grdCount->setTextMatrix(0, 0, QStringLiteral("処理結果"));
-  m_grdCount->setCellAlignment(0, 0, Qt::AlignCenter);
-}
-
 void FDBSWEEP::disableTableJobs() {
   for (int i = 0; i <= 4; ++i)
     m_cmdJOB[size_t(i)]->setEnabled(false);
@@ -234,19 +230,20 @@ void FDBSWEEP::cmdBack_Click() {
   m_frmWhere->hideRow(m_grdKey->Rows() - 1);
 }
 
-QString FDBSWEEP::fWhere() {
-  QString where;
+QList<JobFilterRow> FDBSWEEP::filterRows() {
+  QList<JobFilterRow> rows;
   // It walks the key grid as the user would, so the grid's current cell ends on the last key.
   m_grdKey->setCol(0);
   for (int k = 1; k < m_grdKey->Rows(); ++k) {
     m_grdKey->setRow(k);
-    const QString column = m_state.gColumns.at(0, m_grdKey->Text().toInt());
     const int i = k - 1;
-    RowFilter::AppendCondition(
-        where, RowFilter::Condition(m_frmWhere->mode(i), column, m_frmWhere->value1(i), m_frmWhere->value2(i)));
+    rows.append({m_state.gColumns.at(0, m_grdKey->Text().toInt()), m_frmWhere->mode(i), m_frmWhere->value1(i),
+                 m_frmWhere->value2(i)});
   }
-  return where;
+  return rows;
 }
+
+QString FDBSWEEP::fWhere() { return FilterRowsWhere(filterRows()); }
 
 QString FDBSWEEP::FullFilter() { return RowFilter::FullFilter(fWhere(), m_txtAddWhere->text()); }
 

@@ -3,6 +3,7 @@
 #include "browser/NameMasters.h"
 #include "browser/TextTable.h"
 #include "common/CommandArgs.h"
+#include "jobs/clsTimer.h"
 #include "settings/clsREG.h"
 
 #include <QString>
@@ -38,6 +39,8 @@ struct BDBSWEEP final {
   // "TRUNCATE" / "DROP" after those jobs).
   QString gLastSql;
   QString gLastWhere;
+  // The timer of the last job, new at every press of a job button.
+  std::unique_ptr<clsTimer> gJobTimer;
 
   std::unique_ptr<clsREG> gRegistry;
 

@@ -16,7 +16,8 @@ public:
 
   virtual ~OraDynaset() = default;
 
-  // Number of rows of the whole result (fetches to the end when needed; the position stays).
+  // Number of rows of the whole result; the position stays. A no-cache result asks the server
+  // to count, the others fetch to the end and keep what they fetched.
   virtual qint64 RecordCount() = 0;
   int FieldCount() const { return m_names.count(); }
   QString FieldName(int index) const { return m_names.name(index); }

@@ -1,0 +1,91 @@
+// The main window's job buttons: the plan they work on, the dispatch by button, the result list
+// and the SQL text window.
+#include "app/FDBSWEEP.h"
+
+#include "common/BDBSWEEP.h"
+#include "jobs/CountJob.h"
+#include "jobs/JobInputGate.h"
+#include "jobs/JobPlan.h"
+#include "jobs/JobReport.h"
+#include "jobs/ResultList.h"
+#include "jobs/StatementRunner.h"
+#include "jobs/clsTimer.h"
+#include "services/Services.h"
+#include "viewers/FDBSWEEP_SQL.h"
+#include "widgets/FlexGrid.h"
+#include "widgets/HourGlass.h"
+
+#include <QLineEdit>
+#include <QListWidget>
+#include <QScopedValueRollback>
+
+#include <cmath>
+
+void FDBSWEEP::lstCountClear() { m_results->clear(); }
+
+void FDBSWEEP::lstCountAddItem(const QString& text, const QString& code) { m_results->addItem(text, code); }
+
+QString FDBSWEEP::countColumn() {
+  if (m_grdKey->Rows() < 2)
+    return QString();
+  m_grdKey->setRow(1);
+  m_grdKey->setCol(0);
+  bool isNumber = false;
+  const double number = m_grdKey->Text().trimmed().toDouble(&isNumber);
+  if (!isNumber || !std::isfinite(number))
+    return QString();
+  return m_state.gColumns.at(0, int(std::floor(number))).trimmed();
+}
+
+JobPlan FDBSWEEP::takePlan() {
+  JobPlan plan;
+  for (int i = 0; i < m_lstTable->count(); ++i) {
+    const QListWidgetItem* item = m_lstTable->item(i);
+    if (!item->isSelected())
+      continue;
+    const int r = item->data(Qt::UserRole).toInt();
+    plan.targets.append({m_state.gTargets.at(0, r), m_state.gTargets.at(1, r), i + 1});
+  }
+  plan.countColumn = countColumn();
+  plan.filterRows = filterRows();
+  plan.addWhere = m_txtAddWhere->text();
+  return plan;
+}
+
+void FDBSWEEP::cmdJOB_Click(int index) {
+  // A button pressed again from code while a job runs (the toolbar's twin, say) does nothing.
+  if (m_jobRunning)
+    return;
+  const QScopedValueRollback running(m_jobRunning, true);
+  const JobInputGate gate;
+  std::optional<HourGlass> wait(std::in_place);
+  m_state.gJobTimer = std::make_unique<clsTimer>(m_services.clock);
+  m_grdCount->setCellAlignment(m_grdCount->Row(), m_grdCount->Col(), {});
+
+  OffThreadStatements statements;
+  JobContext context{m_state, *m_results, statements, m_services.clock, m_services.boxes};
+  switch (index) {
+  case 0: RunCountJob(takePlan(), context); break;
+  case 2: showDataOf(takePlan(), wait); break;
+  default: break;
+  }
+}
+
+void FDBSWEEP::showDataOf(const JobPlan& plan, std::optional<HourGlass>& wait) {
+  lstCountClear();
+  if (plan.targets.isEmpty())
+    return;
+  const JobTarget& first = plan.targets.first();
+  m_state.gInfoTable = first.id;
+  m_state.gInfoTableName = first.name;
+  m_state.gLastSql = plan.selectSql(first);
+  m_state.gLastWhere = plan.where();
+  // The viewer is the user's to work in: the pointer is back to normal before it opens.
+  wait.reset();
+  Q_EMIT dataViewerRequested();
+}
+
+void FDBSWEEP::showLastSql() {
+  FDBSWEEP_SQL window(m_state.gLastSql, this);
+  window.exec();
+}

@@ -1,0 +1,275 @@
+// The job buttons of the main window pressed as a user presses them, on an embedded instance:
+// the count over the targets, the result list and its colours, the data button, the SQL text
+// window, and a window that stays alive while a statement runs.
+#include "../browser/BrowserFixture.h"
+#include "widgets/PopPop.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSemaphore>
+#include <QSignalSpy>
+#include <QTimer>
+
+namespace {
+
+const QColor Black(0, 0, 0), Red(255, 0, 0), Green(0, 255, 0), Blue(0, 0, 255), Yellow(255, 255, 0),
+    Cyan(0, 255, 255);
+
+QString colour(const QColor& c) { return c.isValid() ? c.name() : QStringLiteral("default"); }
+
+// A line of the result list as "text [background/text colour]".
+QString line(const QString& text, const QColor& back = {}, const QColor& fore = {}) {
+  return text + QStringLiteral(" [") + colour(back) + u'/' + colour(fore) + u']';
+}
+
+QStringList linesOf(FlexGrid& g) {
+  QStringList lines;
+  for (int r = 1; r < g.Rows(); ++r)
+    lines << line(g.TextMatrix(r, 0), g.CellBackColor(r, 0), g.CellForeColor(r, 0));
+  return lines;
+}
+
+// Holds every query until the test lets it go, so a test can act while a statement runs.
+class HeldConnection final : public DbConnection {
+public:
+  explicit HeldConnection(std::shared_ptr<DbConnection> inner) : m_inner(std::move(inner)) {}
+  std::unique_ptr<OraDynaset> query(const QString& sql, int options) override {
+    if (held && !release.tryAcquire(1, 10000))
+      throw OraError(1013, QStringLiteral("user requested cancel of current operation"));
+    return m_inner->query(sql, options);
+  }
+  qint64 execute(const QString& sql) override { return m_inner->execute(sql); }
+  void begin() override { m_inner->begin(); }
+  void commit() override { m_inner->commit(); }
+  void rollback() override { m_inner->rollback(); }
+  QString serverVersion() override { return m_inner->serverVersion(); }
+  QString clientVersion() override { return m_inner->clientVersion(); }
+  void interrupt() override { m_inner->interrupt(); }
+  bool setCallTimeout(int ms) override { return m_inner->setCallTimeout(ms); }
+
+  std::atomic<bool> held = false;
+  QSemaphore release;
+
+private:
+  std::shared_ptr<DbConnection> m_inner;
+};
+
+} // namespace
+
+class TestJobButtons final : public QObject {
+  Q_OBJECT
+
+  Machine m;
+
+  // The shop schema opened on KOKYAKU with KOKYAKU_NO as the key, every target selected.
+  struct Shop : Browser {
+    explicit Shop(Machine& m) : Browser(m, "SHOP", "pw") {
+      start.window->LoadTableCatalogue();
+      list = start.find<QListWidget>("lstTable");
+      count = start.find<FlexGrid>("grdCount");
+      clickTable(2); // KOKYAKU
+      QTest::mouseDClick(fields->viewport(), Qt::LeftButton, {}, cellCenter(*fields, 1, 1));
+      list->selectAll();
+      QCOMPARE(list->count(), 4);
+    }
+    QPushButton* job(int i) { return start.find<QPushButton>(QString("cmdJOB_%1").arg(i)); }
+    QStringList targets() {
+      QStringList ids;
+      for (int i = 0; i < list->count(); ++i)
+        ids << list->item(i)->text();
+      return ids;
+    }
+    QListWidget* list;
+    FlexGrid* count;
+  };
+
+private Q_SLOTS:
+  // Every test starts from the same four targets, whatever an earlier one dropped.
+  void init() {
+    auto shop = LocalEngine::connect(Browser::folder(m), "SHOP", "pw");
+    if (errorOf([&] { shop->execute("select 1 from MEISAI"); }) == 942)
+      shop->execute("create table MEISAI (JUCHU_NO number(10), KOKYAKU_NO number(8))");
+  }
+
+  void initTestCase() {
+    m.setSetting("PATH", m.env.db.programFolder); // not a first start
+    auto system = LocalEngine::connect(Browser::folder(m), "system", "manager");
+    system->execute("CREATE USER shop IDENTIFIED BY pw");
+    system->execute("GRANT CONNECT, RESOURCE TO shop");
+    auto shop = LocalEngine::connect(Browser::folder(m), "SHOP", "pw");
+    for (const char* sql :
+         {"create table JUCHU (JUCHU_NO number(10), KOKYAKU_NO number(8))",
+          "create table KOKYAKU (KOKYAKU_NO number(8), KOKYAKU_NM varchar2(20))", "create table TBTBLM (TBL_ID varchar2(30), TBL_NM varchar2(60))",
+          "insert into TBTBLM values ('KOKYAKU', '顧客')",
+          "create table MEISAI (JUCHU_NO number(10), KOKYAKU_NO number(8))",
+          "create table ZAIKO_RIREKI_2026_NOVEMBER (KOKYAKU_NO number(8))"})
+      shop->execute(sql);
+    for (int i = 1; i <= 4; ++i)
+      shop->execute(QString("insert into KOKYAKU values (%1, 'k%1')").arg(i));
+    for (int i = 1; i <= 3; ++i)
+      shop->execute(QString("insert into JUCHU values (%1, %2)").arg(i).arg(i % 2 + 1));
+  }
+
+  void countsEveryTargetAndReportsInColour() {
+    Shop s(m);
+    QCOMPARE(s.targets(), QStringList({"JUCHU", "KOKYAKU", "MEISAI", "ZAIKO_RIREKI_2026_NOVEMBER"}));
+    // Dropped behind the program's back after the list was made.
+    LocalEngine::connect(Browser::folder(m), "SHOP", "pw")->execute("drop table MEISAI");
+    s.recorder->forget();
+    m.clock.setNow(QDateTime(QDate(2026, 11, 24), QTime(14, 3, 9)));
+    QTest::mouseClick(s.job(0), Qt::LeftButton);
+
+    const QStringList expected = {
+        line("＝＝＝件数カウント開始＝＝＝", Green, Red),
+        line("開始: 2026/11/24 14:03:09", Blue, Yellow),
+        line(""),
+        line("JUCHU           :        3件:JUCHU", Cyan, Black),
+        line("KOKYAKU         :        4件:顧客", Cyan, Black),
+        line("MEISAI          :Err  942:MEISAI", Red, Black),
+        line("ORA-00942: table or view does not exist", Red, Black),
+        line("ZAIKO_RIREKI_202:        0件:ZAIKO_RIREKI_2026_NOVEMBER", Cyan, Black),
+        line(""),
+        line("終了: 2026/11/24 14:03:09", Blue, Yellow),
+        line("所要時間(Sec)        0"),
+        line("＝＝＝件数カウント終了＝＝＝", Green, Red),
+    };
+    QCOMPARE(linesOf(*s.count), expected);
+    QCOMPARE(s.count->TextMatrix(0, 0), QString("処理結果"));
+    QCOMPARE(s.recorder->sent(),
+             QStringList({"select KOKYAKU_NO from JUCHU", "select KOKYAKU_NO from KOKYAKU",
+                          "select KOKYAKU_NO from MEISAI", "select KOKYAKU_NO from ZAIKO_RIREKI_2026_NOVEMBER"}));
+    QCOMPARE(s.start.state.gLastSql, QString("select KOKYAKU_NO from ZAIKO_RIREKI_2026_NOVEMBER"));
+    QCOMPARE(QApplication::overrideCursor(), nullptr);
+
+    // A click on a line shows it whole in the status bar; a right-click offers the menu with
+    // its selection entries off.
+    QTest::mouseClick(s.count->viewport(), Qt::LeftButton, {}, cellCenter(*s.count, 7, 0));
+    QCOMPARE(s.start.panel(4), QString("ORA-00942: table or view does not exist"));
+    auto* menu = s.start.find<PopPop>("PopPop");
+    QTest::mousePress(s.count->viewport(), Qt::RightButton, {}, cellCenter(*s.count, 4, 0));
+    QTRY_VERIFY(menu->isVisible());
+    QCOMPARE(menu->target(), s.count);
+    QVERIFY(!menu->popMenu(0)->isEnabled());
+    QVERIFY(!menu->popMenu(1)->isEnabled());
+    QVERIFY(menu->popScroll(0)->isEnabled());
+    menu->close();
+  }
+
+  void filterAndExtraConditionReachTheCount() {
+    Shop s(m);
+    QTest::mouseClick(s.start.find<QLabel>("lblX_0"), Qt::LeftButton);
+    QTest::keyClicks(s.start.find<QLineEdit>("txt1_0"), "%");
+    QTest::keyClicks(s.start.find<QLineEdit>("txtAddWhere"), "AND KOKYAKU_NO > 1");
+    s.list->clearSelection();
+    s.list->item(1)->setSelected(true);
+    QTest::mouseClick(s.job(0), Qt::LeftButton);
+    QCOMPARE(s.count->TextMatrix(4, 0), QString("KOKYAKU         :        3件:顧客"));
+    QCOMPARE(s.start.state.gLastSql, QString("select KOKYAKU_NO from KOKYAKU where (KOKYAKU_NO like '%') AND KOKYAKU_NO > 1"));
+    QCOMPARE(s.start.state.gLastWhere, QString(" where (KOKYAKU_NO like '%')"));
+
+    // The SQL text window shows it afresh, and Copy takes what the user edited.
+    s.start.state.gLastSql = "select KOKYAKU_NO from KOKYAKU";
+    bool shown = false;
+    QTimer::singleShot(0, this, [&] {
+      QPointer<QWidget> window = QApplication::activeModalWidget();
+      QVERIFY(window);
+      shown = true;
+      auto* text = window->findChild<QPlainTextEdit*>("txtSql");
+      QCOMPARE(text->toPlainText(), QString("select KOKYAKU_NO from KOKYAKU"));
+      QTest::keyClick(text, Qt::Key_End, Qt::ControlModifier);
+      QTest::keyClicks(text, " where KOKYAKU_NO = 2");
+      QTest::mouseClick(window->findChild<QPushButton*>("cmdCopy"), Qt::LeftButton);
+      QCOMPARE(QGuiApplication::clipboard()->text(), QString("select KOKYAKU_NO from KOKYAKU where KOKYAKU_NO = 2"));
+      QVERIFY(window->isVisible());
+      QTest::mouseClick(window->findChild<QPushButton*>("cmdEnd"), Qt::LeftButton);
+    });
+    QTest::mouseDClick(s.start.find<StatusPanel>("stsBar_4"), Qt::LeftButton);
+    QVERIFY(shown);
+  }
+
+  void theDataButtonHandsTheFirstSelectedTableToTheViewer() {
+    Shop s(m);
+    s.list->clearSelection();
+    s.list->item(3)->setSelected(true);
+    s.list->item(1)->setSelected(true);
+    QTest::mouseClick(s.job(0), Qt::LeftButton);
+    QVERIFY(s.count->Rows() > 1);
+    QSignalSpy opened(s.start.window.get(), &FDBSWEEP::dataViewerRequested);
+    bool normalPointer = false;
+    connect(s.start.window.get(), &FDBSWEEP::dataViewerRequested, this,
+            [&] { normalPointer = QApplication::overrideCursor() == nullptr; });
+    QTest::mouseClick(s.job(2), Qt::LeftButton);
+    QCOMPARE(opened.count(), 1);
+    QVERIFY(normalPointer);
+    QCOMPARE(s.start.state.gInfoTable, QString("KOKYAKU"));
+    QCOMPARE(s.start.state.gInfoTableName, QString("顧客"));
+    QCOMPARE(s.start.state.gLastSql, QString("select * from KOKYAKU"));
+    QCOMPARE(s.count->Rows(), 1);
+
+    // Without a selection the button is off; pressed all the same, it only clears the list.
+    s.list->clearSelection();
+    QVERIFY(!s.job(2)->isEnabled());
+    s.start.state.gInfoTable = "UNCHANGED";
+    s.start.window->cmdJOB_Click(2);
+    QCOMPARE(opened.count(), 1);
+    QCOMPARE(s.start.state.gInfoTable, QString("UNCHANGED"));
+  }
+
+  void theWindowLivesWhileAStatementRuns() {
+    Shop s(m);
+    auto held = std::make_shared<HeldConnection>(s.recorder);
+    s.start.state.gDatabase = std::make_shared<OraDatabase>(held);
+    s.list->clearSelection();
+    s.list->item(1)->setSelected(true);
+    held->held = true;
+    int ticks = 0;
+    bool busyPointer = false;
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, this, [&] {
+      if (++ticks != 3)
+        return;
+      busyPointer = QApplication::overrideCursor() && QApplication::overrideCursor()->shape() == Qt::WaitCursor;
+      // Presses during the job do nothing: no second count, no other table.
+      QTest::mouseClick(s.job(0), Qt::LeftButton);
+      s.clickTable(1);
+      held->release.release();
+    });
+    timer.start(5);
+    s.recorder->forget();
+    QTest::mouseClick(s.job(0), Qt::LeftButton);
+    QVERIFY(ticks >= 3);
+    QVERIFY(busyPointer);
+    QCOMPARE(s.recorder->sent(), QStringList{"select KOKYAKU_NO from KOKYAKU"});
+    QCOMPARE(s.start.state.gCurTableID, QString("KOKYAKU"));
+    QCOMPARE(s.count->TextMatrix(4, 0), QString("KOKYAKU         :        4件:顧客"));
+  }
+
+  void aKilledSessionFailsEveryTargetAndTheJobCloses() {
+    Shop s(m);
+    const QString own =
+        s.start.state.gDatabase->CreateDynaset("select sid || ',' || serial# from v$session where status = 'ACTIVE'", 4)
+            ->Fields(0)
+            .toString();
+    OraDatabase system(LocalEngine::connect(Browser::folder(m), "system", "manager"));
+    system.ExecuteSQL("alter system kill session '" + own + "'");
+    QTest::mouseClick(s.job(0), Qt::LeftButton);
+    const QStringList lines = linesOf(*s.count);
+    QCOMPARE(lines.size(), 3 + 2 * 4 + 4);
+
+    for (int i = 0; i < 4; ++i)
+      QVERIFY2(lines[3 + 2 * i].contains(QRegularExpression(":Err *\\d+:.* \\[#ff0000/#000000\\]$")),
+               qPrintable(lines[3 + 2 * i]));
+    QCOMPARE(lines[4], line("ORA-00028: your session has been killed", Red, Black));
+    QCOMPARE(lines.last(), line("＝＝＝件数カウント終了＝＝＝", Green, Red));
+  }
+};
+
+QTEST_MAIN(TestJobButtons)
+#include "test_jobbuttons.moc"
