@@ -91,13 +91,19 @@ int main(int argc, char* argv[]) {
 
   const BenchInstance instance;
   auto database = std::make_shared<OraDatabase>(instance.logOn(QStringLiteral("system")));
-  database->ExecuteSQL(QStringLiteral("create table T01 (ID number(10), SHOP varchar2(8), QTY number)"));
+  const auto create = [&](int i) {
+    database->ExecuteSQL(
+        QStringLiteral("create table %1 (ID number(10), SHOP varchar2(8), QTY number)").arg(tableName(i)));
+  };
+  create(0);
   database->connection().begin();
   for (int r = 0; r < rows; ++r)
     database->ExecuteSQL(QStringLiteral("insert into T01 values (%1, 'S%2', %3)").arg(r).arg(r % 97).arg(r % 13));
   database->connection().commit();
-  for (int i = 1; i < tables; ++i)
-    database->ExecuteSQL(QStringLiteral("create table %1 as select * from T01").arg(tableName(i)));
+  for (int i = 1; i < tables; ++i) {
+    create(i);
+    database->ExecuteSQL(QStringLiteral("insert into %1 select * from T01").arg(tableName(i)));
+  }
 
   sqlite3* direct = nullptr;
   const QString file = Catalogue::schemaFile(instance.folder, QStringLiteral("SYSTEM"));
