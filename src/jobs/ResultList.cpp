@@ -2,9 +2,43 @@
 
 #include "widgets/FlexGrid.h"
 
+#include <QFontDatabase>
+#include <QPainter>
+#include <QStyledItemDelegate>
+
+namespace {
+
+// The colour of a line says what happened, so the line the grid stands on keeps its colours and
+// shows a frame instead of the selection's.
+class LineDelegate final : public QStyledItemDelegate {
+public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    QStyleOptionViewItem plain(option);
+    const bool current = plain.state & QStyle::State_Selected;
+    plain.state &= ~(QStyle::State_Selected | QStyle::State_HasFocus);
+    QStyledItemDelegate::paint(painter, plain, index);
+    if (current) {
+      painter->save();
+      painter->setPen(QPen(option.palette.color(QPalette::Highlight), 2));
+      painter->drawRect(option.rect.adjusted(1, 1, -1, -1));
+      painter->restore();
+    }
+  }
+};
+
+} // namespace
+
 ResultList::ResultList(FlexGrid* grid) : QObject(grid), m_grid(grid) {
   m_grid->setCols(1);
   m_grid->setFixedRows(1);
+  m_grid->setItemDelegate(new LineDelegate(m_grid));
+  // The lines are laid out in fields of fixed width: they line up only in a fixed-pitch font,
+  // one whose Japanese is twice its Latin width, as the fields count it.
+  QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  font.setFamilies({QStringLiteral("Noto Sans Mono CJK JP"), QStringLiteral("IPAGothic"), font.family()});
+  font.setPointSize(9);
+  m_grid->setFont(font);
   connect(m_grid, &FlexGrid::Click, this, [this] {
     if (m_grid->MouseRow() >= m_grid->FixedRows())
       Q_EMIT lineClicked(m_grid->Text());
