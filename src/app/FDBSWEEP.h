@@ -54,8 +54,6 @@ public:
   clsPrinter& printer() { return *m_printer; }
   // Empties the result list down to its heading.
   void lstCountClear();
-  // Appends a line to the result list, coloured by its two-letter code.
-  void lstCountAddItem(const QString& text, const QString& code);
   // The job buttons: count, delete, data, drop, file output, rollback, commit.
   void cmdJOB_Click(int index);
 

@@ -23,8 +23,6 @@
 
 void FDBSWEEP::lstCountClear() { m_results->clear(); }
 
-void FDBSWEEP::lstCountAddItem(const QString& text, const QString& code) { m_results->addItem(text, code); }
-
 QString FDBSWEEP::countColumn() {
   if (m_grdKey->Rows() < 2)
     return QString();
