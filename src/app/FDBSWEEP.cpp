@@ -364,8 +364,7 @@ bool FDBSWEEP::settlePendingWork() {
     // why, then let the user leave or log on again.
     ShowOraError(m_services.boxes, e);
   }
-  m_cmdJOB[5]->setEnabled(false);
-  m_cmdJOB[6]->setEnabled(false);
+  setTransactionPending(false);
   return true;
 }
 

@@ -22,6 +22,7 @@ class QTimer;
 class ResultList;
 class StatusPanel;
 struct BDBSWEEP;
+struct JobContext;
 struct JobFilterRow;
 struct JobPlan;
 struct LogonHooks;
@@ -110,6 +111,9 @@ private:
   QString countColumn();
   void showDataOf(const JobPlan& plan, std::optional<HourGlass>& wait);
   void showLastSql();
+  void removeWithProgress(int index, const JobPlan& plan, JobContext& context);
+  // The rollback and commit buttons: on exactly while this window's deletes wait for a decision.
+  void setTransactionPending(bool pending);
   void selectAllTargets(bool selected);
   void appendDroppedName();
 

@@ -4,22 +4,45 @@
 
 #include "common/BDBSWEEP.h"
 #include "jobs/CountJob.h"
+#include "jobs/DeleteJob.h"
+#include "jobs/FDBSWEEP_Ani.h"
 #include "jobs/JobInputGate.h"
 #include "jobs/JobPlan.h"
+#include "jobs/JobProgress.h"
 #include "jobs/JobReport.h"
 #include "jobs/ResultList.h"
 #include "jobs/StatementRunner.h"
+#include "jobs/TransactionJobs.h"
 #include "jobs/clsTimer.h"
 #include "services/Services.h"
 #include "viewers/FDBSWEEP_SQL.h"
 #include "widgets/FlexGrid.h"
 #include "widgets/HourGlass.h"
 
+#include <QCoreApplication>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPushButton>
+#include <QScopeGuard>
 #include <QScopedValueRollback>
 
 #include <cmath>
+
+namespace {
+
+// The progress window as the delete and drop jobs drive it.
+class WindowProgress final : public JobProgress {
+public:
+  explicit WindowProgress(QWidget& window) : m_window(window) {}
+  void setCaption(const QString& caption) override { m_window.setWindowTitle(caption); }
+  // Paints the window, animates it and lets its stop button be pressed.
+  void yield() override { QCoreApplication::processEvents(); }
+
+private:
+  QWidget& m_window;
+};
+
+} // namespace
 
 void FDBSWEEP::lstCountClear() { m_results->clear(); }
 
@@ -64,9 +87,39 @@ void FDBSWEEP::cmdJOB_Click(int index) {
   JobContext context{m_state, *m_results, statements, m_services.clock, m_services.boxes};
   switch (index) {
   case 0: RunCountJob(takePlan(), context); break;
+  case 1:
+  case 3: removeWithProgress(index, takePlan(), context); break;
   case 2: showDataOf(takePlan(), wait); break;
+  case 5:
+    if (RunRollback(context))
+      setTransactionPending(false);
+    break;
+  case 6:
+    focusNextChild();
+    if (RunCommit(context))
+      setTransactionPending(false);
+    break;
   default: break;
   }
+}
+
+void FDBSWEEP::setTransactionPending(bool pending) {
+  m_cmdJOB[5]->setEnabled(pending);
+  m_cmdJOB[6]->setEnabled(pending);
+}
+
+void FDBSWEEP::removeWithProgress(int index, const JobPlan& plan, JobContext& context) {
+  // A window of its own, not a child: this window is disabled while the job runs, and so would
+  // be every window that belongs to it.
+  FDBSWEEP_Ani progress(m_services.boxes, m_state.gCancelRequested);
+  progress.show();
+  setEnabled(false);
+  const auto enable = qScopeGuard([this] { setEnabled(true); });
+  WindowProgress caption(progress);
+  if (index == 3)
+    RunDropJob(plan, context, caption);
+  else if (RunDeleteJob(plan, context, caption, true))
+    setTransactionPending(true);
 }
 
 void FDBSWEEP::showDataOf(const JobPlan& plan, std::optional<HourGlass>& wait) {

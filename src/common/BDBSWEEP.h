@@ -8,6 +8,7 @@
 
 #include <QString>
 
+#include <atomic>
 #include <memory>
 
 class OraSession;
@@ -66,5 +67,7 @@ struct BDBSWEEP final {
   QString gPickColumnID;
   QString gPickColumnName;
   QString gColSearchName;
-  bool gCancelRequested = false;
+  // Set by the progress window's stop button while a delete or drop job runs; read between
+  // tables and rows.
+  std::atomic<bool> gCancelRequested = false;
 };

@@ -11,11 +11,21 @@ namespace ResultLineText {
 inline const QString Banner = QStringLiteral("GR");
 inline const QString StartTime = QStringLiteral("BY");
 inline const QString CountEndTime = QStringLiteral("by");
+inline const QString EndTime = QStringLiteral("BY");
 inline const QString CountSuccess = QStringLiteral("cd");
+inline const QString Success = QStringLiteral("CD");
 inline const QString Failure = QStringLiteral("RD");
+inline const QString RolledBack = QStringLiteral("MD");
+inline const QString Committed = QStringLiteral("GD");
 
 inline const QString CountStartBanner = QStringLiteral("＝＝＝件数カウント開始＝＝＝");
 inline const QString CountEndBanner = QStringLiteral("＝＝＝件数カウント終了＝＝＝");
+inline const QString DeleteStartBanner = QStringLiteral("＝＝＝＝＝削除開始＝＝＝＝＝");
+inline const QString DeleteEndBanner = QStringLiteral("＝＝＝＝＝削除終了＝＝＝＝＝");
+inline const QString DropStartBanner = QStringLiteral("＝＝＝＝＝Drop開始＝＝＝＝＝");
+inline const QString DropEndBanner = QStringLiteral("＝＝＝＝＝Drop終了＝＝＝＝＝");
+inline const QString RollbackDone = QStringLiteral("＝＝＝ロールバック完了＝＝＝");
+inline const QString CommitDone = QStringLiteral("＝＝＝＝コミット完了＝＝＝＝");
 
 // "開始: 2026/01/05 09:00:00" and "終了: …", with "/" and ":" whatever the locale.
 QString StartLine(const QDateTime& when);

@@ -56,7 +56,12 @@ QMessageBox::Icon iconOf(MessageBoxes::Icon i) {
 } // namespace
 
 MessageBoxes::Answer QtMessageBoxes::show(const Box& box) {
-  QMessageBox mb(iconOf(box.icon), box.title, box.text, QMessageBox::NoButton, QApplication::activeWindow());
+  // A box that belonged to a disabled window (the main window during a delete) would be
+  // disabled with it, and nobody could answer it.
+  QWidget* owner = QApplication::activeWindow();
+  if (owner && !owner->isEnabled())
+    owner = nullptr;
+  QMessageBox mb(iconOf(box.icon), box.title, box.text, QMessageBox::NoButton, owner);
   const auto buttons = buttonsOf(box.buttons);
   for (const auto& [standard, answer] : buttons)
     mb.addButton(standard)->setText(captionOf(standard));

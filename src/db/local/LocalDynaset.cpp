@@ -191,6 +191,9 @@ void LocalDynaset::Delete() {
     throw OraError(1732, QStringLiteral("data manipulation operation not legal on this view"));
   const QVariant rowid = current().back();
   std::lock_guard lock(m_connection->mutex());
+  // A write asks whether the session was killed even if its watch has not noticed yet: a
+  // killed session deletes nothing more, whatever rows its result set still holds.
+  m_connection->startCall();
   try {
     m_connection->beginPending();
     sqliteExec(m_connection->db(), m_deleteSql, {rowid});
