@@ -232,11 +232,12 @@ SqlTranslator LocalConnection::translator() {
   return SqlTranslator(context);
 }
 
-void LocalConnection::beginPending() {
-  if (m_explicit && !m_inTransaction) {
-    sqliteExec(m_db, QStringLiteral("BEGIN"));
-    m_inTransaction = true;
-  }
+bool LocalConnection::beginPending() {
+  if (!m_explicit || m_inTransaction)
+    return false;
+  sqliteExec(m_db, QStringLiteral("BEGIN"));
+  m_inTransaction = true;
+  return true;
 }
 
 void LocalConnection::commitPending() {
@@ -359,17 +360,21 @@ qint64 LocalConnection::runDml(const std::vector<SqlToken>& source) {
   if (!t[0].is(u"INSERT") && c.peek().isName() && !c.peek().is(u"SET") && !c.peek().is(u"WHERE"))
     t.insert(t.begin() + qsizetype(c.pos()), word(u"AS"));
   const QString sqlite = translator().translate(t);
+  bool began = false;
   try {
-    beginPending();
+    began = beginPending();
     SqliteStmt stmt(m_db, sqlite);
     while (stmt.step()) {
     }
     return sqlite3_changes64(m_db);
   } catch (const SqliteFailure& f) {
-    throw oracleError(f, owner, table,
-                      deleting             ? SqlErrors::Dml::Delete
-                      : t[0].is(u"INSERT") ? SqlErrors::Dml::Insert
-                                           : SqlErrors::Dml::Update);
+    const OraError error = oracleError(f, owner, table,
+                                       deleting             ? SqlErrors::Dml::Delete
+                                       : t[0].is(u"INSERT") ? SqlErrors::Dml::Insert
+                                                            : SqlErrors::Dml::Update);
+    if (began)
+      abandonPending();
+    throw error;
   }
 }
 

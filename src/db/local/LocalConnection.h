@@ -64,8 +64,14 @@ public:
   // kill that has returned to its killer fails the victim's very next call, after rolling back
   // the victim's pending work.
   void startCall();
-  // Starts the SQLite transaction of an explicit one before the first change.
-  void beginPending();
+  // Starts the SQLite transaction of an explicit one before the first change; true when this
+  // call started it.
+  bool beginPending();
+  // Ends the transaction beginPending has just started, after that first change failed: nothing
+  // is pending. Left open, it would keep any lock the change took, and its next read would pin a
+  // snapshot from which no change can be made once another session commits, so every later
+  // change would fail with ORA-00054 until a rollback.
+  void abandonPending() { rollbackQuietly(); }
   // DDL commits whatever is pending, as Oracle does.
   void commitPending();
   // The Oracle error for a failed SQLite call; table is the statement's target, if it has one.

@@ -189,16 +189,20 @@ bool LocalDynaset::IsEOF() {
 void LocalDynaset::Delete() {
   if (m_deleteSql.isEmpty())
     throw OraError(1732, QStringLiteral("data manipulation operation not legal on this view"));
-  const QVariant rowid = current().back();
   std::lock_guard lock(m_connection->mutex());
-  // A write asks whether the session was killed even if its watch has not noticed yet: a
-  // killed session deletes nothing more, whatever rows its result set still holds.
+  // Each delete is a call of its own, as a round trip to a server would be: a kill that has
+  // returned to its killer fails it at once, after rolling back the deletes before it.
   m_connection->startCall();
+  const QVariant rowid = current().back();
+  bool began = false;
   try {
-    m_connection->beginPending();
+    began = m_connection->beginPending();
     sqliteExec(m_connection->db(), m_deleteSql, {rowid});
   } catch (const SqliteFailure& f) {
-    throw m_connection->oracleError(f, {}, {}, SqlErrors::Dml::Delete);
+    const OraError error = m_connection->oracleError(f, {}, {}, SqlErrors::Dml::Delete);
+    if (began)
+      m_connection->abandonPending();
+    throw error;
   }
 }
 
