@@ -1,7 +1,7 @@
 // The job buttons of the main window pressed as a user presses them, on an embedded instance:
 // the count over the targets, the result list and its colours, the data button, the SQL text
 // window, and a window that stays alive while a statement runs.
-#include "../browser/BrowserFixture.h"
+#include "ShopWindow.h"
 #include "widgets/PopPop.h"
 
 #include <QClipboard>
@@ -18,23 +18,6 @@
 #include <QTimer>
 
 namespace {
-
-const QColor Black(0, 0, 0), Red(255, 0, 0), Green(0, 255, 0), Blue(0, 0, 255), Yellow(255, 255, 0),
-    Cyan(0, 255, 255);
-
-QString colour(const QColor& c) { return c.isValid() ? c.name() : QStringLiteral("default"); }
-
-// A line of the result list as "text [background/text colour]".
-QString line(const QString& text, const QColor& back = {}, const QColor& fore = {}) {
-  return text + QStringLiteral(" [") + colour(back) + u'/' + colour(fore) + u']';
-}
-
-QStringList linesOf(FlexGrid& g) {
-  QStringList lines;
-  for (int r = 1; r < g.Rows(); ++r)
-    lines << line(g.TextMatrix(r, 0), g.CellBackColor(r, 0), g.CellForeColor(r, 0));
-  return lines;
-}
 
 // Holds every query until the test lets it go, so a test can act while a statement runs.
 class HeldConnection final : public DbConnection {
@@ -68,54 +51,9 @@ class TestJobButtons final : public QObject {
 
   Machine m;
 
-  // The shop schema opened on KOKYAKU with KOKYAKU_NO as the key, every target selected.
-  struct Shop : Browser {
-    explicit Shop(Machine& m) : Browser(m, "SHOP", "pw") {
-      start.window->LoadTableCatalogue();
-      list = start.find<QListWidget>("lstTable");
-      count = start.find<FlexGrid>("grdCount");
-      clickTable(2); // KOKYAKU
-      QTest::mouseDClick(fields->viewport(), Qt::LeftButton, {}, cellCenter(*fields, 1, 1));
-      list->selectAll();
-      QCOMPARE(list->count(), 4);
-    }
-    QPushButton* job(int i) { return start.find<QPushButton>(QString("cmdJOB_%1").arg(i)); }
-    QStringList targets() {
-      QStringList ids;
-      for (int i = 0; i < list->count(); ++i)
-        ids << list->item(i)->text();
-      return ids;
-    }
-    QListWidget* list;
-    FlexGrid* count;
-  };
-
 private Q_SLOTS:
-  // Every test starts from the same four targets, whatever an earlier one dropped.
-  void init() {
-    auto shop = LocalEngine::connect(Browser::folder(m), "SHOP", "pw");
-    if (errorOf([&] { shop->execute("select 1 from MEISAI"); }) == 942)
-      shop->execute("create table MEISAI (JUCHU_NO number(10), KOKYAKU_NO number(8))");
-  }
-
-  void initTestCase() {
-    m.setSetting("PATH", m.env.db.programFolder); // not a first start
-    auto system = LocalEngine::connect(Browser::folder(m), "system", "manager");
-    system->execute("CREATE USER shop IDENTIFIED BY pw");
-    system->execute("GRANT CONNECT, RESOURCE TO shop");
-    auto shop = LocalEngine::connect(Browser::folder(m), "SHOP", "pw");
-    for (const char* sql :
-         {"create table JUCHU (JUCHU_NO number(10), KOKYAKU_NO number(8))",
-          "create table KOKYAKU (KOKYAKU_NO number(8), KOKYAKU_NM varchar2(20))", "create table TBTBLM (TBL_ID varchar2(30), TBL_NM varchar2(60))",
-          "insert into TBTBLM values ('KOKYAKU', '顧客')",
-          "create table MEISAI (JUCHU_NO number(10), KOKYAKU_NO number(8))",
-          "create table ZAIKO_RIREKI_2026_NOVEMBER (KOKYAKU_NO number(8))"})
-      shop->execute(sql);
-    for (int i = 1; i <= 4; ++i)
-      shop->execute(QString("insert into KOKYAKU values (%1, 'k%1')").arg(i));
-    for (int i = 1; i <= 3; ++i)
-      shop->execute(QString("insert into JUCHU values (%1, %2)").arg(i).arg(i % 2 + 1));
-  }
+  void init() { FillShop(m); }
+  void initTestCase() { CreateShop(m); }
 
   void countsEveryTargetAndReportsInColour() {
     Shop s(m);
