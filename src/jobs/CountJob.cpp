@@ -17,7 +17,7 @@ namespace {
 // The rows of a no-cache result set, which a backend counts without bringing them over.
 qint64 CountRows(const std::shared_ptr<OraDatabase>& database, const QString& sql) {
   if (!database)
-    throw OraError(3114, QStringLiteral("not connected to ORACLE"));
+    throw NotConnected();
   return database->CreateDynaset(sql, OraDynaset::NoCache)->RecordCount();
 }
 

@@ -26,7 +26,7 @@ enum class Mode { Truncate, RowByRow, Fast, Cancel };
 
 OraDatabase& databaseOf(const std::shared_ptr<OraDatabase>& database) {
   if (!database)
-    throw OraError(3114, QStringLiteral("not connected to ORACLE"));
+    throw NotConnected();
   return *database;
 }
 

@@ -11,6 +11,8 @@
 
 using namespace ResultLineText;
 
+OraError NotConnected() { return OraError(3114, QStringLiteral("not connected to ORACLE")); }
+
 JobReport::JobReport(JobContext& context) : m_context(context), m_timer(*context.state.gJobTimer) {}
 
 void JobReport::open(const QString& banner) {

@@ -20,6 +20,9 @@ struct JobContext {
   MessageBoxes& boxes;
 };
 
+// What a job's statement fails with when there is no session to send it to.
+OraError NotConnected();
+
 // The frame every job writes around its table lines: banners, start and end times, the elapsed
 // time, timed by the state's job timer.
 class JobReport final {

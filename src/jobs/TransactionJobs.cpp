@@ -24,7 +24,7 @@ bool endTransaction(JobContext& context, const QString& question, const std::fun
   try {
     context.statements.run([&end, session = context.state.gSession] {
       if (!session)
-        throw OraError(3114, QStringLiteral("not connected to ORACLE"));
+        throw NotConnected();
       end(*session);
     });
   } catch (const OraError& e) {
