@@ -84,13 +84,16 @@ void execute(JobContext& context, JobReport& report, const QString& sql, const Q
   }
 }
 
-void truncateAll(const JobPlan& plan, JobContext& context, JobReport& report, JobProgress& progress) {
+// Truncates or drops every target (head + its ID), until the last or until the user stops. The
+// lines leave the display name out: what went is the table, not rows under a name.
+void wholeTables(const JobPlan& plan, const QString& head, const QString& lastWhere, JobContext& context,
+                 JobReport& report, JobProgress& progress) {
   for (const JobTarget& target : plan.targets) {
-    const QString sql = QStringLiteral("truncate table ") + target.id;
+    const QString sql = head + target.id;
     if (cancelled(context, progress))
       return;
     context.state.gLastSql = sql;
-    context.state.gLastWhere = QStringLiteral("TRUNCATE");
+    context.state.gLastWhere = lastWhere;
     execute(context, report, sql, target.id, QString());
     context.results.repaint();
   }
@@ -170,7 +173,7 @@ bool RunDeleteJob(const JobPlan& plan, JobContext& context, JobProgress& progres
   bool pending = false;
   const Mode mode = chooseMode(plan, context, offerTruncate);
   if (mode == Mode::Truncate) {
-    truncateAll(plan, context, report, progress);
+    wholeTables(plan, QStringLiteral("truncate table "), QStringLiteral("TRUNCATE"), context, report, progress);
   } else if (mode != Mode::Cancel) {
     deleteFiltered(plan, mode == Mode::RowByRow, context, report, progress);
     pending = true;
@@ -185,16 +188,7 @@ void RunDropJob(const JobPlan& plan, JobContext& context, JobProgress& progress)
   const Answer answer = context.boxes.show(
       QStringLiteral("テーブルを跡形もなく消し去りますか？\r\n（データ・テーブル定義共に消去され、復活は出来なくなります)"),
       Title, MessageBoxes::Buttons::YesNo, MessageBoxes::Icon::Question, 2);
-  if (answer == Answer::Yes) {
-    for (const JobTarget& target : plan.targets) {
-      const QString sql = QStringLiteral("drop table ") + target.id;
-      if (cancelled(context, progress))
-        break;
-      context.state.gLastSql = sql;
-      context.state.gLastWhere = QStringLiteral("DROP");
-      execute(context, report, sql, target.id, QString());
-      context.results.repaint();
-    }
-  }
+  if (answer == Answer::Yes)
+    wholeTables(plan, QStringLiteral("drop table "), QStringLiteral("DROP"), context, report, progress);
   report.close(EndTime, DropEndBanner);
 }

@@ -20,28 +20,17 @@
 namespace {
 
 // Holds every query until the test lets it go, so a test can act while a statement runs.
-class HeldConnection final : public DbConnection {
+class HeldConnection final : public PassThroughConnection {
 public:
-  explicit HeldConnection(std::shared_ptr<DbConnection> inner) : m_inner(std::move(inner)) {}
+  using PassThroughConnection::PassThroughConnection;
   std::unique_ptr<OraDynaset> query(const QString& sql, int options) override {
     if (held && !release.tryAcquire(1, 10000))
       throw OraError(1013, QStringLiteral("user requested cancel of current operation"));
-    return m_inner->query(sql, options);
+    return PassThroughConnection::query(sql, options);
   }
-  qint64 execute(const QString& sql) override { return m_inner->execute(sql); }
-  void begin() override { m_inner->begin(); }
-  void commit() override { m_inner->commit(); }
-  void rollback() override { m_inner->rollback(); }
-  QString serverVersion() override { return m_inner->serverVersion(); }
-  QString clientVersion() override { return m_inner->clientVersion(); }
-  void interrupt() override { m_inner->interrupt(); }
-  bool setCallTimeout(int ms) override { return m_inner->setCallTimeout(ms); }
 
   std::atomic<bool> held = false;
   QSemaphore release;
-
-private:
-  std::shared_ptr<DbConnection> m_inner;
 };
 
 } // namespace
