@@ -56,12 +56,7 @@ QMessageBox::Icon iconOf(MessageBoxes::Icon i) {
 } // namespace
 
 MessageBoxes::Answer QtMessageBoxes::show(const Box& box) {
-  // A box that belonged to a disabled window (the main window during a delete) would be
-  // disabled with it, and nobody could answer it.
-  QWidget* owner = QApplication::activeWindow();
-  if (owner && !owner->isEnabled())
-    owner = nullptr;
-  QMessageBox mb(iconOf(box.icon), box.title, box.text, QMessageBox::NoButton, owner);
+  QMessageBox mb(iconOf(box.icon), box.title, box.text, QMessageBox::NoButton, QApplication::activeWindow());
   const auto buttons = buttonsOf(box.buttons);
   for (const auto& [standard, answer] : buttons)
     mb.addButton(standard)->setText(captionOf(standard));

@@ -4,10 +4,13 @@
 #include "ScriptedMessageBoxes.h"
 #include "jobs/FDBSWEEP_Ani.h"
 #include "jobs/JobInputGate.h"
+#include "widgets/QtMessageBoxes.h"
 
+#include <QApplication>
 #include <QMainWindow>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <QWindow>
 
 using Answer = MessageBoxes::Answer;
@@ -83,6 +86,21 @@ private Q_SLOTS:
     boxes.expect(Answer::Yes);
     QTest::mouseClick(window.findChild<QPushButton*>("cmdDelCan"), Qt::LeftButton);
     QVERIFY(stop);
+
+    // The job's own questions too, though the shut-off main window is still the active one.
+    QApplication::setActiveWindow(&main);
+    QTRY_COMPARE(QApplication::activeWindow(), &main);
+    bool answerable = false;
+    QTimer::singleShot(0, [&] {
+      QWidget* box = QApplication::activeModalWidget();
+      QVERIFY(box);
+      answerable = box->isEnabled();
+      box->findChild<QPushButton*>()->click();
+    });
+    QtMessageBoxes real;
+    real.show(QStringLiteral("一件ずつ削除しますか？"), QStringLiteral("DBSWEEP"), MessageBoxes::Buttons::YesNoCancel,
+              MessageBoxes::Icon::Question, 3);
+    QVERIFY(answerable);
   }
 };
 
