@@ -44,6 +44,26 @@ private Q_SLOTS:
     QCOMPARE(eval("nvl('', 'x'), coalesce(null, '', 'y')"), QString("x|y"));
   }
 
+  void concatenationPassesOverNull() {
+    QCOMPARE(eval("'a' || null || 'b', 'a' || '' || 'b', null || 'b', 'a' || null"), QString("ab|ab|b|a"));
+    QCOMPARE(eval("null || null, '' || null, null || ''"), QString("<null>|<null>|<null>"));
+    QCOMPARE(eval("1 || 2, 0.5 || 'x', -3 || '', 'n' || 1.25e2"), QString("12|.5x|-3|n125"));
+    QCOMPARE(eval("concat(null, 'b'), concat('a', null), concat(null, null), concat(1, 2)"), QString("b|a|<null>|12"));
+    QCOMPARE(eval("concat(concat('a', null), 'c') || upper('d')"), QString("acD"));
+    QCOMPARE(error("concat('a', 'b', 'c')"), 909);
+    QCOMPARE(error("concat('a')"), 909);
+  }
+
+  void concatenationRanksWithPlusAndMinus() {
+    // Same precedence as binary + and -, evaluated left to right; * and / bind tighter.
+    QCOMPARE(eval("1 + 2 || 'x', 'a' || 2 * 3, 'a' || 6 / 3"), QString("3x|a6|a2"));
+    QCOMPARE(eval("'1' || 2 + 3, 10 - 2 || 5, '5' || 0 - 1"), QString("15|85|49"));
+    QCOMPARE(eval("-1 || 2, 'a' || -1, 2 * 3 || 4 * 5"), QString("-12|a-1|620"));
+    QCOMPARE(eval("'[' || (1 + 2) || ']', length('ab' || 'cd'), nvl(null || null, 'none')"), QString("[3]|4|none"));
+    QCOMPARE(eval("case when 'a' || null = 'a' then 'y' else 'n' end || '.'"), QString("y."));
+    QCOMPARE(eval("(select 'x' from dual) || 'y'"), QString("xy"));
+  }
+
   void textFunctionsCountCharacters() {
     QCOMPARE(eval("upper('élan ｱｲ ａｂ große'), lower('ÀÉÎ ＡＢ Straße')"),
              QString("ÉLAN ｱｲ ＡＢ GROßE|àéî ａｂ straße"));

@@ -245,6 +245,52 @@ private Q_SLOTS:
     QCOMPARE(rows("select order_date from orders order by order_date"),
              QStringList({"2004/01/05", "2004/02/01 09:30:00", "2004/12/31 09:30:00", "2005/01/01"}));
     QCOMPARE(rows("select min(order_date), max(order_date) from orders"), QStringList({"2004/01/05|2005/01/01"}));
+    // Joined to text, a date reads as it does in the session format.
+    QCOMPARE(rows("select order_no || ': ' || order_date from orders where order_no < 3 order by order_no"),
+             QStringList({"1: 2004/01/05", "2: 2004/02/01 09:30:00"}));
+  }
+
+  void nullsSortLastGoingUpAndFirstGoingDown() {
+    exec("create table ord_t (id number, v number, s varchar2(10))");
+    exec("insert into ord_t values (1, 20, 'b')");
+    exec("insert into ord_t values (2, null, null)");
+    exec("insert into ord_t values (3, 10, 'a')");
+    exec("insert into ord_t values (4, null, '')");
+    QCOMPARE(rows("select v from ord_t order by v"), QStringList({"10", "20", "<null>", "<null>"}));
+    QCOMPARE(rows("select id from ord_t order by v, id"), QStringList({"3", "1", "2", "4"}));
+    QCOMPARE(rows("select id from ord_t order by v asc, id"), QStringList({"3", "1", "2", "4"}));
+    QCOMPARE(rows("select id from ord_t order by v desc, id"), QStringList({"2", "4", "1", "3"}));
+    QCOMPARE(rows("select id from ord_t order by v nulls first, id"), QStringList({"2", "4", "3", "1"}));
+    QCOMPARE(rows("select id from ord_t order by v desc nulls last, id desc"), QStringList({"1", "3", "4", "2"}));
+    QCOMPARE(rows("select id, v from ord_t order by 2 desc, 1"), QStringList({"2|<null>", "4|<null>", "1|20", "3|10"}));
+    QCOMPARE(rows("select id, s label from ord_t order by label, id"),
+             QStringList({"3|a", "1|b", "2|<null>", "4|<null>"}));
+    QCOMPARE(rows("select id from ord_t order by s || v desc, id"), QStringList({"2", "4", "1", "3"}));
+
+    QCOMPARE(rows("select distinct v from ord_t order by v desc"), QStringList({"<null>", "20", "10"}));
+    QCOMPARE(rows("select distinct s from ord_t order by 1 nulls first"), QStringList({"<null>", "a", "b"}));
+    QCOMPARE(rows("select v from ord_t where id < 3 union select v from ord_t where id >= 3 order by 1"),
+             QStringList({"10", "20", "<null>"}));
+    QCOMPARE(rows("select s x from ord_t union all select 'c' from dual order by x desc nulls last"),
+             QStringList({"c", "b", "a", "<null>", "<null>"}));
+    QCOMPARE(rows("select v from ord_t minus select 20 from dual order by v desc"), QStringList({"<null>", "10"}));
+    QCOMPARE(rows("select s from ord_t intersect select 'a' from dual union select null from dual order by s"),
+             QStringList({"a", "<null>"}));
+
+    QCOMPARE(rows("select id from (select id, v from ord_t order by v desc, id) where rownum <= 2"),
+             QStringList({"2", "4"}));
+    QCOMPARE(rows("select w.id from (select id, v from ord_t order by v, id) w where rownum < 4"),
+             QStringList({"3", "1", "2"}));
+    QCOMPARE(rows("select id from (select id, v from ord_t order by v nulls first, id desc)"),
+             QStringList({"4", "2", "3", "1"}));
+    QCOMPARE(rows("select id, row_number() over (order by v, id) from ord_t order by id"),
+             QStringList({"1|2", "2|3", "3|1", "4|4"}));
+    QCOMPARE(errorOf([&] { rows("select id from ord_t order by desc"); }), 936);
+
+    // || and CONCAT pass over a NULL side, in SET and WHERE as in the select list.
+    QCOMPARE(m_db->ExecuteSQL("update ord_t set s = s || '!' where v is null"), qint64(2));
+    QCOMPARE(rows("select id from ord_t where s || 'x' = '!x' order by id"), QStringList({"2", "4"}));
+    QCOMPARE(rows("select concat(s, v) from ord_t order by id"), QStringList({"b20", "!", "a10", "!"}));
   }
 };
 

@@ -303,6 +303,21 @@ void toChar(Call& c) {
   c.set(model ? OracleNumber::format(c.number(0), c.text(1)) : c.text(0));
 }
 
+// || and CONCAT: a NULL side counts as no text, so only two NULLs give NULL. Numbers and dates
+// join as TO_CHAR prints them.
+void concat(Call& c) {
+  if (c.count() != 2)
+    throw wrongArgumentCount();
+  QString joined;
+  for (int i = 0; i < 2; ++i) {
+    if (c.isNull(i))
+      continue;
+    const auto date = c.storedDate(i);
+    joined += date ? OracleDateTime::defaultText(*date) : c.text(i);
+  }
+  c.set(joined);
+}
+
 void toDate(Call& c) {
   if (c.anyNull())
     return c.setNull();
@@ -470,6 +485,7 @@ void registerAll(sqlite3* db) {
       {"REPLACE", 3, entry<replace>},
       {"TO_CHAR", 1, entry<toChar>},
       {"TO_CHAR", 2, entry<toChar>},
+      {"CONCAT", -1, entry<concat>},
       {"TO_DATE", 1, entry<toDate>},
       {"TO_DATE", 2, entry<toDate>},
       {"TO_NUMBER", 1, entry<toNumber>},

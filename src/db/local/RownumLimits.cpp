@@ -147,7 +147,9 @@ private:
       if (limit != std::numeric_limits<qint64>::max())
         out.push_back(sym(QStringLiteral("LIMIT %1").arg(limit)));
       out.push_back(sym(QStringLiteral(")")));
-      out.push_back(qualifier);
+      // An inline view without an alias leaves nothing to qualify its columns by.
+      if (qualifier.isName())
+        out.push_back(qualifier);
       range(whereEnd, tail, out);
       return tail;
     }

@@ -5,6 +5,8 @@
 
 #include <QSet>
 
+#include <optional>
+
 namespace {
 
 const QSet<QString>& keywords() {
@@ -34,6 +36,86 @@ QString functionName(const QString& upper) {
 
 bool isPseudoSequence(const SqlToken& t) {
   return t.kind == SqlToken::Kind::Word && (t.is(u"NEXTVAL") || t.is(u"CURRVAL"));
+}
+
+constexpr size_t NoTerm = size_t(-1);
+
+// Past the parenthesised group opening at i; NoTerm when it does not close before end.
+size_t groupEnd(const std::vector<SqlToken>& t, size_t i, size_t end) {
+  int depth = 0;
+  for (; i < end && t[i].kind != SqlToken::Kind::End; ++i) {
+    if (t[i].is(u"("))
+      ++depth;
+    else if (t[i].is(u")") && --depth == 0)
+      return i + 1;
+  }
+  return NoTerm;
+}
+
+// Past the END of the CASE at i; NoTerm when it does not end before end.
+size_t caseEnd(const std::vector<SqlToken>& t, size_t i, size_t end) {
+  int depth = 0;
+  for (; i < end && t[i].kind != SqlToken::Kind::End; ++i) {
+    if (t[i].is(u"CASE"))
+      ++depth;
+    else if (t[i].is(u"END") && --depth == 0)
+      return i + 1;
+  }
+  return NoTerm;
+}
+
+// Past one operand at i: a literal, a [dotted] name with its call arguments or analytic clause,
+// a parenthesised group or a CASE; NoTerm when no operand starts there.
+size_t primaryEnd(const std::vector<SqlToken>& t, size_t i, size_t end) {
+  if (i >= end)
+    return NoTerm;
+  const SqlToken& tok = t[i];
+  switch (tok.kind) {
+  case SqlToken::Kind::String:
+  case SqlToken::Kind::Number:
+  case SqlToken::Kind::Bind: return i + 1;
+  case SqlToken::Kind::Symbol: return tok.is(u"(") ? groupEnd(t, i, end) : NoTerm;
+  case SqlToken::Kind::End: return NoTerm;
+  case SqlToken::Kind::Word:
+  case SqlToken::Kind::Quoted: break;
+  }
+  if (tok.is(u"CASE"))
+    return caseEnd(t, i, end);
+  if (tok.is(u"NULL"))
+    return i + 1;
+  if (tok.kind == SqlToken::Kind::Word && keywords().contains(tok.upper()))
+    return NoTerm;
+  size_t k = i + 1;
+  while (k + 1 < end && t[k].is(u".") && (t[k + 1].isName() || t[k + 1].is(u"*")))
+    k += 2;
+  if (k < end && t[k].is(u"(+)"))
+    ++k;
+  if (k < end && t[k].is(u"(")) {
+    k = groupEnd(t, k, end);
+    if (k != NoTerm && k + 1 < end && t[k].is(u"OVER") && t[k + 1].is(u"("))
+      k = groupEnd(t, k + 1, end);
+  }
+  return k;
+}
+
+// Past one term of a sum at i: signed operands joined by * and /; NoTerm when none starts there.
+size_t termEnd(const std::vector<SqlToken>& t, size_t i, size_t end) {
+  for (;;) {
+    while (i < end && (t[i].is(u"+") || t[i].is(u"-")))
+      ++i;
+    i = primaryEnd(t, i, end);
+    if (i == NoTerm || i >= end || !(t[i].is(u"*") || t[i].is(u"/")))
+      return i;
+    ++i;
+  }
+}
+
+bool isAdditive(const SqlToken& t) { return t.is(u"||") || t.is(u"+") || t.is(u"-"); }
+
+// Words that close the list of an ORDER BY: the locking clause, row limits and window frames.
+bool endsOrdering(const SqlToken& t) {
+  return t.is(u"FOR") || t.is(u"OFFSET") || t.is(u"FETCH") || t.is(u"ROWS") || t.is(u"RANGE") || t.is(u"UNION") ||
+         t.is(u"INTERSECT") || t.is(u"MINUS");
 }
 
 } // namespace
@@ -73,6 +155,7 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     inner.m_rownumDone = true;
     return inner.translate(limited, 0, limited.size());
   }
+  const bool concatenates = containsToken(t, begin, end, u"||");
   QStringList out;
   for (size_t i = begin; i < end && t[i].kind != SqlToken::Kind::End;) {
     if (t[i].is(u"SELECT")) {
@@ -80,6 +163,18 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       ++i;
       out << selectList(t, i, end);
       continue;
+    }
+    if (t[i].is(u"ORDER") && i + 1 < end && t[i + 1].is(u"BY")) {
+      out << QStringLiteral("ORDER BY");
+      i += 2;
+      out << orderBy(t, i, end);
+      continue;
+    }
+    if (concatenates) {
+      if (const QString sum = concatenation(t, i, end); !sum.isEmpty()) {
+        out << sum;
+        continue;
+      }
     }
     out << token(t, i, end);
   }
@@ -142,6 +237,76 @@ QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, siz
   return prefix + items.join(QStringLiteral(", "));
 }
 
+// Oracle's || ranks with binary + and -, left to right, and skips a NULL operand, where SQLite's
+// binds tighter than * and / and gives NULL. A sum at i that holds a || is split at its last
+// operator: a || becomes the engine's CONCAT of both sides, a + or - keeps its left side in
+// parentheses. Returns "" and leaves i alone when no such sum starts at i.
+QString SqlTranslator::concatenation(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
+  size_t k = termEnd(t, i, end);
+  if (k == NoTerm)
+    return {};
+  size_t last = NoTerm;
+  bool joins = false;
+  while (k < end && isAdditive(t[k])) {
+    const size_t next = termEnd(t, k + 1, end);
+    if (next == NoTerm)
+      break;
+    last = k;
+    joins = joins || t[k].is(u"||");
+    k = next;
+  }
+  if (!joins)
+    return {};
+  const QString left = translate(t, i, last);
+  const QString sum = t[last].is(u"||")
+                          ? QStringLiteral("CONCAT(") + left + QStringLiteral(", ") + translate(t, last + 1, k) + u')'
+                          : u'(' + left + QStringLiteral(") ") + translate(t, last, k);
+  i = k;
+  return sum;
+}
+
+// Oracle puts NULLs last going up and first going down, SQLite the other way round: every item
+// of the list is given its direction and its place for NULLs explicitly.
+QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
+  QStringList items;
+  while (i < end && t[i].kind != SqlToken::Kind::End) {
+    const size_t start = i;
+    int depth = 0;
+    for (; i < end && t[i].kind != SqlToken::Kind::End; ++i) {
+      if (t[i].is(u"("))
+        ++depth;
+      else if (t[i].is(u")")) {
+        if (depth == 0)
+          break;
+        --depth;
+      } else if (depth == 0 && (t[i].is(u",") || endsOrdering(t[i])))
+        break;
+    }
+    size_t exprEnd = i;
+    std::optional<bool> nullsFirst;
+    if (exprEnd - start >= 2 && t[exprEnd - 2].is(u"NULLS") &&
+        (t[exprEnd - 1].is(u"FIRST") || t[exprEnd - 1].is(u"LAST"))) {
+      nullsFirst = t[exprEnd - 1].is(u"FIRST");
+      exprEnd -= 2;
+    }
+    bool descending = false;
+    if (exprEnd > start && (t[exprEnd - 1].is(u"ASC") || t[exprEnd - 1].is(u"DESC"))) {
+      descending = t[exprEnd - 1].is(u"DESC");
+      --exprEnd;
+    }
+    if (exprEnd == start)
+      throw OraError(936, QStringLiteral("missing expression"));
+    items << translate(t, start, exprEnd) + (descending ? QStringLiteral(" DESC") : QStringLiteral(" ASC")) +
+                 (nullsFirst.value_or(descending) ? QStringLiteral(" NULLS FIRST") : QStringLiteral(" NULLS LAST"));
+    if (i < end && t[i].is(u",")) {
+      ++i;
+      continue;
+    }
+    break;
+  }
+  return items.join(QStringLiteral(", "));
+}
+
 QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
   const SqlToken& tok = t[i];
   const auto next = [&](size_t k) -> const SqlToken& { return i + k < end ? t[i + k] : t.back(); };
@@ -200,8 +365,6 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return QStringLiteral("ROW_NUMBER() OVER ()");
     if (upper == u"ROWID")
       return QStringLiteral("rowid");
-    if ((upper == u"FIRST" || upper == u"LAST") && i >= 2 && t[i - 2].is(u"NULLS"))
-      return upper;
     return quoteName(upper);
   }
   i += k;
