@@ -3,6 +3,7 @@
 #include "db/OraError.h"
 
 #include <array>
+#include <cmath>
 #include <vector>
 
 namespace OracleDateTime {
@@ -526,11 +527,11 @@ std::pair<DateTime, DateTime> span(const DateTime& d, Unit unit) {
   return {d, d};
 }
 
+} // namespace
+
 qint64 secondsBetween(const DateTime& from, const DateTime& to) {
   return (to.date.toJulianDay() - from.date.toJulianDay()) * DaySeconds + (to.seconds - from.seconds);
 }
-
-} // namespace
 
 DateTime truncate(const DateTime& d, QStringView unit) { return checked(span(d, unitOf(unit)).first); }
 
@@ -562,6 +563,16 @@ DateTime addMonths(const DateTime& d, qint64 months) {
   // The last day of a month maps to the last day of the other, as Oracle does.
   const int day = d.date.day() == d.date.daysInMonth() ? days : qMin(d.date.day(), days);
   return {QDate(year, month, day), d.seconds};
+}
+
+DateTime addDays(const DateTime& d, double days) {
+  // Beyond ten thousand years every result is out of range; the bound also keeps the seconds
+  // within an integer.
+  if (!(std::fabs(days) < 4.0e6))
+    throw yearRange();
+  const qint64 seconds = d.seconds + std::llround(days * DaySeconds);
+  const qint64 wholeDays = seconds >= 0 ? seconds / DaySeconds : -((-seconds + DaySeconds - 1) / DaySeconds);
+  return checked({d.date.addDays(wholeDays), int(seconds - wholeDays * DaySeconds)});
 }
 
 double monthsBetween(const DateTime& later, const DateTime& earlier) {

@@ -35,6 +35,10 @@ DateTime truncate(const DateTime& d, QStringView unit);
 DateTime round(const DateTime& d, QStringView unit);
 
 DateTime addMonths(const DateTime& d, qint64 months);
+// DATE + n: n days, a fraction of one being its hours, minutes and seconds to the nearest second.
+DateTime addDays(const DateTime& d, double days);
+// The seconds from one to the other, negative when to is the earlier.
+qint64 secondsBetween(const DateTime& from, const DateTime& to);
 double monthsBetween(const DateTime& later, const DateTime& earlier);
 DateTime lastDay(const DateTime& d);
 

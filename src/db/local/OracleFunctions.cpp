@@ -364,6 +364,55 @@ void lastDay(Call& c) {
   c.set(OracleDateTime::lastDay(c.date(0)));
 }
 
+// Oracle's binary + and -, which the translator turns into calls of these: a DATE (a text in its
+// stored form) moves by a number of days, two DATEs subtract to the days between them, and
+// numbers add as SQLite adds them, a text other than a number being ORA-01722 as in Oracle.
+Value sum(const Value& a, const Value& b) {
+  qint64 whole = 0;
+  if (a.isInteger && b.isInteger && !__builtin_add_overflow(a.integer, b.integer, &whole))
+    return Value::of(whole);
+  return Value::of(a.toDouble() + b.toDouble());
+}
+
+Value negated(const Value& v) {
+  if (v.isInteger && v.integer != std::numeric_limits<qint64>::min())
+    return Value::of(-v.integer);
+  return Value::of(-v.toDouble());
+}
+
+OraError dateNotNumber() { return OraError(932, QStringLiteral("inconsistent datatypes: expected NUMBER got DATE")); }
+
+void plus(Call& c) {
+  if (c.anyNull())
+    return c.setNull();
+  const auto a = c.storedDate(0);
+  const auto b = c.storedDate(1);
+  if (a && b)
+    throw OraError(975, QStringLiteral("date + date not allowed"));
+  if (a)
+    return c.set(OracleDateTime::addDays(*a, c.number(1).toDouble()));
+  if (b)
+    return c.set(OracleDateTime::addDays(*b, c.number(0).toDouble()));
+  c.set(sum(c.number(0), c.number(1)));
+}
+
+void minus(Call& c) {
+  if (c.anyNull())
+    return c.setNull();
+  const auto a = c.storedDate(0);
+  const auto b = c.storedDate(1);
+  if (a && b) {
+    const qint64 seconds = OracleDateTime::secondsBetween(*b, *a);
+    constexpr qint64 day = 86400;
+    return c.set(seconds % day == 0 ? Value::of(seconds / day) : Value::of(double(seconds) / day));
+  }
+  if (a)
+    return c.set(OracleDateTime::addDays(*a, -c.number(1).toDouble()));
+  if (b)
+    throw dateNotNumber();
+  c.set(sum(c.number(0), negated(c.number(1))));
+}
+
 int fractionDigits(const Decimal& d) { return qMax(0, int(d.digits().size()) - d.point()); }
 
 // The remainder keeps the sign of the dividend, as Oracle's MOD does, and MOD(m, 0) is m.
@@ -499,6 +548,8 @@ void registerAll(sqlite3* db) {
       {"LAST_DAY", 1, entry<lastDay>},
       {"MOD", 2, entry<mod>},
       {"ABS", 1, entry<abs>},
+      {"dbsweep_plus", 2, entry<plus>},
+      {"dbsweep_minus", 2, entry<minus>},
       {"GREATEST", -1, entry<extreme<1>>},
       {"LEAST", -1, entry<extreme<-1>>},
       {"SYSTIMESTAMP", 0, entry<systimestamp>, false},

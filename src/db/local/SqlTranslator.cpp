@@ -1,6 +1,7 @@
 #include "db/local/SqlTranslator.h"
 
 #include "db/OraError.h"
+#include "db/local/OracleDateTime.h"
 #include "db/local/RownumLimits.h"
 
 #include <QSet>
@@ -38,79 +39,75 @@ bool isPseudoSequence(const SqlToken& t) {
   return t.kind == SqlToken::Kind::Word && (t.is(u"NEXTVAL") || t.is(u"CURRVAL"));
 }
 
-constexpr size_t NoTerm = size_t(-1);
+constexpr size_t NoEnd = size_t(-1);
 
-// Past the parenthesised group opening at i; NoTerm when it does not close before end.
-size_t groupEnd(const std::vector<SqlToken>& t, size_t i, size_t end) {
-  int depth = 0;
-  for (; i < end && t[i].kind != SqlToken::Kind::End; ++i) {
-    if (t[i].is(u"("))
-      ++depth;
-    else if (t[i].is(u")") && --depth == 0)
-      return i + 1;
-  }
-  return NoTerm;
-}
+bool isAdditive(const SqlToken& t) { return t.is(u"+") || t.is(u"-"); }
 
-// Past the END of the CASE at i; NoTerm when it does not end before end.
-size_t caseEnd(const std::vector<SqlToken>& t, size_t i, size_t end) {
-  int depth = 0;
-  for (; i < end && t[i].kind != SqlToken::Kind::End; ++i) {
-    if (t[i].is(u"CASE"))
-      ++depth;
-    else if (t[i].is(u"END") && --depth == 0)
-      return i + 1;
-  }
-  return NoTerm;
-}
-
-// Past one operand at i: a literal, a [dotted] name with its call arguments or analytic clause,
-// a parenthesised group or a CASE; NoTerm when no operand starts there.
-size_t primaryEnd(const std::vector<SqlToken>& t, size_t i, size_t end) {
-  if (i >= end)
-    return NoTerm;
-  const SqlToken& tok = t[i];
-  switch (tok.kind) {
-  case SqlToken::Kind::String:
+// Whether an operand can end with the token, so that a + or - after it is binary.
+bool endsOperand(const SqlToken& t) {
+  switch (t.kind) {
   case SqlToken::Kind::Number:
-  case SqlToken::Kind::Bind: return i + 1;
-  case SqlToken::Kind::Symbol: return tok.is(u"(") ? groupEnd(t, i, end) : NoTerm;
-  case SqlToken::Kind::End: return NoTerm;
-  case SqlToken::Kind::Word:
-  case SqlToken::Kind::Quoted: break;
+  case SqlToken::Kind::String:
+  case SqlToken::Kind::Quoted: return true;
+  case SqlToken::Kind::Word: return !keywords().contains(t.upper()) || t.is(u"NULL") || t.is(u"END");
+  case SqlToken::Kind::Symbol: return t.is(u")") || t.is(u"(+)");
+  default: return false;
   }
-  if (tok.is(u"CASE"))
-    return caseEnd(t, i, end);
-  if (tok.is(u"NULL"))
+}
+
+// Past the parenthesis or CASE opened at i and what it holds, or NoEnd when it is never closed.
+size_t afterGroup(const std::vector<SqlToken>& t, size_t i, size_t end) {
+  int depth = 0;
+  for (size_t k = i; k < end && t[k].kind != SqlToken::Kind::End; ++k) {
+    if (t[k].is(u"(") || t[k].is(u"CASE"))
+      ++depth;
+    else if ((t[k].is(u")") || t[k].is(u"END")) && --depth == 0)
+      return k + 1;
+  }
+  return NoEnd;
+}
+
+// Past one operand of an operator: a literal, a name, a call, a CASE or a parenthesised
+// expression; NoEnd when none starts at i.
+size_t afterPrimary(const std::vector<SqlToken>& t, size_t i, size_t end) {
+  if (i >= end)
+    return NoEnd;
+  const SqlToken& a = t[i];
+  if (a.kind == SqlToken::Kind::Number || a.kind == SqlToken::Kind::String || a.is(u"NULL"))
     return i + 1;
-  if (tok.kind == SqlToken::Kind::Word && keywords().contains(tok.upper()))
-    return NoTerm;
+  if (a.is(u"(") || a.is(u"CASE"))
+    return afterGroup(t, i, end);
+  // A typed literal: DATE '...', also those the translation refuses.
+  if ((a.is(u"DATE") || a.is(u"TIMESTAMP") || a.is(u"INTERVAL")) && i + 1 < end &&
+      t[i + 1].kind == SqlToken::Kind::String)
+    return i + 2;
+  if (a.kind != SqlToken::Kind::Quoted && (a.kind != SqlToken::Kind::Word || keywords().contains(a.upper())))
+    return NoEnd;
   size_t k = i + 1;
   while (k + 1 < end && t[k].is(u".") && (t[k + 1].isName() || t[k + 1].is(u"*")))
     k += 2;
   if (k < end && t[k].is(u"(+)"))
-    ++k;
+    return k + 1;
   if (k < end && t[k].is(u"(")) {
-    k = groupEnd(t, k, end);
-    if (k != NoTerm && k + 1 < end && t[k].is(u"OVER") && t[k + 1].is(u"("))
-      k = groupEnd(t, k + 1, end);
+    k = afterGroup(t, k, end);
+    // An analytic call: f(...) OVER (...)
+    if (k != NoEnd && k + 1 < end && t[k].is(u"OVER") && t[k + 1].is(u"("))
+      k = afterGroup(t, k + 1, end);
   }
   return k;
 }
 
-// Past one term of a sum at i: signed operands joined by * and /; NoTerm when none starts there.
-size_t termEnd(const std::vector<SqlToken>& t, size_t i, size_t end) {
+// Past a product: operands with their signs, joined by * and /.
+size_t afterTerm(const std::vector<SqlToken>& t, size_t i, size_t end) {
   for (;;) {
-    while (i < end && (t[i].is(u"+") || t[i].is(u"-")))
+    while (i < end && isAdditive(t[i]))
       ++i;
-    i = primaryEnd(t, i, end);
-    if (i == NoTerm || i >= end || !(t[i].is(u"*") || t[i].is(u"/")))
+    i = afterPrimary(t, i, end);
+    if (i >= end || !(t[i].is(u"*") || t[i].is(u"/")))
       return i;
     ++i;
   }
 }
-
-bool isAdditive(const SqlToken& t) { return t.is(u"||") || t.is(u"+") || t.is(u"-"); }
 
 // Words that close the list of an ORDER BY: the locking clause, row limits and window frames.
 bool endsOrdering(const SqlToken& t) {
@@ -155,7 +152,6 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     inner.m_rownumDone = true;
     return inner.translate(limited, 0, limited.size());
   }
-  const bool concatenates = containsToken(t, begin, end, u"||");
   QStringList out;
   for (size_t i = begin; i < end && t[i].kind != SqlToken::Kind::End;) {
     if (t[i].is(u"SELECT")) {
@@ -170,11 +166,9 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       out << orderBy(t, i, end);
       continue;
     }
-    if (concatenates) {
-      if (const QString sum = concatenation(t, i, end); !sum.isEmpty()) {
-        out << sum;
-        continue;
-      }
+    if (const auto sum = additive(t, i, begin, end)) {
+      out << *sum;
+      continue;
     }
     out << token(t, i, end);
   }
@@ -237,34 +231,6 @@ QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, siz
   return prefix + items.join(QStringLiteral(", "));
 }
 
-// Oracle's || ranks with binary + and -, left to right, and skips a NULL operand, where SQLite's
-// binds tighter than * and / and gives NULL. A sum at i that holds a || is split at its last
-// operator: a || becomes the engine's CONCAT of both sides, a + or - keeps its left side in
-// parentheses. Returns "" and leaves i alone when no such sum starts at i.
-QString SqlTranslator::concatenation(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
-  size_t k = termEnd(t, i, end);
-  if (k == NoTerm)
-    return {};
-  size_t last = NoTerm;
-  bool joins = false;
-  while (k < end && isAdditive(t[k])) {
-    const size_t next = termEnd(t, k + 1, end);
-    if (next == NoTerm)
-      break;
-    last = k;
-    joins = joins || t[k].is(u"||");
-    k = next;
-  }
-  if (!joins)
-    return {};
-  const QString left = translate(t, i, last);
-  const QString sum = t[last].is(u"||")
-                          ? QStringLiteral("CONCAT(") + left + QStringLiteral(", ") + translate(t, last + 1, k) + u')'
-                          : u'(' + left + QStringLiteral(") ") + translate(t, last, k);
-  i = k;
-  return sum;
-}
-
 // Oracle puts NULLs last going up and first going down, SQLite the other way round: every item
 // of the list is given its direction and its place for NULLs explicitly.
 QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
@@ -305,6 +271,52 @@ QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t
     break;
   }
   return items.join(QStringLiteral(", "));
+}
+
+// Oracle's + and - also move a DATE by days and count the days between two, which SQLite's
+// operators cannot: each becomes a call of an engine function that looks at its values. || ranks
+// with them in Oracle, left to right, and skips a NULL operand, where SQLite's binds tighter
+// than * and / and gives NULL: it becomes the engine's CONCAT in the same chain.
+std::optional<QString> SqlTranslator::additive(const std::vector<SqlToken>& t, size_t& i, size_t begin,
+                                               size_t end) const {
+  if (i > begin && endsOperand(t[i - 1]))
+    return std::nullopt;
+  const size_t first = afterTerm(t, i, end);
+  if (first == NoEnd)
+    return std::nullopt;
+  struct Step {
+    size_t op, begin, end;
+  };
+  std::vector<Step> steps;
+  for (size_t k = first; k < end && (isAdditive(t[k]) || t[k].is(u"||"));) {
+    const size_t next = afterTerm(t, k + 1, end);
+    if (next == NoEnd)
+      return std::nullopt;
+    steps.push_back({k, k + 1, next});
+    k = next;
+  }
+  if (steps.empty())
+    return std::nullopt;
+  // A text literal in arithmetic is a number to Oracle, also next to a DATE: sysdate - '1' is
+  // yesterday and '2024/01/31' + 1 is ORA-01722, though that text reads as a stored DATE.
+  const auto operand = [&](size_t b, size_t e, bool numeric) {
+    const QString text = translate(t, b, e);
+    if (numeric && e == b + 1 && t[b].kind == SqlToken::Kind::String && !t[b].text.isEmpty())
+      return QStringLiteral("TO_NUMBER(%1)").arg(text);
+    return text;
+  };
+  QString chain = operand(i, first, isAdditive(t[steps.front().op]));
+  for (const Step& s : steps) {
+    const QString right = operand(s.begin, s.end, isAdditive(t[s.op]));
+    if (t[s.op].is(u"||"))
+      chain = QStringLiteral("CONCAT(%1, %2)").arg(chain, right);
+    else
+      chain =
+          QStringLiteral("%1(%2, %3)")
+              .arg(t[s.op].is(u"+") ? QStringLiteral("dbsweep_plus") : QStringLiteral("dbsweep_minus"), chain, right);
+  }
+  i = steps.back().end;
+  return chain;
 }
 
 QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
@@ -356,6 +368,15 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return upper;
     if (upper == u"SYSDATE")
       return QStringLiteral("dbsweep_sysdate()");
+    // Literals of the types a DATE has no place for are refused rather than misread.
+    if ((upper == u"INTERVAL" || upper == u"TIMESTAMP") && next(0).kind == SqlToken::Kind::String)
+      throw OraError(3001, QStringLiteral("unimplemented feature"));
+    // DATE 'YYYY-MM-DD', the ANSI literal, is a DATE at midnight in the stored form.
+    if (upper == u"DATE" && next(0).kind == SqlToken::Kind::String) {
+      ++i;
+      return quoteText(
+          OracleDateTime::stored(OracleDateTime::parse(t[i - 1].text, u"YYYY-MM-DD", QDate::currentDate())));
+    }
     if (upper == u"SYSTIMESTAMP")
       return QStringLiteral("SYSTIMESTAMP()");
     if (upper == u"USER")

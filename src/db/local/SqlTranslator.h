@@ -4,11 +4,13 @@
 #include "db/local/SqlLexer.h"
 
 #include <functional>
+#include <optional>
 
 // Turns the Oracle SQL of queries, DML and conditions into SQLite SQL: names are folded and
 // quoted, '' becomes NULL, sequences and pseudo-columns become engine functions, other schemas
-// are reached through their attached names, and select-list labels are Oracle's. || ranks and
-// treats NULL as Oracle's does, and ORDER BY places NULLs where Oracle places them.
+// are reached through their attached names, and select-list labels are Oracle's. Binary + and -
+// become engine functions too, as they also add days to DATEs and subtract DATEs; || ranks with
+// them and treats NULL as Oracle's does, and ORDER BY places NULLs where Oracle places them.
 class SqlTranslator final {
 public:
   struct Context {
@@ -34,8 +36,8 @@ public:
 private:
   QString token(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString selectList(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
-  QString concatenation(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString orderBy(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
+  std::optional<QString> additive(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
 
   Context m_context;
   bool m_rownumDone = false; // ROWNUM conditions are already limits
