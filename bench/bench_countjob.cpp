@@ -3,42 +3,25 @@
 // counts asked of SQLite directly on the same schema file.
 //   bench_countjob [tables] [rows per table] [repeats]
 #include "BenchInstance.h"
+#include "JobBench.h"
+#include "MedianTime.h"
 #include "common/BDBSWEEP.h"
 #include "db/local/Catalogue.h"
 #include "jobs/CountJob.h"
 #include "jobs/JobPlan.h"
 #include "jobs/JobReport.h"
-#include "jobs/ResultSink.h"
 #include "jobs/StatementRunner.h"
 #include "platform/SystemClock.h"
-#include "services/MessageBoxes.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 
 #include <sqlite3.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <vector>
 
 namespace {
-
-struct CountingSink final : ResultSink {
-  QStringList lines;
-  void clear() override { lines.clear(); }
-  void addItem(const QString& text, const QString&) override { lines << text; }
-  void repaint() override {}
-};
-
-struct NoBoxes final : MessageBoxes {
-  Answer show(const Box& box) override {
-    std::fprintf(stderr, "unexpected message: %s\n", qPrintable(box.text));
-    std::exit(1);
-  }
-};
 
 QString tableName(int i) { return QStringLiteral("T%1").arg(i + 1, 2, 10, QChar(u'0')); }
 
@@ -67,18 +50,6 @@ qint64 linesTotal(const QStringList& lines) {
       total += field.chopped(1).remove(u',').trimmed().toLongLong();
   }
   return total;
-}
-
-double msOf(const std::function<void()>& f) {
-  QElapsedTimer t;
-  t.start();
-  f();
-  return double(t.nsecsElapsed()) / 1e6;
-}
-
-double median(std::vector<double> times) {
-  std::sort(times.begin(), times.end());
-  return times[times.size() / 2];
 }
 
 } // namespace
@@ -115,9 +86,9 @@ int main(int argc, char* argv[]) {
   BDBSWEEP state;
   state.gDatabase = database;
   SystemClock clock;
-  CountingSink sink;
+  TextSink sink;
   OffThreadStatements statements;
-  NoBoxes boxes;
+  QueuedAnswers boxes;
   JobContext context{state, sink, statements, clock, boxes};
 
   std::printf("%d tables x %d rows, median of %d runs     count job    SQLite direct   ratio\n", tables, rows,

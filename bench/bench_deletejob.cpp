@@ -3,33 +3,23 @@
 // one by one through an updatable result set, against the same rows deleted with one statement.
 //   bench_deletejob [rows] [repeats]
 #include "BenchInstance.h"
+#include "JobBench.h"
+#include "MedianTime.h"
 #include "common/BDBSWEEP.h"
 #include "jobs/DeleteJob.h"
 #include "jobs/JobPlan.h"
 #include "jobs/JobProgress.h"
 #include "jobs/JobReport.h"
-#include "jobs/ResultSink.h"
 #include "jobs/StatementRunner.h"
 #include "platform/SystemClock.h"
-#include "services/MessageBoxes.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QQueue>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
 
 namespace {
-
-struct QuietSink final : ResultSink {
-  QStringList lines;
-  void clear() override { lines.clear(); }
-  void addItem(const QString& text, const QString&) override { lines << text; }
-  void repaint() override {}
-};
 
 // The progress window's share of the work: the caption text made and kept, the event loop
 // turned, as the window does it.
@@ -39,17 +29,6 @@ struct LoopProgress final : JobProgress {
   void yield() override { QCoreApplication::processEvents(); }
 };
 
-// Answers the delete job's two questions: not the truncation, then row by row or not.
-struct Answers final : MessageBoxes {
-  QQueue<Answer> queue;
-  Answer show(const Box& box) override {
-    if (queue.isEmpty()) {
-      std::fprintf(stderr, "unexpected message: %s\n", qPrintable(box.text));
-      std::exit(1);
-    }
-    return queue.dequeue();
-  }
-};
 
 } // namespace
 
@@ -70,9 +49,9 @@ int main(int argc, char* argv[]) {
   BDBSWEEP state;
   state.gDatabase = database;
   SystemClock clock;
-  QuietSink sink;
+  TextSink sink;
   OffThreadStatements statements;
-  Answers boxes;
+  QueuedAnswers boxes;
   LoopProgress progress;
   JobContext context{state, sink, statements, clock, boxes};
   JobPlan plan;
@@ -83,10 +62,7 @@ int main(int argc, char* argv[]) {
     state.gJobTimer = std::make_unique<clsTimer>(clock);
     boxes.queue.enqueue(MessageBoxes::Answer::No);
     boxes.queue.enqueue(oneByOne ? MessageBoxes::Answer::Yes : MessageBoxes::Answer::No);
-    QElapsedTimer t;
-    t.start();
-    RunDeleteJob(plan, context, progress, true);
-    const double ms = double(t.nsecsElapsed()) / 1e6;
+    const double ms = msOf([&] { RunDeleteJob(plan, context, progress, true); });
     database->connection().commit();
     const qint64 left = database->CreateDynaset(QStringLiteral("select ID from T"), OraDynaset::NoCache)->RecordCount();
     if (left != 0) {
@@ -100,10 +76,8 @@ int main(int argc, char* argv[]) {
     oneByOne.push_back(run(true));
     fast.push_back(run(false));
   }
-  std::sort(oneByOne.begin(), oneByOne.end());
-  std::sort(fast.begin(), fast.end());
-  const double slow = oneByOne[oneByOne.size() / 2];
-  const double quick = fast[fast.size() / 2];
+  const double slow = median(oneByOne);
+  const double quick = median(fast);
   std::printf("%d rows, median of %d runs        time        rows/s\n", rows, repeats);
   std::printf("row by row (a turn per row)   %9.1f ms  %10.0f\n", slow, rows / slow * 1000);
   std::printf("one DELETE                    %9.1f ms  %10.0f\n", quick, rows / quick * 1000);

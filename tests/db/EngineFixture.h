@@ -73,3 +73,14 @@ inline int errorOf(const std::function<void()>& f, QString* text = nullptr) {
   }
   return 0;
 }
+
+// The "sid,serial#" of db's own session, as ALTER SYSTEM KILL SESSION names it.
+inline QString sessionOf(OraDatabase& db) {
+  return rowsOf(db, QStringLiteral("select sid || ',' || serial# from v$session where status = 'ACTIVE'")).value(0);
+}
+
+// Kills db's session from a SYSTEM connection to the instance in folder, as a DBA would.
+inline void killSession(OraDatabase& db, const QString& folder) {
+  OraDatabase(LocalEngine::connect(folder, QStringLiteral("system"), QStringLiteral("manager")))
+      .ExecuteSQL(QStringLiteral("alter system kill session '") + sessionOf(db) + u'\'');
+}

@@ -26,10 +26,6 @@ void deleteRowByRow(OraDatabase& db, const QString& sql) {
   }
 }
 
-QString sessionOf(OraDatabase& db) {
-  return rowsOf(db, "select sid || ',' || serial# from v$session where status = 'ACTIVE'").value(0);
-}
-
 QString countOf(const QString& table) { return "select count(*) from " + table; }
 
 QStringList idsFrom(int first, int last) {

@@ -2,6 +2,7 @@
 // formats, the timer, the job on an embedded instance, and statements run off the caller's thread.
 #include "../db/EngineFixture.h"
 #include "FakeServices.h"
+#include "RecordingSink.h"
 #include "common/BDBSWEEP.h"
 #include "jobs/CountJob.h"
 #include "jobs/JobPlan.h"
@@ -20,14 +21,6 @@
 using namespace ResultLineText;
 
 namespace {
-
-// The result list as "code|text" lines; a repaint is marked by "--".
-struct RecordingSink final : ResultSink {
-  QStringList lines;
-  void clear() override { lines = {QStringLiteral("<heading>")}; }
-  void addItem(const QString& text, const QString& code) override { lines << code + u'|' + text; }
-  void repaint() override { lines << QStringLiteral("--"); }
-};
 
 // Every statement takes 1.234 s of the manual clock.
 struct SlowStatements final : StatementRunner {
@@ -62,7 +55,7 @@ struct Job {
   ManualClock clock;
   ScriptedMessageBoxes boxes;
   SlowStatements statements{clock};
-  RecordingSink sink;
+  RecordingSink sink{true};
 };
 
 JobPlan planOf(QList<JobTarget> targets, const QString& column = QStringLiteral("CODE")) {

@@ -147,12 +147,7 @@ private Q_SLOTS:
     m.boxes.expect(Answer::No); // one DELETE per table
     QTest::mouseClick(s.job(1), Qt::LeftButton);
     QCOMPARE(linesOf(*s.count)[4], line("KOKYAKU         :      OK:顧客", Cyan, Black));
-    const QString own =
-        s.start.state.gDatabase->CreateDynaset("select sid || ',' || serial# from v$session where status = 'ACTIVE'", 4)
-            ->Fields(0)
-            .toString();
-    OraDatabase(LocalEngine::connect(Browser::folder(m), "system", "manager"))
-        .ExecuteSQL("alter system kill session '" + own + "'");
+    killSession(*s.start.state.gDatabase, Browser::folder(m));
     const QStringList before = linesOf(*s.count);
     m.boxes.expect(Answer::Ok);
     m.boxes.expect(Answer::Ok);
