@@ -67,10 +67,6 @@ public:
   // Fills the target list with the tables holding the column name.
   void SearchTablesByColumn(const QString& name);
 
-Q_SIGNALS:
-  // The data button chose a table and a query for the data viewer.
-  void dataViewerRequested();
-
 protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
@@ -109,7 +105,7 @@ private:
   JobPlan takePlan();
   QList<JobFilterRow> filterRows();
   QString countColumn();
-  void showDataOf(const JobPlan& plan, std::optional<HourGlass>& wait);
+  void showDataOf(const JobPlan& plan, JobContext& context, std::optional<HourGlass>& wait);
   void showLastSql();
   void removeWithProgress(int index, const JobPlan& plan, JobContext& context);
   // The rollback and commit buttons: on exactly while this window's deletes wait for a decision.

@@ -3,9 +3,11 @@
 #include "app/FDBSWEEP.h"
 
 #include "common/BDBSWEEP.h"
+#include "export/FORA_Select.h"
 #include "jobs/CountJob.h"
 #include "jobs/DeleteJob.h"
 #include "jobs/FDBSWEEP_Ani.h"
+#include "jobs/FileOutputJob.h"
 #include "jobs/JobInputGate.h"
 #include "jobs/JobPlan.h"
 #include "jobs/JobProgress.h"
@@ -15,10 +17,12 @@
 #include "jobs/TransactionJobs.h"
 #include "jobs/clsTimer.h"
 #include "services/Services.h"
+#include "viewers/FDBSWEEP_ED.h"
 #include "viewers/FDBSWEEP_SQL.h"
 #include "widgets/FlexGrid.h"
 #include "widgets/HourGlass.h"
 
+#include <QCheckBox>
 #include <QCoreApplication>
 #include <QLineEdit>
 #include <QListWidget>
@@ -89,7 +93,13 @@ void FDBSWEEP::cmdJOB_Click(int index) {
   case 0: RunCountJob(takePlan(), context); break;
   case 1:
   case 3: removeWithProgress(index, takePlan(), context); break;
-  case 2: showDataOf(takePlan(), wait); break;
+  case 2: showDataOf(takePlan(), context, wait); break;
+  case 4: {
+    const JobPlan plan = takePlan();
+    FORA_Select dialog(m_state, m_services, plan, statements, this);
+    RunFileOutputJob(plan, context, dialog);
+    break;
+  }
   case 5:
     if (RunRollback(context))
       setTransactionPending(false);
@@ -122,7 +132,7 @@ void FDBSWEEP::removeWithProgress(int index, const JobPlan& plan, JobContext& co
     setTransactionPending(true);
 }
 
-void FDBSWEEP::showDataOf(const JobPlan& plan, std::optional<HourGlass>& wait) {
+void FDBSWEEP::showDataOf(const JobPlan& plan, JobContext& context, std::optional<HourGlass>& wait) {
   lstCountClear();
   if (plan.targets.isEmpty())
     return;
@@ -133,7 +143,8 @@ void FDBSWEEP::showDataOf(const JobPlan& plan, std::optional<HourGlass>& wait) {
   m_state.gLastWhere = plan.where();
   // The viewer is the user's to work in: the pointer is back to normal before it opens.
   wait.reset();
-  Q_EMIT dataViewerRequested();
+  FDBSWEEP_ED viewer(m_state, m_services.boxes, context.statements, m_chkFldNM->isChecked(), this);
+  viewer.exec();
 }
 
 void FDBSWEEP::showLastSql() {

@@ -16,8 +16,16 @@ OraError NotConnected() { return OraError(3114, QStringLiteral("not connected to
 JobReport::JobReport(JobContext& context) : m_context(context), m_timer(*context.state.gJobTimer) {}
 
 void JobReport::open(const QString& banner) {
+  openBanner(banner);
+  startClock();
+}
+
+void JobReport::openBanner(const QString& banner) {
   m_context.results.clear();
   add(banner, Banner);
+}
+
+void JobReport::startClock() {
   m_timer.StartTimer();
   add(StartLine(m_context.clock.now()), StartTime);
   add(QString(), QString());

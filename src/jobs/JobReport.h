@@ -31,6 +31,9 @@ public:
 
   // Clears the list, writes the start banner, starts the timer, the start time and a gap.
   void open(const QString& banner);
+  // The two halves of open, for a job that prepares its work between the banner and the clock.
+  void openBanner(const QString& banner);
+  void startClock();
   void add(const QString& text, const QString& code);
   // The failure line of a table and the error's own words under it.
   void failure(const QString& id, const OraError& error, const QString& name);

@@ -24,6 +24,8 @@ inline const QString DeleteStartBanner = QStringLiteral("＝＝＝＝＝削除�
 inline const QString DeleteEndBanner = QStringLiteral("＝＝＝＝＝削除終了＝＝＝＝＝");
 inline const QString DropStartBanner = QStringLiteral("＝＝＝＝＝Drop開始＝＝＝＝＝");
 inline const QString DropEndBanner = QStringLiteral("＝＝＝＝＝Drop終了＝＝＝＝＝");
+inline const QString FileOutputStartBanner = QStringLiteral("＝＝＝ファイル出力開始＝＝＝");
+inline const QString FileOutputEndBanner = QStringLiteral("＝＝＝ファイル出力終了＝＝＝");
 inline const QString RollbackDone = QStringLiteral("＝＝＝ロールバック完了＝＝＝");
 inline const QString CommitDone = QStringLiteral("＝＝＝＝コミット完了＝＝＝＝");
 

@@ -4,12 +4,14 @@
 #include "ShopWindow.h"
 #include "widgets/PopPop.h"
 
+#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QTimer>
@@ -112,19 +114,27 @@ private Q_SLOTS:
     QVERIFY(shown);
   }
 
-  void theDataButtonHandsTheFirstSelectedTableToTheViewer() {
+  void theDataButtonShowsTheFirstSelectedTableInTheViewer() {
     Shop s(m);
     s.list->clearSelection();
     s.list->item(3)->setSelected(true);
     s.list->item(1)->setSelected(true);
     QTest::mouseClick(s.job(0), Qt::LeftButton);
     QVERIFY(s.count->Rows() > 1);
-    QSignalSpy opened(s.start.window.get(), &FDBSWEEP::dataViewerRequested);
+    int opened = 0;
     bool normalPointer = false;
-    connect(s.start.window.get(), &FDBSWEEP::dataViewerRequested, this,
-            [&] { normalPointer = QApplication::overrideCursor() == nullptr; });
+    QTimer::singleShot(0, this, [&] {
+      auto* viewer = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      QVERIFY(viewer);
+      const auto close = qScopeGuard([viewer] { viewer->reject(); }); // even when a check fails
+      QCOMPARE(viewer->objectName(), QString("FDBSWEEP_ED"));
+      ++opened;
+      normalPointer = QApplication::overrideCursor() == nullptr;
+      QTRY_COMPARE(viewer->findChild<QLabel*>("lblTotal")->text(), QString("TOTAL 4件"));
+      QCOMPARE(viewer->findChild<QLabel*>("lblTable")->text(), QString("テーブル名：KOKYAKU「顧客」"));
+    });
     QTest::mouseClick(s.job(2), Qt::LeftButton);
-    QCOMPARE(opened.count(), 1);
+    QCOMPARE(opened, 1);
     QVERIFY(normalPointer);
     QCOMPARE(s.start.state.gInfoTable, QString("KOKYAKU"));
     QCOMPARE(s.start.state.gInfoTableName, QString("顧客"));
@@ -136,7 +146,7 @@ private Q_SLOTS:
     QVERIFY(!s.job(2)->isEnabled());
     s.start.state.gInfoTable = "UNCHANGED";
     s.start.window->cmdJOB_Click(2);
-    QCOMPARE(opened.count(), 1);
+    QCOMPARE(opened, 1);
     QCOMPARE(s.start.state.gInfoTable, QString("UNCHANGED"));
   }
 

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "db/OraDynaset.h"
+
+#include <QList>
+#include <QString>
+#include <QVariant>
+
+class TextTable;
+
+// How the export writes one table's rows as delimited text.
+struct CsvOptions {
+  QString separator = QStringLiteral(",");
+  bool header = false;
+  // Put around character data; "" leaves it bare. Values are written as they are, never escaped.
+  QString stringSeparator = QStringLiteral("\"");
+};
+
+// What a column's data type makes of its values in the text.
+enum class CsvField {
+  TypeName, // binary and large-object data: the type's name stands in for every value
+  Bare,     // numbers, dates and LONG text: the value as it is, Null as 0
+  Quoted,   // everything else: between string separators, Null as nothing
+};
+
+struct CsvColumn {
+  QString id;
+  QString type;
+  CsvField field = CsvField::Quoted;
+};
+
+// The kind of field for a data type name as the dictionary spells it (exact, case-sensitive).
+CsvField CsvFieldOf(const QString& type);
+
+// The columns of a column description (ID in field 0, data type in field 2, rows 1..n).
+QList<CsvColumn> CsvColumns(const TextTable& columnInfo);
+
+// The column IDs joined by the separator, without a line end.
+QString CsvHeaderLine(const QList<CsvColumn>& columns, const CsvOptions& options);
+
+// The text a Bare field shows for a value: numbers in their shortest general form, dates as
+// the date alone at midnight and with the time otherwise, Null as 0.
+QString CsvBareText(const QVariant& value);
+
+// Appends the dynaset's current row as one line without its end; a field the dynaset cannot
+// read throws, so that no copy goes out with values missing. For each field read,
+// fieldWritten(column index, first, end) tells where its text lies in line.
+template <typename FieldWritten>
+void AppendCsvRow(QString& line, OraDynaset& rows, const QList<CsvColumn>& columns, const CsvOptions& options,
+                  FieldWritten&& fieldWritten);
+
+template <typename FieldWritten>
+void AppendCsvRow(QString& line, OraDynaset& rows, const QList<CsvColumn>& columns, const CsvOptions& options,
+                  FieldWritten&& fieldWritten) {
+  const qsizetype lineStart = line.size();
+  for (int j = 0; j < columns.size(); ++j) {
+    const CsvColumn& column = columns[j];
+    if (column.field == CsvField::TypeName) {
+      line += column.type;
+    } else {
+      const QVariant value = rows.Fields(j);
+      const qsizetype first = line.size();
+      if (column.field == CsvField::Bare) {
+        line += CsvBareText(value);
+      } else {
+        line += options.stringSeparator;
+        if (value.isValid())
+          line += value.toString();
+        line += options.stringSeparator;
+      }
+      fieldWritten(j, first, line.size());
+    }
+    line += options.separator;
+  }
+  // The separator after the last field goes.
+  if (line.size() > lineStart)
+    line.chop(options.separator.size());
+}
