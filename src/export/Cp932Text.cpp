@@ -41,8 +41,8 @@ bool Cp932Text::holds(char32_t c) {
     // A converter of its own: the error flag of one that has met a failure stays set.
     QStringEncoder probe(Codec, QStringConverter::Flag::Stateless);
     const char16_t one = folded(char16_t(c));
-    (void)probe.encode(QStringView(&one, 1));
-    known = probe.hasError() ? 2 : 1;
+    const QByteArray bytes = probe.encode(QStringView(&one, 1)); // encodes only once it is a QByteArray
+    known = probe.hasError() || bytes.isEmpty() ? 2 : 1;
   }
   return known == 1;
 }
