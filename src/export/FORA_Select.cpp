@@ -38,6 +38,7 @@ constexpr int Columns = 5;
 const QString Tab = QStringLiteral("\t");
 const QString Failed = QStringLiteral("×");
 constexpr int LongestValueShown = 100; // characters of an unwritable value quoted in its message
+constexpr int CellMargin = 120;        // twips a grid cell needs besides its text's own width
 
 QString Rows(qint64 n) { return QLocale(QLocale::English).toString(n) + QStringLiteral("件"); }
 
@@ -76,11 +77,11 @@ FORA_Select::FORA_Select(BDBSWEEP& state, Services& services, JobPlan plan, Stat
   for (const auto& [object, name] : names)
     object->setObjectName(QString::fromLatin1(name));
 
-  place(new QLabel(QStringLiteral("出力先パス"), this), 120, 150, 1200, 270);
-  place(m_txtPath, 1320, 120, 5700, 300);
+  place(new QLabel(QStringLiteral("出力先パス"), this), 120, 150, 1400, 270);
+  place(m_txtPath, 1560, 120, 5460, 300);
   place(m_cmdView, 7080, 120, 450, 300);
-  place(new QLabel(QStringLiteral("出力ファイル名"), this), 120, 540, 1200, 270);
-  place(m_txtOutName, 1320, 510, 3000, 300);
+  place(new QLabel(QStringLiteral("出力ファイル名"), this), 120, 540, 1400, 270);
+  place(m_txtOutName, 1560, 510, 3000, 300);
   place(m_grdCSV, GridLeft, 930, DesignWidth - 390, 2700);
   place(frame, 120, 3750, 4200, 780);
   place(m_option1, 150, 330, 900, 300);
@@ -135,7 +136,7 @@ void FORA_Select::loadSettings() {
 }
 
 int FORA_Select::textTwips(const QString& text) const {
-  return pixelsToTwipsX(this, fontMetrics().horizontalAdvance(text));
+  return pixelsToTwipsX(this, m_grdCSV->fontMetrics().horizontalAdvance(text)) + CellMargin;
 }
 
 void FORA_Select::fitColumn(int row, int col, int margin) {
