@@ -25,6 +25,15 @@ public:
   // position raises an error; so does reading when there is no current row.
   QVariant Fields(const QString& name) { return Fields(m_names.indexOf(name)); }
   virtual QVariant Fields(int index) = 0;
+  // Every value of the current row in column order, as Fields gives them one by one; a reader
+  // of whole rows pays for one call a row instead of one a field.
+  virtual QVariantList Row() {
+    QVariantList values;
+    values.reserve(FieldCount());
+    for (int i = 0; i < FieldCount(); ++i)
+      values << Fields(i);
+    return values;
+  }
   virtual void MoveNext() = 0;
   // True once MoveNext has gone past the last row (or the result is empty).
   virtual bool IsEOF() = 0;

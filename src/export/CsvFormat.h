@@ -1,6 +1,6 @@
 #pragma once
 
-#include "db/OraDynaset.h"
+#include "db/OraError.h"
 
 #include <QList>
 #include <QString>
@@ -42,23 +42,21 @@ QString CsvHeaderLine(const QList<CsvColumn>& columns, const CsvOptions& options
 // the date alone at midnight and with the time otherwise, Null as 0.
 QString CsvBareText(const QVariant& value);
 
-// Appends the dynaset's current row as one line without its end; a field the dynaset cannot
-// read throws, so that no copy goes out with values missing. For each field read,
-// fieldWritten(column index, first, end) tells where its text lies in line.
+// Appends one row's values as one line without its end. For each field read,
+// fieldWritten(column index, first, end) tells where its text lies in line. A description with
+// more columns than the row has values throws, as reading a column the query lacks does.
 template <typename FieldWritten>
-void AppendCsvRow(QString& line, OraDynaset& rows, const QList<CsvColumn>& columns, const CsvOptions& options,
-                  FieldWritten&& fieldWritten);
-
-template <typename FieldWritten>
-void AppendCsvRow(QString& line, OraDynaset& rows, const QList<CsvColumn>& columns, const CsvOptions& options,
-                  FieldWritten&& fieldWritten) {
+void AppendCsvRow(QString& line, const QVariantList& values, const QList<CsvColumn>& columns,
+                  const CsvOptions& options, FieldWritten&& fieldWritten) {
   const qsizetype lineStart = line.size();
   for (int j = 0; j < columns.size(); ++j) {
     const CsvColumn& column = columns[j];
     if (column.field == CsvField::TypeName) {
       line += column.type;
     } else {
-      const QVariant value = rows.Fields(j);
+      if (j >= values.size())
+        throw OraError(1007, QStringLiteral("variable not in select list"));
+      const QVariant& value = values[j];
       const qsizetype first = line.size();
       if (column.field == CsvField::Bare) {
         line += CsvBareText(value);

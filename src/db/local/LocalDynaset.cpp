@@ -128,11 +128,10 @@ bool LocalDynaset::fetchTo(qint64 row) {
       m_stmt.reset(); // gives the table back to DDL and to other writers
       break;
     }
-    QVariantList values;
-    const int n = m_stmt->columnCount();
-    values.reserve(n);
-    for (int i = 0; i < n; ++i)
-      values << shown(m_stmt->column(i), i);
+    QVariantList values = m_stmt->row();
+    for (int i = 0; i < int(m_dates.size()); ++i)
+      if (m_dates[size_t(i)] != DateColumn::No)
+        values[i] = shown(values[i], i);
     if (m_options == NoCache && !m_rows.empty()) {
       m_first += qint64(m_rows.size());
       m_rows.clear();
@@ -172,6 +171,14 @@ qint64 LocalDynaset::RecordCount() {
 QVariant LocalDynaset::Fields(int index) {
   m_names.check(index);
   return current()[index];
+}
+
+QVariantList LocalDynaset::Row() {
+  QVariantList values = current();
+  // An updatable dynaset carries each row's rowid after its columns; it is not a field.
+  if (values.size() != FieldCount())
+    values.resize(FieldCount());
+  return values;
 }
 
 void LocalDynaset::MoveNext() {

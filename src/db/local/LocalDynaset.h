@@ -21,6 +21,7 @@ public:
   qint64 RecordCount() override;
   using OraDynaset::Fields;
   QVariant Fields(int index) override;
+  QVariantList Row() override;
   void MoveNext() override;
   bool IsEOF() override;
   void Delete() override;

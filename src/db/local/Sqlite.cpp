@@ -68,22 +68,44 @@ void SqliteStmt::reset() {
   sqlite3_clear_bindings(m_stmt);
 }
 
-QVariant SqliteStmt::column(int i) const {
-  switch (sqlite3_column_type(m_stmt, i)) {
+namespace {
+
+QVariant valueOf(sqlite3_value* v) {
+  switch (sqlite3_value_type(v)) {
   case SQLITE_NULL: return {};
-  case SQLITE_INTEGER: return qlonglong(sqlite3_column_int64(m_stmt, i));
+  case SQLITE_INTEGER: return qlonglong(sqlite3_value_int64(v));
   case SQLITE_FLOAT: {
-    const double d = sqlite3_column_double(m_stmt, i);
+    const double d = sqlite3_value_double(v);
     if (std::isfinite(d) && d == std::trunc(d) && std::fabs(d) < 9.0e15)
       return qlonglong(d);
     return d;
   }
-  case SQLITE_BLOB:
-    return QByteArray(static_cast<const char*>(sqlite3_column_blob(m_stmt, i)), sqlite3_column_bytes(m_stmt, i));
+  case SQLITE_BLOB: return QByteArray(static_cast<const char*>(sqlite3_value_blob(v)), sqlite3_value_bytes(v));
   default:
-    return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(m_stmt, i)),
-                             sqlite3_column_bytes(m_stmt, i));
+    return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(v)), sqlite3_value_bytes(v));
   }
+}
+
+} // namespace
+
+QVariant SqliteStmt::column(int i) const {
+  sqlite3_mutex* lock = sqlite3_db_mutex(m_db);
+  sqlite3_mutex_enter(lock); // a column's value is safe to read only while the connection is held
+  const QVariant value = valueOf(sqlite3_column_value(m_stmt, i));
+  sqlite3_mutex_leave(lock);
+  return value;
+}
+
+QVariantList SqliteStmt::row() const {
+  const int n = sqlite3_column_count(m_stmt);
+  QVariantList values;
+  values.reserve(n);
+  sqlite3_mutex* lock = sqlite3_db_mutex(m_db);
+  sqlite3_mutex_enter(lock);
+  for (int i = 0; i < n; ++i)
+    values << valueOf(sqlite3_column_value(m_stmt, i));
+  sqlite3_mutex_leave(lock);
+  return values;
 }
 
 void sqliteExec(sqlite3* db, const QString& sql, const QVariantList& args) {

@@ -31,6 +31,9 @@ public:
   QString declaredType(int i) const { return QString::fromUtf8(sqlite3_column_decltype(m_stmt, i)); }
   // Integral floating values come back as integers: Oracle numbers have no such difference.
   QVariant column(int i) const;
+  // Every column of the current row, read under one hold of the connection's lock rather than
+  // one per call.
+  QVariantList row() const;
   QString text(int i) const { return column(i).toString(); }
   bool readOnly() const { return sqlite3_stmt_readonly(m_stmt) != 0; }
 
