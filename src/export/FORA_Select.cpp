@@ -26,6 +26,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScopeGuard>
+#include <QStyle>
 #include <QTimer>
 
 #include <exception>
@@ -143,12 +144,16 @@ void FORA_Select::fitColumn(int row, int col, int margin) {
   const int textWidth = textTwips(m_grdCSV->TextMatrix(row, col));
   if (textWidth > m_grdCSV->ColWidth(col))
     m_grdCSV->setColWidth(col, textWidth);
-  int gridWidth = margin;
+  // The margin counts the grid's own frame and scroll bar on top, so the columns are seen whole.
+  int gridWidth = margin + pixelsToTwipsX(this, m_grdCSV->style()->pixelMetric(QStyle::PM_ScrollBarExtent) +
+                                                    2 * m_grdCSV->frameWidth());
   for (int c = 0; c < Columns; ++c)
     gridWidth += m_grdCSV->ColWidth(c);
   m_grdCSV->resize(twipsToPixelsX(this, gridWidth), m_grdCSV->height());
-  if (gridWidth + 100 > pixelsToTwipsX(this, width()))
-    resize(twipsToPixelsX(this, gridWidth + 100), height());
+  // The dialog grows to hold the grid with the margin it has on its left on its right too.
+  const int needed = GridLeft + gridWidth + GridLeft;
+  if (needed > pixelsToTwipsX(this, width()))
+    resize(twipsToPixelsX(this, needed), height());
 }
 
 void FORA_Select::prepare(const QList<JobTarget>& targets) {
@@ -172,6 +177,9 @@ void FORA_Select::prepare(const QList<JobTarget>& targets) {
       fitColumn(r, c, 300);
     }
   }
+  // The list is read from its top, whatever row was added last.
+  if (m_grdCSV->Rows() > 1)
+    m_grdCSV->setRow(1);
 }
 
 void FORA_Select::cmdView_Click() {
