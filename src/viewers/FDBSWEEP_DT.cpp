@@ -7,6 +7,7 @@
 #include "db/OraError.h"
 #include "services/MessageBoxes.h"
 #include "widgets/FlexGrid.h"
+#include "widgets/FollowResize.h"
 #include "widgets/HourGlass.h"
 #include "widgets/PopPop.h"
 #include "widgets/Twips.h"
@@ -207,9 +208,7 @@ void FDBSWEEP_DT::resizeEvent(QResizeEvent* event) {
   QDialog::resizeEvent(event);
   if (m_loadSize.isEmpty())
     return;
-  const QSize change = size() - m_loadSize;
-  m_grdData->resize(std::max(0, m_loadGridSize.width() + change.width()),
-                    std::max(0, m_loadGridSize.height() + change.height()));
+  FollowWindowResize(*m_grdData, m_loadGridSize, m_loadSize, size());
   m_stsDT->setGeometry(0, height() - m_stsDT->sizeHint().height(), width(), m_stsDT->sizeHint().height());
   placeUpdateFrame();
 }

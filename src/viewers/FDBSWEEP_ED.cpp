@@ -9,6 +9,7 @@
 #include "jobs/StatementRunner.h"
 #include "services/MessageBoxes.h"
 #include "widgets/FlexGrid.h"
+#include "widgets/FollowResize.h"
 #include "widgets/HourGlass.h"
 #include "widgets/Twips.h"
 
@@ -201,8 +202,6 @@ void FDBSWEEP_ED::resizeEvent(QResizeEvent* event) {
   QDialog::resizeEvent(event);
   if (m_loadSize.isEmpty())
     return;
-  const QSize change = size() - m_loadSize;
-  m_grdED->resize(std::max(0, m_loadGridSize.width() + change.width()),
-                  std::max(0, m_loadGridSize.height() + change.height()));
+  FollowWindowResize(*m_grdED, m_loadGridSize, m_loadSize, size());
   placeBottomRow();
 }

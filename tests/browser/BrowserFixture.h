@@ -2,6 +2,7 @@
 
 // The program started on a machine and pointed at an embedded instance, with the helpers the
 // browser tests click and drop with.
+#include "GridText.h"
 #include "MainWindowFixture.h"
 #include "RecordingConnection.h"
 #include "../db/EngineFixture.h"
@@ -15,22 +16,6 @@
 #include <QDropEvent>
 #include <QFile>
 #include <QMimeData>
-
-inline QPoint cellCenter(FlexGrid& g, int row, int col) { return g.visualRect(g.gridModel()->index(row - 1, col)).center(); }
-
-inline QStringList column(FlexGrid& g, int col) {
-  QStringList texts;
-  for (int r = 1; r < g.Rows(); ++r)
-    texts << g.TextMatrix(r, col);
-  return texts;
-}
-
-inline QStringList rowOf(FlexGrid& g, int row) {
-  QStringList texts;
-  for (int c = 0; c < g.Cols(); ++c)
-    texts << g.TextMatrix(row, c);
-  return texts;
-}
 
 inline void writeFile(const QString& path, const QByteArray& text) {
   QFile f(path);

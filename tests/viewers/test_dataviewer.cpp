@@ -1,5 +1,6 @@
 #include "../db/EngineFixture.h"
 #include "FakeServices.h"
+#include "GridText.h"
 #include "common/BDBSWEEP.h"
 #include "jobs/StatementRunner.h"
 #include "platform/PlatformRegistry.h"
@@ -99,9 +100,9 @@ private Q_SLOTS:
   void cellsWidthsAndHeadingsFollowTheColumns() {
     auto viewer = open("select * from ITEMS where ID <= 3 order by ID");
     FlexGrid& g = grid(*viewer);
-    QCOMPARE(rowOfGrid(g, 0), (QStringList{"", "ID", "NAME", "BOUGHT", "MEMO", "PIC"}));
-    QCOMPARE(rowOfGrid(g, 1), (QStringList{"1", "1", "n1", "2024/01/02", "CLOB", "LONG RAW"}));
-    QCOMPARE(rowOfGrid(g, 3), (QStringList{"3", "3", "Null", "2024/01/04", "CLOB", "LONG RAW"}));
+    QCOMPARE(rowOf(g, 0), (QStringList{"", "ID", "NAME", "BOUGHT", "MEMO", "PIC"}));
+    QCOMPARE(rowOf(g, 1), (QStringList{"1", "1", "n1", "2024/01/02", "CLOB", "LONG RAW"}));
+    QCOMPARE(rowOf(g, 3), (QStringList{"3", "3", "Null", "2024/01/04", "CLOB", "LONG RAW"}));
     const QFontMetrics metrics = g.fontMetrics();
     const auto letters = [&](int n) { return pixelsToTwipsX(&g, metrics.horizontalAdvance(QString(n, u'H'))) + 60; };
     // A date is 20 letters wide whatever its heading; NAME holds 4 characters but its display
@@ -118,7 +119,7 @@ private Q_SLOTS:
   void sortingNeedsARangeAndRestoreGoesBackToTheReadOrder() {
     auto viewer = open("select * from ITEMS where ID in (5, 12, 7, 30) order by NAME");
     FlexGrid& g = grid(*viewer);
-    const QStringList read = columnOfGrid(g, 1);
+    const QStringList read = column(g, 1);
     QCOMPARE(read, (QStringList{"12", "30", "5", "7"}));
     auto* ascending = viewer->findChild<QPushButton*>("cmdSort_0");
     auto* descending = viewer->findChild<QPushButton*>("cmdSort_1");
@@ -126,17 +127,17 @@ private Q_SLOTS:
     g.setRow(2);
     g.setCol(1);
     QTest::mouseClick(descending, Qt::LeftButton);
-    QCOMPARE(columnOfGrid(g, 1), read);
+    QCOMPARE(column(g, 1), read);
     // A click on the heading selects the column: the rows sort by it, as numbers.
     QTest::mouseClick(g.horizontalHeader()->viewport(), Qt::LeftButton, {},
                       QPoint(g.horizontalHeader()->sectionViewportPosition(1) + 5, 5));
     QTest::mouseClick(ascending, Qt::LeftButton);
-    QCOMPARE(columnOfGrid(g, 1), (QStringList{"5", "7", "12", "30"}));
+    QCOMPARE(column(g, 1), (QStringList{"5", "7", "12", "30"}));
     QTest::mouseClick(descending, Qt::LeftButton);
-    QCOMPARE(columnOfGrid(g, 1), (QStringList{"30", "12", "7", "5"}));
+    QCOMPARE(column(g, 1), (QStringList{"30", "12", "7", "5"}));
     QTest::mouseClick(viewer->findChild<QPushButton*>("cmdSort_2"), Qt::LeftButton);
-    QCOMPARE(columnOfGrid(g, 1), read);
-    QCOMPARE(columnOfGrid(g, 0), (QStringList{"1", "2", "3", "4"}));
+    QCOMPARE(column(g, 1), read);
+    QCOMPARE(column(g, 0), (QStringList{"1", "2", "3", "4"}));
   }
 
   void aFailingQuerySaysSoAndAnEmptyOneDoesNot() {
@@ -173,19 +174,6 @@ private Q_SLOTS:
     m_fx.reset();
   }
 
-private:
-  static QStringList rowOfGrid(FlexGrid& g, int row) {
-    QStringList texts;
-    for (int c = 0; c < g.Cols(); ++c)
-      texts << g.TextMatrix(row, c);
-    return texts;
-  }
-  static QStringList columnOfGrid(FlexGrid& g, int col) {
-    QStringList texts;
-    for (int r = 1; r < g.Rows(); ++r)
-      texts << g.TextMatrix(r, col);
-    return texts;
-  }
 };
 
 QTEST_MAIN(TestDataViewer)
