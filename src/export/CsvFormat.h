@@ -43,7 +43,8 @@ QString CsvHeaderLine(const QList<CsvColumn>& columns, const CsvOptions& options
 QString CsvBareText(const QVariant& value);
 
 // Appends one row's values as one line without its end. For each field read,
-// fieldWritten(column index, first, end) tells where its text lies in line. A description with
+// fieldWritten(column index, first, end) tells where the value's text lies in line (string
+// separators not included). A description with
 // more columns than the row has values throws, as reading a column the query lacks does.
 template <typename FieldWritten>
 void AppendCsvRow(QString& line, const QVariantList& values, const QList<CsvColumn>& columns,
@@ -57,16 +58,18 @@ void AppendCsvRow(QString& line, const QVariantList& values, const QList<CsvColu
       if (j >= values.size())
         throw OraError(1007, QStringLiteral("variable not in select list"));
       const QVariant& value = values[j];
-      const qsizetype first = line.size();
       if (column.field == CsvField::Bare) {
+        const qsizetype first = line.size();
         line += CsvBareText(value);
+        fieldWritten(j, first, line.size());
       } else {
         line += options.stringSeparator;
+        const qsizetype first = line.size();
         if (value.isValid())
           line += value.toString();
+        fieldWritten(j, first, line.size());
         line += options.stringSeparator;
       }
-      fieldWritten(j, first, line.size());
     }
     line += options.separator;
   }

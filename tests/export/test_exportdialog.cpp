@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QScopeGuard>
+#include <QSemaphore>
 #include <QStringDecoder>
 #include <QTimer>
 
@@ -32,6 +33,49 @@ QByteArray fileBytes(const QString& path) {
 }
 
 QStringList resultsOf(FlexGrid& g) { return column(g, 4); }
+
+// The rows of a query, stopping before a chosen row until the test lets them go on.
+class GatedRows final : public OraDynaset {
+public:
+  GatedRows(std::unique_ptr<OraDynaset> inner, int gateAt, QSemaphore& gate)
+      : m_inner(std::move(inner)), m_gateAt(gateAt), m_gate(gate) {
+    for (int i = 0; i < m_inner->FieldCount(); ++i)
+      m_names.append(m_inner->FieldName(i));
+  }
+  qint64 RecordCount() override { return m_inner->RecordCount(); }
+  QVariant Fields(int index) override { return m_inner->Fields(index); }
+  QVariantList Row() override {
+    if (m_pos == m_gateAt && !m_gate.tryAcquire(1, 10000))
+      throw OraError(1013, QStringLiteral("user requested cancel of current operation"));
+    return m_inner->Row();
+  }
+  void MoveNext() override {
+    ++m_pos;
+    m_inner->MoveNext();
+  }
+  bool IsEOF() override { return m_inner->IsEOF(); }
+  void Delete() override { m_inner->Delete(); }
+  void Close() override { m_inner->Close(); }
+
+private:
+  std::unique_ptr<OraDynaset> m_inner;
+  int m_gateAt;
+  QSemaphore& m_gate;
+  int m_pos = 0;
+};
+
+// Every query's rows stop before their third row until the test opens the gate.
+class GatedConnection final : public PassThroughConnection {
+public:
+  using PassThroughConnection::PassThroughConnection;
+  std::unique_ptr<OraDynaset> query(const QString& sql, int options) override {
+    auto rows = PassThroughConnection::query(sql, options);
+    if (!sql.contains(u"from KOKYAKU"))
+      return rows;
+    return std::make_unique<GatedRows>(std::move(rows), 2, gate);
+  }
+  QSemaphore gate;
+};
 
 } // namespace
 
@@ -199,6 +243,34 @@ private Q_SLOTS:
     QCOMPARE(m.setting("OutPath"), out.path());
     QVERIFY(!QFile::exists(out.path() + "/KOKYAKU.dat"));
     QCOMPARE(fileBytes(out.path() + "/MEISAI.dat"), QByteArray());
+  }
+
+  void theWindowPaintsAndShowsTheTableInProgress() {
+    Shop s(m);
+    auto gated = std::make_shared<GatedConnection>(s.recorder);
+    s.start.state.gDatabase = std::make_shared<OraDatabase>(gated);
+    s.list->clearSelection();
+    s.list->item(1)->setSelected(true); // KOKYAKU, four rows
+    m.boxes.expect(Answer::Ok);
+    withDialog(s, [&](FORA_Select& d) {
+      QString during;
+      bool buttonsOff = false;
+      bool stayed = false;
+      QTimer::singleShot(400, this, [&] {
+        during = grid(d).TextMatrix(1, 4);
+        buttonsOff = !find<QPushButton>(d, "cmdGo")->isEnabled() && !find<QPushButton>(d, "Command2")->isEnabled();
+        d.close(); // the window's close button does not pull the dialog away mid-table
+        stayed = d.isVisible();
+        gated->gate.release();
+      });
+      QTest::mouseClick(find<QPushButton>(d, "cmdGo"), Qt::LeftButton);
+      QCOMPARE(during, QString("0/4件"));
+      QVERIFY(buttonsOff);
+      QVERIFY(stayed);
+      QCOMPARE(resultsOf(grid(d)), QStringList{"4件"});
+    });
+    QCOMPARE(fileBytes(out.path() + "/KOKYAKU.dat"),
+             QByteArray("1,\"k1\"\r\n2,\"k2\"\r\n3,\"k3\"\r\n4,\"k4\"\r\n"));
   }
 
   void theDialogLoadsItsSettingsAndSizesItselfToItsTables() {
