@@ -2,7 +2,8 @@
 # Source it; it sets BUILD_DIR.
 
 # Packages the build and the tests need; run.sh adds a Japanese font.
-PACKAGES=(cmake ninja-build g++ qt6-base-dev qt6-base-dev-tools libsqlite3-dev)
+# poppler-utils and a Japanese font: the print tests read their PDF back.
+PACKAGES=(cmake ninja-build g++ qt6-base-dev qt6-base-dev-tools libsqlite3-dev poppler-utils fonts-ipafont-gothic)
 
 ensure_packages() {
   local missing=()

@@ -178,6 +178,7 @@ void FDBSWEEP::buildFilterAndButtons(QWidget* central) {
   m_cmdVer = button(central, QStringLiteral("cmdVer"), QStringLiteral("バージョン"));
   m_cmdEnd = button(central, QStringLiteral("cmdEnd"), QStringLiteral("終了"));
   connect(m_cmdEnd, &QPushButton::clicked, this, &QWidget::close);
+  connect(m_cmdPrint, &QPushButton::clicked, this, &FDBSWEEP::cmdPrint_Click);
 }
 
 void FDBSWEEP::buildStatusBar() {
@@ -214,6 +215,7 @@ void FDBSWEEP::connectToolBar() {
   for (int i = 0; i < 7; ++i)
     connect(m_tbar->jobs()[i], &QAction::triggered, this, [this, i] { m_cmdJOB[size_t(i)]->click(); });
   connect(m_tbar->defaultSize(), &QAction::triggered, this, &FDBSWEEP::cmdDefaultSize_Click);
+  connect(m_tbar->printResult(), &QAction::triggered, this, &FDBSWEEP::cmdPrint_Click);
   connect(m_tbar->residentOn(), &QAction::triggered, this, [this] {
     SetTrayAutoStart(QStringLiteral("ON"), *m_state.gRegistry, m_services.launcher, m_services.boxes,
                      m_services.env.db.programFolder);

@@ -107,6 +107,9 @@ private:
   QString countColumn();
   void showDataOf(const JobPlan& plan, JobContext& context, std::optional<HourGlass>& wait);
   void showLastSql();
+  // Prints the result list on one page, with the connection and the filter, where the user
+  // chooses in the print dialog.
+  void cmdPrint_Click();
   void removeWithProgress(int index, const JobPlan& plan, JobContext& context);
   // The rollback and commit buttons: on exactly while this window's deletes wait for a decision.
   void setTransactionPending(bool pending);

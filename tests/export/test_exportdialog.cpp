@@ -277,7 +277,7 @@ private Q_SLOTS:
     BDBSWEEP state;
     state.gRegistry = std::make_unique<clsREG>(m.registry, m.boxes);
     ScriptedFolders folders;
-    Services services{m.boxes, m.clock, m.launcher, folders, m.fakes.desktop, m.fakes.desktop, m.env};
+    Services services{m.boxes, m.clock, m.launcher, folders, m.fakes.print, m.fakes.desktop, m.env};
     InlineStatements statements;
     m.setSetting("SepChara", "\t");
     m.setSetting("ItemID", "YES");

@@ -54,16 +54,29 @@ private:
   bool m_succeeds = true;
 };
 
-// The file dialogs, the print dialog and the document opener, which no window under test should
-// reach for: a call fails the test and is answered as a cancel.
-class UnexpectedDesktop final : public FileDialogs, public PrintDialog, public UrlOpener {
+// The print dialog answered from a queue: each answer is a choice or nothing (a cancel). A
+// dialog nobody expected fails the test and is answered as a cancel.
+class ScriptedPrintDialog final : public PrintDialog {
+public:
+  void expect(std::optional<Choice> answer) { m_answers.append(std::move(answer)); }
+  std::optional<Choice> ask() override {
+    if (m_answers.isEmpty()) {
+      QTest::qFail("unexpected print dialog", __FILE__, __LINE__);
+      return std::nullopt;
+    }
+    return m_answers.takeFirst();
+  }
+
+private:
+  QList<std::optional<Choice>> m_answers;
+};
+
+// The file dialogs and the document opener, which no window under test should reach for: a
+// call fails the test and is answered as a cancel.
+class UnexpectedDesktop final : public FileDialogs, public UrlOpener {
 public:
   QString openFileName(const QString& title, const QString&, const QString&) override { return fail(title); }
   QString BrowseForFolder(const QString& title, const QString&) override { return fail(title); }
-  std::optional<Choice> ask() override {
-    fail(QStringLiteral("print"));
-    return std::nullopt;
-  }
   bool open(const QUrl& url) override {
     fail(url.toString());
     return false;
@@ -83,6 +96,7 @@ struct FakeServiceSet {
   ManualClock clock;
   RecordingLauncher launcher;
   UnexpectedDesktop desktop;
+  ScriptedPrintDialog print;
   AppEnvironment env;
-  Services services{boxes, clock, launcher, desktop, desktop, desktop, env};
+  Services services{boxes, clock, launcher, desktop, print, desktop, env};
 };
