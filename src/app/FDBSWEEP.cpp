@@ -1,5 +1,6 @@
 #include "app/FDBSWEEP.h"
 
+#include "about/FDBSWEEP_Ver.h"
 #include "app/ConnectOracle.h"
 #include "app/DemoBuildProgress.h"
 #include "app/FDBSWEEP_Spl.h"
@@ -179,6 +180,7 @@ void FDBSWEEP::buildFilterAndButtons(QWidget* central) {
   m_cmdEnd = button(central, QStringLiteral("cmdEnd"), QStringLiteral("終了"));
   connect(m_cmdEnd, &QPushButton::clicked, this, &QWidget::close);
   connect(m_cmdPrint, &QPushButton::clicked, this, &FDBSWEEP::cmdPrint_Click);
+  connect(m_cmdVer, &QPushButton::clicked, this, &FDBSWEEP::cmdVer_Click);
 }
 
 void FDBSWEEP::buildStatusBar() {
@@ -216,6 +218,7 @@ void FDBSWEEP::connectToolBar() {
     connect(m_tbar->jobs()[i], &QAction::triggered, this, [this, i] { m_cmdJOB[size_t(i)]->click(); });
   connect(m_tbar->defaultSize(), &QAction::triggered, this, &FDBSWEEP::cmdDefaultSize_Click);
   connect(m_tbar->printResult(), &QAction::triggered, this, &FDBSWEEP::cmdPrint_Click);
+  connect(m_tbar->version(), &QAction::triggered, this, &FDBSWEEP::cmdVer_Click);
   connect(m_tbar->residentOn(), &QAction::triggered, this, [this] {
     SetTrayAutoStart(QStringLiteral("ON"), *m_state.gRegistry, m_services.launcher, m_services.boxes,
                      m_services.env.db.programFolder);
@@ -384,6 +387,11 @@ void FDBSWEEP::CmdLogon_Click() {
 void FDBSWEEP::cmdDefaultSize_Click() {
   showNormal();
   resize(twipsToPixelsX(this, DefaultWidthTwips), twipsToPixelsY(this, m_designHeight));
+}
+
+void FDBSWEEP::cmdVer_Click() {
+  FDBSWEEP_Ver window(m_services, {}, this);
+  window.exec();
 }
 
 void FDBSWEEP::showVersionMessage() {

@@ -119,6 +119,8 @@ private:
   void CmdLogon_Click();
   void cmdDefaultSize_Click();
   void showVersionMessage();
+  // The version window.
+  void cmdVer_Click();
   void openDateTimeSettings();
   // Settles work pending in this window before the session goes; false when the user cancels.
   bool settlePendingWork();
