@@ -56,9 +56,9 @@ FDBSWEEP_Ver::FDBSWEEP_Ver(Services& services, QStringList toolFolders, QWidget*
   for (QWidget* w : {static_cast<QWidget*>(lblTitle), static_cast<QWidget*>(lblVersion),
                      static_cast<QWidget*>(lblDes), static_cast<QWidget*>(m_lblMail)})
     layout->addWidget(w);
-  layout->addStretch();
+  layout->addSpacing(12);
   layout->addLayout(buttons);
-  resize(460, 220);
+  setMinimumWidth(460);
 
   connect(cmdOK, &QPushButton::clicked, this, &QDialog::accept);
   connect(cmdSysInfo, &QPushButton::clicked, this, &FDBSWEEP_Ver::StartSysInfo);
