@@ -2,28 +2,20 @@
 
 #include "browser/Catalogues.h"
 #include "common/BDBSWEEP.h"
-#include "common/JVK_Cmn.h"
 #include "db/OraDatabase.h"
 #include "db/OraError.h"
 #include "services/MessageBoxes.h"
+#include "viewers/RefreshFrame.h"
 #include "widgets/FlexGrid.h"
 #include "widgets/FollowResize.h"
 #include "widgets/HourGlass.h"
 #include "widgets/PopPop.h"
 #include "widgets/Twips.h"
 
-#include <QCheckBox>
 #include <QCursor>
-#include <QGroupBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QLocale>
-#include <QPushButton>
-#include <QRegularExpression>
-#include <QScopedValueRollback>
-#include <QSpinBox>
 #include <QStatusBar>
-#include <QTimer>
 
 #include <cmath>
 
@@ -32,52 +24,20 @@ namespace {
 constexpr int Left = 120; // twips
 constexpr int GridTop = 480;
 constexpr int AskEvery = 500;
-constexpr double LongestInterval = 65; // seconds: the timer's interval tops out at 65,535 ms
-
-// The leading number of a text, as a user reads "12秒" as 12; 0 when it starts with none.
-double leadingNumber(const QString& text) {
-  static const QRegularExpression number(QStringLiteral("^\\s*[-+]?(\\d+\\.?\\d*|\\.\\d+)"));
-  const QRegularExpressionMatch m = number.match(text);
-  return m.hasMatch() ? m.captured(0).trimmed().toDouble() : 0.0;
-}
 
 } // namespace
 
 FDBSWEEP_DT::FDBSWEEP_DT(BDBSWEEP& state, MessageBoxes& boxes, int u, PopPop* menu, QWidget* parent)
     : QDialog(parent), m_state(state), m_boxes(boxes), m_grdData(new FlexGrid(this)), m_lblTable(new QLabel(this)),
-      m_lblTotal(new QLabel(this)), m_frmUpd(new QGroupBox(this)),
-      m_chkTimer(new QCheckBox(QStringLiteral("定期更新"), m_frmUpd)), m_txtTimer(new QLineEdit(m_frmUpd)),
-      m_UDTimer(new QSpinBox(m_frmUpd)), m_cmdRefresh(new QPushButton(QStringLiteral("最新"), m_frmUpd)),
-      m_timTimer(new QTimer(this)), m_stsDT(new QStatusBar(this)) {
+      m_lblTotal(new QLabel(this)), m_frmUpd(new RefreshFrame(10, this)), m_stsDT(new QStatusBar(this)) {
   setObjectName(QStringLiteral("FDBSWEEP_DT"));
   setWindowTitle(QStringLiteral("データ照会"));
   m_grdData->setObjectName(QStringLiteral("grdData"));
   m_lblTable->setObjectName(QStringLiteral("lblTable"));
   m_lblTotal->setObjectName(QStringLiteral("lblTotal"));
-  m_frmUpd->setObjectName(QStringLiteral("frmUpd"));
-  m_chkTimer->setObjectName(QStringLiteral("chkTimer"));
-  m_txtTimer->setObjectName(QStringLiteral("txtTimer"));
-  m_UDTimer->setObjectName(QStringLiteral("UDTimer"));
-  m_cmdRefresh->setObjectName(QStringLiteral("cmdRefresh"));
-  m_timTimer->setObjectName(QStringLiteral("timTimer"));
   m_stsDT->setObjectName(QStringLiteral("stsDT"));
   m_stsDT->setSizeGripEnabled(true);
-
-  // The interval box starts at ten seconds with the timer off; the arrows step it by a second.
-  m_UDTimer->setRange(0, int(LongestInterval));
-  m_UDTimer->setValue(10);
-  m_UDTimer->setButtonSymbols(QAbstractSpinBox::UpDownArrows);
-  m_UDTimer->setFixedWidth(18);
-  m_txtTimer->setText(QStringLiteral("10"));
-  m_txtTimer->setAlignment(Qt::AlignRight);
-  auto* seconds = new QLabel(QStringLiteral("Sec間隔"), m_frmUpd);
   const auto px = [this](int twips) { return twipsToPixelsX(this, twips); };
-  m_chkTimer->setGeometry(px(120), px(60), px(1100), px(330));
-  m_txtTimer->setGeometry(px(1260), px(60), px(500), px(330));
-  m_UDTimer->setGeometry(px(1760), px(60), 18, px(330));
-  seconds->setGeometry(px(1760) + 22, px(60), px(800), px(330));
-  m_cmdRefresh->setGeometry(px(2960), px(30), px(900), px(390));
-  m_frmUpd->resize(px(3980), px(480));
 
   m_grdData->setCols(3);
   m_grdData->setRows(1);
@@ -94,14 +54,7 @@ FDBSWEEP_DT::FDBSWEEP_DT(BDBSWEEP& state, MessageBoxes& boxes, int u, PopPop* me
   m_loadGridSize = m_grdData->size();
   placeUpdateFrame();
 
-  connect(m_cmdRefresh, &QPushButton::clicked, this, &FDBSWEEP_DT::LoadData);
-  connect(m_timTimer, &QTimer::timeout, this, &FDBSWEEP_DT::LoadData);
-  connect(m_chkTimer, &QCheckBox::clicked, this, &FDBSWEEP_DT::chkTimer_Click);
-  connect(m_txtTimer, &QLineEdit::textChanged, this, &FDBSWEEP_DT::txtTimer_Change);
-  connect(m_UDTimer, &QSpinBox::valueChanged, this, [this](int value) {
-    if (!m_rewriting)
-      m_txtTimer->setText(QString::number(value));
-  });
+  connect(m_frmUpd, &RefreshFrame::refreshRequested, this, &FDBSWEEP_DT::LoadData);
   connect(m_grdData, &FlexGrid::DblClick, this, &FDBSWEEP_DT::grdData_DblClick);
   connect(m_grdData, &FlexGrid::MouseDown, this, [this, menu](Qt::MouseButton button) {
     if (button != Qt::RightButton || !menu)
@@ -115,11 +68,11 @@ FDBSWEEP_DT::FDBSWEEP_DT(BDBSWEEP& state, MessageBoxes& boxes, int u, PopPop* me
 }
 
 void FDBSWEEP_DT::LoadData() {
-  // A tick that comes while the failure message of the last one is still open waits for it,
-  // instead of stacking one box a tick.
-  if (m_loading)
+  // A tick that comes while the last load's question or failure message is still open waits for
+  // it, instead of stacking one box a tick or rebuilding the list under it.
+  if (m_frmUpd->held())
     return;
-  const QScopedValueRollback loading(m_loading, true);
+  const RefreshFrame::Hold hold(*m_frmUpd);
   const HourGlass wait;
   m_lblTable->setText(QStringLiteral("テーブル名：") + m_state.gCurTableID + QStringLiteral("「") +
                       m_state.gCurTableName + QStringLiteral("」"));
@@ -165,36 +118,6 @@ void FDBSWEEP_DT::grdData_DblClick() {
     return;
   m_state.gPickedValue = m_grdData->Text();
   accept();
-}
-
-void FDBSWEEP_DT::chkTimer_Click() {
-  if (m_chkTimer->isChecked()) {
-    m_timTimer->setInterval(int(leadingNumber(m_txtTimer->text())) * 1000);
-    // An interval of nothing would reload without pause.
-    if (m_timTimer->interval() > 0)
-      m_timTimer->start();
-  } else {
-    m_timTimer->stop();
-  }
-}
-
-void FDBSWEEP_DT::txtTimer_Change() {
-  if (m_rewriting)
-    return;
-  m_rewriting = true;
-  const double seconds = MinDouble(LongestInterval, leadingNumber(m_txtTimer->text()));
-  const QString text = QString::number(seconds);
-  if (m_txtTimer->text() != text)
-    m_txtTimer->setText(text);
-  m_UDTimer->setValue(int(seconds));
-  m_rewriting = false;
-  m_timTimer->setInterval(int(std::lround(seconds * 1000)));
-  // Reloads run whenever the box is ticked and there is an interval, so an interval that passes
-  // through 0 while the user types does not end them for good.
-  if (m_timTimer->interval() <= 0)
-    m_timTimer->stop();
-  else if (m_chkTimer->isChecked() && !m_timTimer->isActive())
-    m_timTimer->start();
 }
 
 void FDBSWEEP_DT::placeUpdateFrame() {

@@ -3,17 +3,12 @@
 #include <QDialog>
 
 class FlexGrid;
-class PopPop;
-class QCheckBox;
-class QGroupBox;
-class QLabel;
-class QLineEdit;
-class QPushButton;
-class QSpinBox;
-class QStatusBar;
-class QTimer;
-struct BDBSWEEP;
 class MessageBoxes;
+class PopPop;
+class QLabel;
+class QStatusBar;
+class RefreshFrame;
+struct BDBSWEEP;
 
 // The values of one column of the current table with the number of rows holding each, refreshed
 // on demand or every few seconds. A double-click on a value hands it back in gPickedValue and
@@ -34,8 +29,6 @@ protected:
 
 private:
   void grdData_DblClick();
-  void chkTimer_Click();
-  void txtTimer_Change();
   void placeUpdateFrame();
 
   BDBSWEEP& m_state;
@@ -43,15 +36,8 @@ private:
   FlexGrid* m_grdData;
   QLabel* m_lblTable;
   QLabel* m_lblTotal;
-  QGroupBox* m_frmUpd;
-  QCheckBox* m_chkTimer;
-  QLineEdit* m_txtTimer;
-  QSpinBox* m_UDTimer;
-  QPushButton* m_cmdRefresh;
-  QTimer* m_timTimer;
+  RefreshFrame* m_frmUpd;
   QStatusBar* m_stsDT;
   QSize m_loadSize;     // the window at load
   QSize m_loadGridSize; // the grid at load
-  bool m_rewriting = false;
-  bool m_loading = false;
 };
