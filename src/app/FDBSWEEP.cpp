@@ -23,6 +23,7 @@
 #include "services/MessageBoxes.h"
 #include "services/OraErrorBox.h"
 #include "services/Services.h"
+#include "sessions/FDBSWEEP_SS.h"
 #include "settings/RegSetting.h"
 #include "widgets/FlexGrid.h"
 #include "widgets/StatusPanel.h"
@@ -204,6 +205,7 @@ void FDBSWEEP::buildStatusBar() {
   connect(m_panels[0], &StatusPanel::Click, this, &FDBSWEEP::CmdLogon_Click);
   connect(m_panels[1], &StatusPanel::Click, this, &FDBSWEEP::showVersionMessage);
   connect(m_panels[1], &StatusPanel::DblClick, this, &FDBSWEEP::showVersionMessage);
+  connect(m_panels[2], &StatusPanel::Click, this, &FDBSWEEP::showSessions);
   connect(m_panels[3], &StatusPanel::Click, this, [this] { m_panels[3]->setText(m_state.gLastSql); });
   connect(m_panels[3], &StatusPanel::DblClick, this, &FDBSWEEP::showLastSql);
   connect(m_results, &ResultList::lineClicked, m_panels[3], &StatusPanel::setText);
@@ -387,6 +389,11 @@ void FDBSWEEP::CmdLogon_Click() {
 void FDBSWEEP::cmdDefaultSize_Click() {
   showNormal();
   resize(twipsToPixelsX(this, DefaultWidthTwips), twipsToPixelsY(this, m_designHeight));
+}
+
+void FDBSWEEP::showSessions() {
+  FDBSWEEP_SS window(m_state, m_services.boxes, m_u, m_popPop, this);
+  window.exec();
 }
 
 void FDBSWEEP::cmdVer_Click() {

@@ -121,6 +121,8 @@ private:
   void showVersionMessage();
   // The version window.
   void cmdVer_Click();
+  // The session monitor.
+  void showSessions();
   void openDateTimeSettings();
   // Settles work pending in this window before the session goes; false when the user cancels.
   bool settlePendingWork();
