@@ -47,6 +47,12 @@ FDBSWEEP_SS::FDBSWEEP_SS(BDBSWEEP& state, MessageBoxes& boxes, int u, PopPop* me
   auto* hint = new QLabel(QStringLiteral("行をクリックするとセッションを削除出来ます"), this);
   hint->setObjectName(QStringLiteral("Label2"));
 
+  // A row's colours tell what is happening to its session; the selection colour must not hide them.
+  QPalette palette = m_grdData->palette();
+  palette.setColor(QPalette::Highlight, Qt::transparent);
+  palette.setColor(QPalette::HighlightedText, palette.color(QPalette::Text));
+  m_grdData->setPalette(palette);
+
   const double widths[] = {0.5, 0.8, 0.8, 4.0, 6.0, 0.2};
   m_grdData->setCols(6);
   m_grdData->setRows(1);
