@@ -23,6 +23,7 @@
 #include "services/MessageBoxes.h"
 #include "services/OraErrorBox.h"
 #include "services/Services.h"
+#include "services/UrlOpener.h"
 #include "sessions/FDBSWEEP_SS.h"
 #include "settings/RegSetting.h"
 #include "widgets/FlexGrid.h"
@@ -33,6 +34,7 @@
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -41,6 +43,7 @@
 #include <QScopedValueRollback>
 #include <QStatusBar>
 #include <QTimer>
+#include <QUrl>
 
 #include <cmath>
 #include <optional>
@@ -221,6 +224,7 @@ void FDBSWEEP::connectToolBar() {
   connect(m_tbar->defaultSize(), &QAction::triggered, this, &FDBSWEEP::cmdDefaultSize_Click);
   connect(m_tbar->printResult(), &QAction::triggered, this, &FDBSWEEP::cmdPrint_Click);
   connect(m_tbar->version(), &QAction::triggered, this, &FDBSWEEP::cmdVer_Click);
+  connect(m_tbar->help(), &QAction::triggered, this, &FDBSWEEP::openManual);
   connect(m_tbar->residentOn(), &QAction::triggered, this, [this] {
     SetTrayAutoStart(QStringLiteral("ON"), *m_state.gRegistry, m_services.launcher, m_services.boxes,
                      m_services.env.db.programFolder);
@@ -399,6 +403,18 @@ void FDBSWEEP::showSessions() {
 void FDBSWEEP::cmdVer_Click() {
   FDBSWEEP_Ver window(m_services, {}, this);
   window.exec();
+}
+
+void FDBSWEEP::openManual() {
+  const QString manual = m_services.env.db.programFolder + QStringLiteral("/manual/index.html");
+  const auto refuse = [&](const QString& text) {
+    m_services.boxes.show(text + QStringLiteral("\n") + QDir::toNativeSeparators(manual), QStringLiteral("DBSWEEP"),
+                          MessageBoxes::Buttons::Ok, MessageBoxes::Icon::Exclamation);
+  };
+  if (!QFileInfo::exists(manual))
+    refuse(QStringLiteral("ヘルプファイルが見つかりません。"));
+  else if (!m_services.urlOpener.open(QUrl::fromLocalFile(manual)))
+    refuse(QStringLiteral("ヘルプを表示するブラウザを起動できません。"));
 }
 
 void FDBSWEEP::showVersionMessage() {

@@ -123,6 +123,8 @@ private:
   void cmdVer_Click();
   // The session monitor.
   void showSessions();
+  // The manual beside the program, in the desktop's browser.
+  void openManual();
   void openDateTimeSettings();
   // Settles work pending in this window before the session goes; false when the user cancels.
   bool settlePendingWork();

@@ -4,9 +4,13 @@
 #include "about/FDBSWEEP_Ver.h"
 #include "about/SystemInfoTool.h"
 #include "app/FrameTexts.h"
+#include "app/MainToolBar.h"
+#include "services/UrlOpener.h"
 
 #include <QApplication>
+#include <QAction>
 #include <QClipboard>
+#include <QDir>
 #include <QLabel>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -70,6 +74,45 @@ private Q_SLOTS:
     QTest::mouseClick(window.findChild<QPushButton*>("cmdSysInfo"), Qt::LeftButton);
     QCOMPARE(fakes.boxes.shown().size(), 2);
     fakes.launcher.setSucceeds(true);
+  }
+
+  void theHelpEntryOpensTheManualBesideTheProgram() {
+    struct RecordingOpener final : UrlOpener {
+      bool open(const QUrl& url) override {
+        opened << url;
+        return succeeds;
+      }
+      QList<QUrl> opened;
+      bool succeeds = true;
+    } opener;
+    Machine m;
+    m.setSetting("PATH", m.env.db.programFolder); // not a first start
+    Services services{m.boxes, m.clock, m.launcher, m.fakes.desktop, m.fakes.print, opener, m.env};
+    BDBSWEEP state;
+    state.gRegistry = std::make_unique<clsREG>(m.registry, m.boxes);
+    FDBSWEEP window(state, services);
+    window.load();
+    QAction* help = window.findChild<MainToolBar*>()->help();
+    const QString manual = m.env.db.programFolder + "/manual/index.html";
+
+    // Not installed: said, with where it was looked for.
+    m.boxes.expect(MessageBoxes::Answer::Ok);
+    help->trigger();
+    QCOMPARE(m.boxes.shown().last().text, "ヘルプファイルが見つかりません。\n" + manual);
+    QVERIFY(opener.opened.isEmpty());
+
+    QVERIFY(QDir().mkpath(m.env.db.programFolder + "/manual"));
+    QFile page(manual);
+    QVERIFY(page.open(QIODevice::WriteOnly));
+    page.close();
+    help->trigger();
+    QCOMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(manual)});
+
+    // No browser to show it in: said too.
+    opener.succeeds = false;
+    m.boxes.expect(MessageBoxes::Answer::Ok);
+    help->trigger();
+    QCOMPARE(m.boxes.shown().last().text, "ヘルプを表示するブラウザを起動できません。\n" + manual);
   }
 
   void theMainWindowsButtonOpensIt() {
