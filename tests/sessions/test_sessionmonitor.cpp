@@ -3,6 +3,7 @@
 // during a question, a failing refresh, and the main window's status panel that opens it.
 #include "GridText.h"
 #include "MainWindowFixture.h"
+#include "OciDoubleFixture.h"
 #include "db/OraDatabase.h"
 #include "sessions/FDBSWEEP_SS.h"
 
@@ -195,6 +196,49 @@ private Q_SLOTS:
     QCOMPARE(m.boxes.shown().last().title, QString("エラー"));
     QCOMPARE(column(g, 1), sids);
     QCOMPARE(window.findChild<QLabel*>("lblTotal")->text(), QString("TOTAL 0件"));
+  }
+
+  void worksOnOracleThroughTheClientLibrary() {
+    using namespace OciDouble;
+    constexpr unsigned short Number = 2, Varchar2 = 1;
+    OciDoubleAnswer list;
+    list.columns = {column("SID", Number, 22), column("SERIAL#", Number, 22), column("MACHINE", Varchar2, 64),
+                    column("PROGRAM", Varchar2, 48)};
+    list.rows = {{"12", "345", "WORKGROUP\\PC01", "sqlplus.exe"}, {"40", "7", "dbhost", "oracle@dbhost (PMON)"}};
+    OciDoubleAnswer killed;
+    OciDoubleAnswer refused;
+    refused.error = 27;
+    refused.errorText = "cannot kill current session";
+    {
+      auto& s = server();
+      std::lock_guard lock(s.mutex);
+      s.answers["SELECT SID,SERIAL#,MACHINE,PROGRAM FROM V$SESSION"] = list;
+      s.answers["ALTER SYSTEM KILL SESSION '12,345'"] = killed;
+      s.answers["ALTER SYSTEM KILL SESSION '40,7'"] = refused;
+    }
+    BDBSWEEP oracle;
+    oracle.gDatabase = std::make_shared<OraDatabase>(OciConnection::connect(
+        OciLibrary::load(search()), QStringLiteral("ORCL"), QStringLiteral("scott"), QStringLiteral("tiger"), {}));
+    FDBSWEEP_SS window(oracle, m.boxes, 800, nullptr);
+    window.show();
+    FlexGrid& g = *window.findChild<FlexGrid*>("grdData");
+    QCOMPARE(::rowOf(g, 1), (QStringList{"1", "12", "345", "WORKGROUP\\PC01", "sqlplus.exe", ""}));
+    QCOMPARE(window.findChild<QLabel*>("lblTotal")->text(), QString("TOTAL 2件"));
+    const size_t logStart = [] {
+      auto& s = server();
+      std::lock_guard lock(s.mutex);
+      return s.log.size();
+    }();
+    for (Answer a : {Answer::Yes, Answer::Ok, Answer::Yes, Answer::Ok})
+      m.boxes.expect(a);
+    click(g, 1);
+    QCOMPARE(m.boxes.shown().last().text, QString("正常終了しました"));
+    click(g, 2);
+    QCOMPARE(m.boxes.shown().last().text, QString("セッションを削除できません"));
+    const auto log = logFrom(logStart);
+    QVERIFY(std::any_of(log.begin(), log.end(), [](const std::string& l) {
+      return l.find("ALTER SYSTEM KILL SESSION '12,345'") != std::string::npos;
+    }));
   }
 
   void theMainWindowsSessionPanelOpensIt() {
