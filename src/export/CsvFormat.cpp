@@ -4,6 +4,8 @@
 
 #include <QDateTime>
 
+#include <charconv>
+
 CsvField CsvFieldOf(const QString& type) {
   if (type == u"RAW" || type == u"LOB" || type == u"LONG RAW" || type == u"BLOB" || type == u"CLOB")
     return CsvField::TypeName;
@@ -28,6 +30,26 @@ QString CsvHeaderLine(const QList<CsvColumn>& columns, const CsvOptions& options
   if (!line.isEmpty())
     line.chop(options.separator.size());
   return line;
+}
+
+void AppendCsvBare(QString& line, const QVariant& value) {
+  // Numbers, the bulk of most tables, go in without a text of their own.
+  char digits[32];
+  std::to_chars_result end{};
+  switch (value.typeId()) {
+  case QMetaType::LongLong: end = std::to_chars(digits, digits + sizeof digits, value.toLongLong()); break;
+  case QMetaType::Int: end = std::to_chars(digits, digits + sizeof digits, value.toInt()); break;
+  case QMetaType::Double: end = std::to_chars(digits, digits + sizeof digits, value.toDouble()); break;
+  default: line += CsvBareText(value); return;
+  }
+  line += QLatin1StringView(digits, end.ptr - digits);
+}
+
+void AppendCsvText(QString& line, const QVariant& value) {
+  if (value.typeId() == QMetaType::QString)
+    line += *static_cast<const QString*>(value.constData());
+  else if (value.isValid())
+    line += value.toString();
 }
 
 QString CsvBareText(const QVariant& value) {

@@ -41,6 +41,10 @@ QString CsvHeaderLine(const QList<CsvColumn>& columns, const CsvOptions& options
 // The text a Bare field shows for a value: numbers in their shortest general form, dates as
 // the date alone at midnight and with the time otherwise, Null as 0.
 QString CsvBareText(const QVariant& value);
+// The same, appended to line without a text of its own in between.
+void AppendCsvBare(QString& line, const QVariant& value);
+// A character value's text appended to line: a text value as it is, anything else as its text.
+void AppendCsvText(QString& line, const QVariant& value);
 
 // Appends one row's values as one line without its end. For each field read,
 // fieldWritten(column index, first, end) tells where the value's text lies in line (string
@@ -60,13 +64,12 @@ void AppendCsvRow(QString& line, const QVariantList& values, const QList<CsvColu
       const QVariant& value = values[j];
       if (column.field == CsvField::Bare) {
         const qsizetype first = line.size();
-        line += CsvBareText(value);
+        AppendCsvBare(line, value);
         fieldWritten(j, first, line.size());
       } else {
         line += options.stringSeparator;
         const qsizetype first = line.size();
-        if (value.isValid())
-          line += value.toString();
+        AppendCsvText(line, value);
         fieldWritten(j, first, line.size());
         line += options.stringSeparator;
       }
