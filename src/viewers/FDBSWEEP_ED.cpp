@@ -96,7 +96,8 @@ void FDBSWEEP_ED::LoadData() {
     rows.reset();
   }
   if (rows) {
-    m_grdED->setColWidth(0, pixelsToTwipsX(m_grdED, m_grdED->fontMetrics().horizontalAdvance(QStringLiteral("999999"))));
+    const int numberWidth = m_grdED->fontMetrics().horizontalAdvance(QStringLiteral("999999"));
+    m_grdED->setColWidth(0, pixelsToTwipsX(m_grdED, numberWidth));
     m_grdED->setRows(1);
     const int columns = LoadColumnInfo(m_state, m_boxes);
     m_grdED->setCols(columns + 1);
