@@ -1,6 +1,6 @@
 #include "export/Cp932Text.h"
 
-#include <QString>
+#include <QStringEncoder>
 
 namespace {
 
@@ -20,51 +20,49 @@ char16_t folded(char16_t c) {
   }
 }
 
-bool needsFolding(QStringView text) {
-  for (QChar c : text)
-    if (folded(c.unicode()) != c.unicode())
-      return true;
-  return false;
-}
-
 } // namespace
 
-Cp932Text::Cp932Text() : m_encoder(Codec, QStringConverter::Flag::Stateless), m_known(0x10000, 0) {}
+Cp932Text::Cp932Text() : m_codes(0x10000) {}
 
-bool Cp932Text::holds(char32_t c) {
-  if (c < 0x80)
-    return true;
-  if (c > 0xFFFF)
-    return false; // CP932 has nothing beyond the basic plane
-  std::uint8_t& known = m_known[c];
-  if (known == 0) {
-    // A converter of its own: the error flag of one that has met a failure stays set.
+const Cp932Text::Code& Cp932Text::codeOf(char16_t c) {
+  Code& code = m_codes[c];
+  if (code.length == 0) {
+    // A converter of its own: the error flag of one that has met a failure stays set. A lone
+    // surrogate is no character at all.
     QStringEncoder probe(Codec, QStringConverter::Flag::Stateless);
-    const char16_t one = folded(char16_t(c));
+    const char16_t one = folded(c);
     const QByteArray bytes = probe.encode(QStringView(&one, 1)); // encodes only once it is a QByteArray
-    known = probe.hasError() || bytes.isEmpty() ? 2 : 1;
+    code.held = !probe.hasError() && !bytes.isEmpty() && !QChar::isSurrogate(c);
+    code.length = bytes.size() == 1 ? 1 : 2;
+    code.bytes[0] = bytes.isEmpty() ? '?' : std::uint8_t(bytes[0]);
+    code.bytes[1] = bytes.size() > 1 ? std::uint8_t(bytes[1]) : 0;
   }
-  return known == 1;
+  return code;
 }
 
 qsizetype Cp932Text::firstUnencodable(QStringView text) {
   for (qsizetype i = 0; i < text.size(); ++i) {
-    const QChar c = text[i];
-    if (c.unicode() < 0x80)
-      continue;
-    if (c.isSurrogate())
-      return i;
-    if (!holds(c.unicode()))
+    const char16_t c = text[i].unicode();
+    if (c >= 0x80 && !codeOf(c).held)
       return i;
   }
   return -1;
 }
 
 QByteArray Cp932Text::encode(QStringView text) {
-  if (!needsFolding(text))
-    return m_encoder.encode(text);
-  QString copy = text.toString();
-  for (QChar& c : copy)
-    c = QChar(folded(c.unicode()));
-  return m_encoder.encode(copy);
+  QByteArray out(text.size() * 2, Qt::Uninitialized);
+  char* to = out.data();
+  for (const QChar ch : text) {
+    const char16_t c = ch.unicode();
+    if (c < 0x80) {
+      *to++ = char(c);
+      continue;
+    }
+    const Code& code = codeOf(c);
+    *to++ = char(code.bytes[0]);
+    if (code.length == 2)
+      *to++ = char(code.bytes[1]);
+  }
+  out.truncate(to - out.data());
+  return out;
 }
