@@ -47,7 +47,7 @@ private Q_SLOTS:
   void initTestCase() {
     m_fx = std::make_unique<EngineFixture>();
     auto db = m_fx->sales();
-    db->ExecuteSQL("create table ITEMS (ID NUMBER(6), NAME VARCHAR2(4), BOUGHT DATE, MEMO CLOB, PIC LONG RAW)");
+    db->ExecuteSQL("create table ITEMS (ID NUMBER(6), NAME VARCHAR2(5), BOUGHT DATE, MEMO CLOB, PIC LONG RAW)");
     db->ExecuteSQL("create table TBCLMM (CLM_ID VARCHAR2(30), CLM_NM VARCHAR2(60))");
     db->ExecuteSQL("insert into TBCLMM values ('NAME', '品名称の長い表示名')");
     db->ExecuteSQL("create table DIGITS (D NUMBER(1))");
@@ -105,7 +105,7 @@ private Q_SLOTS:
     QCOMPARE(rowOf(g, 3), (QStringList{"3", "3", "Null", "2024/01/04", "CLOB", "LONG RAW"}));
     const QFontMetrics metrics = g.fontMetrics();
     const auto letters = [&](int n) { return pixelsToTwipsX(&g, metrics.horizontalAdvance(QString(n, u'H'))) + 60; };
-    // A date is 20 letters wide whatever its heading; NAME holds 4 characters but its display
+    // A date is 20 letters wide whatever its heading; NAME holds 5 characters but its display
     // name takes 18 bytes in the ANSI code page; ID is six digits and one more.
     QCOMPARE(g.ColWidth(3), letters(20));
     QCOMPARE(g.ColWidth(2), letters(18));
