@@ -6,6 +6,7 @@
 #include "JobBench.h"
 #include "MedianTime.h"
 #include "common/BDBSWEEP.h"
+#include "db/OraSession.h"
 #include "jobs/DeleteJob.h"
 #include "jobs/JobPlan.h"
 #include "jobs/JobProgress.h"
@@ -38,7 +39,10 @@ int main(int argc, char* argv[]) {
   const int repeats = argc > 2 ? std::atoi(argv[2]) : 3;
 
   const BenchInstance instance;
-  auto database = std::make_shared<OraDatabase>(instance.logOn(QStringLiteral("system")));
+  // The deletes wait in the session's transaction, as in the program, and are committed after.
+  const auto session = std::make_shared<OraSession>(DbEnvironment{});
+  const std::shared_ptr<OraDatabase> database =
+      session->OpenDatabase(QStringLiteral("local:") + instance.folder, QStringLiteral("system/pw"), 0);
   database->ExecuteSQL(QStringLiteral("create table SOURCE (ID number(10), SHOP varchar2(8), QTY number)"));
   database->ExecuteSQL(QStringLiteral("create table T (ID number(10), SHOP varchar2(8), QTY number)"));
   database->connection().begin();
@@ -47,6 +51,7 @@ int main(int argc, char* argv[]) {
   database->connection().commit();
 
   BDBSWEEP state;
+  state.gSession = session;
   state.gDatabase = database;
   SystemClock clock;
   TextSink sink;
@@ -63,7 +68,7 @@ int main(int argc, char* argv[]) {
     boxes.queue.enqueue(MessageBoxes::Answer::No);
     boxes.queue.enqueue(oneByOne ? MessageBoxes::Answer::Yes : MessageBoxes::Answer::No);
     const double ms = msOf([&] { RunDeleteJob(plan, context, progress, true); });
-    database->connection().commit();
+    session->CommitTrans();
     const qint64 left = database->CreateDynaset(QStringLiteral("select ID from T"), OraDynaset::NoCache)->RecordCount();
     if (left != 0) {
       std::fprintf(stderr, "%lld rows were not deleted\n", left);

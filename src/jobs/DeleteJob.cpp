@@ -14,6 +14,7 @@
 #include "services/MessageBoxes.h"
 
 #include <memory>
+#include <optional>
 
 using namespace ResultLineText;
 using Answer = MessageBoxes::Answer;
@@ -30,18 +31,23 @@ OraDatabase& databaseOf(const std::shared_ptr<OraDatabase>& database) {
   return *database;
 }
 
-// The shared start of both jobs: the stop flag down, a transaction begun where a session is
-// (a failure there only means every statement will say why), the start banner.
-void begin(JobContext& context, JobReport& report, const QString& banner) {
+// The shared start of both jobs: the stop flag down, a transaction begun, the start banner.
+// Without a transaction, the reason: there is no session (a logon was given up after the old
+// session was released, so the database left behind would commit each delete at once), or it
+// would not begin one.
+std::optional<OraError> begin(JobContext& context, JobReport& report, const QString& banner) {
   context.state.gCancelRequested = false;
+  std::optional<OraError> noTransaction = NotConnected();
   if (const std::shared_ptr<OraSession> session = context.state.gSession) {
     try {
       context.statements.run([&session] { session->BeginTrans(); });
-    } catch (const OraError&) {
-      // The statements that follow report the same failure where the user can see it.
+      noTransaction.reset();
+    } catch (const OraError& e) {
+      noTransaction = e;
     }
   }
   report.open(banner);
+  return noTransaction;
 }
 
 bool cancelled(JobContext& context, JobProgress& progress) {
@@ -169,11 +175,15 @@ void deleteFiltered(const JobPlan& plan, bool oneByOne, JobContext& context, Job
 
 bool RunDeleteJob(const JobPlan& plan, JobContext& context, JobProgress& progress, bool offerTruncate) {
   JobReport report(context);
-  begin(context, report, DeleteStartBanner);
+  const std::optional<OraError> noTransaction = begin(context, report, DeleteStartBanner);
   bool pending = false;
   const Mode mode = chooseMode(plan, context, offerTruncate);
   if (mode == Mode::Truncate) {
     wholeTables(plan, QStringLiteral("truncate table "), QStringLiteral("TRUNCATE"), context, report, progress);
+  } else if (mode != Mode::Cancel && noTransaction) {
+    // Rows deleted outside a transaction could not be rolled back: none are touched.
+    for (const JobTarget& target : plan.targets)
+      report.failure(target.id, *noTransaction, target.name);
   } else if (mode != Mode::Cancel) {
     deleteFiltered(plan, mode == Mode::RowByRow, context, report, progress);
     pending = true;
@@ -184,7 +194,7 @@ bool RunDeleteJob(const JobPlan& plan, JobContext& context, JobProgress& progres
 
 void RunDropJob(const JobPlan& plan, JobContext& context, JobProgress& progress) {
   JobReport report(context);
-  begin(context, report, DropStartBanner);
+  begin(context, report, DropStartBanner); // a drop commits by itself, transaction or not
   const Answer answer = context.boxes.show(
       QStringLiteral("テーブルを跡形もなく消し去りますか？\r\n（データ・テーブル定義共に消去され、復活は出来なくなります)"),
       Title, MessageBoxes::Buttons::YesNo, MessageBoxes::Icon::Question, 2);

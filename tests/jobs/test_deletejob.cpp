@@ -246,6 +246,22 @@ private Q_SLOTS:
     QCOMPARE(s.sink.lines, before);
   }
 
+  void noRowIsDeletedWhereNoTransactionHoldsTheDeletes() {
+    // The session was released for a logon that was then given up: the database left behind
+    // would commit every delete at once, so none is sent.
+    Shop s;
+    s.state.gSession.reset();
+    s.boxes.expect(Answer::No);
+    s.boxes.expect(Answer::No);
+    QVERIFY(!s.remove());
+    QCOMPARE(s.tableLines(),
+             (QStringList{"RD|A               :Err 3114:エー", "RD|ORA-03114: not connected to ORACLE",
+                          "RD|B               :Err 3114:ビー", "RD|ORA-03114: not connected to ORACLE",
+                          "RD|C               :Err 3114:シー", "RD|ORA-03114: not connected to ORACLE"}));
+    s.state.gDatabase.reset(); // nothing of this session may be pending when the rows are counted
+    QCOMPARE(s.rows("A") + s.rows("B") + s.rows("C"), 12);
+  }
+
   void dropAsksFirstAndLeavesNoTrace() {
     Shop s;
     s.boxes.expect(Answer::No);
