@@ -17,6 +17,7 @@ for f in lib/dbsweep/dbsweep lib/dbsweep/dbsweep-tray lib/dbsweep/dbsweep-sql; d
 done
 for f in lib/dbsweep/demo/demo.sql lib/dbsweep/demo/TBTBLM.dat lib/dbsweep/demo/TBCLMM.dat \
          lib/dbsweep/TBTBLM.dat lib/dbsweep/TBCLMM.dat \
+         lib/dbsweep/manual/index.html \
          share/applications/dbsweep.desktop share/icons/hicolor/scalable/apps/dbsweep.svg; do
   [ -f "$prefix/$f" ] || fail "$f is missing"
 done
