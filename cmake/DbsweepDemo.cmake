@@ -20,4 +20,6 @@ function(dbsweep_demo_files target)
     COMMENT "Copying the demo files beside ${target}"
     VERBATIM)
   add_custom_target(${target}_demo ALL DEPENDS ${stamp})
+  # Building the program alone brings its demo along: it cannot log on to local:demo without it.
+  add_dependencies(${target} ${target}_demo)
 endfunction()

@@ -15,4 +15,5 @@ function(dbsweep_manual target)
     COMMENT "Copying the manual beside ${target}"
     VERBATIM)
   add_custom_target(${target}_manual ALL DEPENDS ${stamp})
+  add_dependencies(${target} ${target}_manual)
 endfunction()
