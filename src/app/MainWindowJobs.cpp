@@ -24,6 +24,7 @@
 
 #include <QCheckBox>
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -38,12 +39,36 @@ namespace {
 class WindowProgress final : public JobProgress {
 public:
   explicit WindowProgress(QWidget& window) : m_window(window) {}
-  void setCaption(const QString& caption) override { m_window.setWindowTitle(caption); }
+  // The window manager redraws the frame for every new title: a row-by-row delete of a big table
+  // would hand it tens of thousands a second and leave the desktop, the stop button included,
+  // unable to answer. The first captions all show; after them, the newest at most every 50 ms.
+  void setCaption(const QString& caption) override {
+    m_pending = caption;
+    if (m_shown < EveryOneShown || !m_sinceShown.isValid() || m_sinceShown.elapsed() >= ThrottleMs)
+      show();
+  }
   // Paints the window, animates it and lets its stop button be pressed.
-  void yield() override { QCoreApplication::processEvents(); }
+  void yield() override {
+    if (!m_pending.isNull() && m_sinceShown.elapsed() >= ThrottleMs)
+      show();
+    QCoreApplication::processEvents();
+  }
 
 private:
+  static constexpr int EveryOneShown = 100;
+  static constexpr qint64 ThrottleMs = 50;
+
+  void show() {
+    m_window.setWindowTitle(m_pending);
+    m_pending = QString();
+    ++m_shown;
+    m_sinceShown.start();
+  }
+
   QWidget& m_window;
+  QString m_pending; // null when the window shows the newest caption
+  int m_shown = 0;
+  QElapsedTimer m_sinceShown;
 };
 
 } // namespace
