@@ -15,6 +15,7 @@
 #include "filter/FilterPanel.h"
 #include "jobs/PendingTransaction.h"
 #include "jobs/ResultList.h"
+#include "launcher/FDBSWEEP_Dia.h"
 #include "launcher/TrayAutoStart.h"
 #include "platform/DateTimeSettings.h"
 #include "printing/clsPrinter.h"
@@ -185,6 +186,7 @@ void FDBSWEEP::buildFilterAndButtons(QWidget* central) {
   connect(m_cmdEnd, &QPushButton::clicked, this, &QWidget::close);
   connect(m_cmdPrint, &QPushButton::clicked, this, &FDBSWEEP::cmdPrint_Click);
   connect(m_cmdVer, &QPushButton::clicked, this, &FDBSWEEP::cmdVer_Click);
+  connect(m_cmdOpt, &QPushButton::clicked, this, &FDBSWEEP::cmdOpt_Click);
 }
 
 void FDBSWEEP::buildStatusBar() {
@@ -225,6 +227,7 @@ void FDBSWEEP::connectToolBar() {
   connect(m_tbar->printResult(), &QAction::triggered, this, &FDBSWEEP::cmdPrint_Click);
   connect(m_tbar->version(), &QAction::triggered, this, &FDBSWEEP::cmdVer_Click);
   connect(m_tbar->help(), &QAction::triggered, this, &FDBSWEEP::openManual);
+  connect(m_tbar->options(), &QAction::triggered, this, &FDBSWEEP::cmdOpt_Click);
   connect(m_tbar->residentOn(), &QAction::triggered, this, [this] {
     SetTrayAutoStart(QStringLiteral("ON"), *m_state.gRegistry, m_services.launcher, m_services.boxes,
                      m_services.env.db.programFolder);
@@ -398,6 +401,11 @@ void FDBSWEEP::cmdDefaultSize_Click() {
 void FDBSWEEP::showSessions() {
   FDBSWEEP_SS window(m_state, m_services.boxes, m_u, m_popPop, this);
   window.exec();
+}
+
+void FDBSWEEP::cmdOpt_Click() {
+  FDBSWEEP_Dia dialog(m_state, m_services, this);
+  dialog.exec();
 }
 
 void FDBSWEEP::cmdVer_Click() {

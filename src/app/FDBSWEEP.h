@@ -121,6 +121,8 @@ private:
   void showVersionMessage();
   // The version window.
   void cmdVer_Click();
+  // The options: launcher entries and name-master names.
+  void cmdOpt_Click();
   // The session monitor.
   void showSessions();
   // The manual beside the program, in the desktop's browser.

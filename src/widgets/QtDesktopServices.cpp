@@ -2,12 +2,27 @@
 
 #include <QApplication>
 #include <QDesktopServices>
+#include <QDir>
 #include <QFileDialog>
 #include <QPrintDialog>
 #include <QPrinter>
 
-QString QtFileDialogs::openFileName(const QString& title, const QString& startFolder, const QString& filter) {
-  return QFileDialog::getOpenFileName(QApplication::activeWindow(), title, startFolder, filter);
+QString QtFileDialogs::openFileName(const QString& title, const QString& startPath, const QString& filter,
+                                    Show show) {
+  QFileDialog dialog(QApplication::activeWindow(), title, startPath, filter);
+  dialog.setFileMode(QFileDialog::ExistingFile);
+  if (show == Show::Programs) {
+    // Programs are known by their permission, not by their name: only Qt's own dialog can ask.
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setFilter(QDir::AllDirs | QDir::Files | QDir::Executable | QDir::NoDotAndDotDot);
+  }
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+    return QString();
+  return dialog.selectedFiles().first();
+}
+
+QString QtFileDialogs::saveFileName(const QString& title, const QString& startPath, const QString& filter) {
+  return QFileDialog::getSaveFileName(QApplication::activeWindow(), title, startPath, filter);
 }
 
 QString QtFileDialogs::BrowseForFolder(const QString& title, const QString& startFolder) {

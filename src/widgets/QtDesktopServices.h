@@ -7,7 +7,8 @@
 // The desktop's own dialogs and document opener, each shown over the active window.
 class QtFileDialogs final : public FileDialogs {
 public:
-  QString openFileName(const QString& title, const QString& startFolder, const QString& filter) override;
+  QString openFileName(const QString& title, const QString& startPath, const QString& filter, Show show) override;
+  QString saveFileName(const QString& title, const QString& startPath, const QString& filter) override;
   QString BrowseForFolder(const QString& title, const QString& startFolder) override;
 };
 

@@ -18,7 +18,8 @@ namespace {
 
 // A folder chooser that answers from a queue.
 struct ScriptedFolders final : FileDialogs {
-  QString openFileName(const QString&, const QString&, const QString&) override { return {}; }
+  QString openFileName(const QString&, const QString&, const QString&, Show) override { return {}; }
+  QString saveFileName(const QString&, const QString&, const QString&) override { return {}; }
   QString BrowseForFolder(const QString& title, const QString& start) override {
     asked << title + u'|' + start;
     return answers.isEmpty() ? QString() : answers.takeFirst();

@@ -75,7 +75,8 @@ private:
 // call fails the test and is answered as a cancel.
 class UnexpectedDesktop final : public FileDialogs, public UrlOpener {
 public:
-  QString openFileName(const QString& title, const QString&, const QString&) override { return fail(title); }
+  QString openFileName(const QString& title, const QString&, const QString&, Show) override { return fail(title); }
+  QString saveFileName(const QString& title, const QString&, const QString&) override { return fail(title); }
   QString BrowseForFolder(const QString& title, const QString&) override { return fail(title); }
   bool open(const QUrl& url) override {
     fail(url.toString());
