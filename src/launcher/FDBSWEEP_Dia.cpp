@@ -69,6 +69,7 @@ QWidget* FDBSWEEP_Dia::buildEntries() {
     e.txtName->setMinimumWidth(twipsToPixelsX(this, 4200));
     e.cmdView = new QPushButton(QStringLiteral("..."), box);
     e.cmdView->setAutoDefault(false);
+    e.cmdView->setFixedWidth(twipsToPixelsX(this, 450));
     e.Icon1 = new QLabel(box);
     e.Icon1->setFixedSize(icon, icon);
     e.cmbPara = new QComboBox(box);
