@@ -1,5 +1,6 @@
 #pragma once
 
+#include "db/local/ColumnTypes.h"
 #include "db/local/OracleType.h"
 #include "db/local/TokenCursor.h"
 
@@ -76,6 +77,8 @@ private:
   void refreshNullable(const QString& owner, const QString& table);
   void rebuild(const QString& owner, const QString& table, const QString& schema, const Constraint* validating);
   QString tableDdl(const QString& owner, const QString& table, const QString& target) const;
+  std::vector<ColumnTypes::Column> columnTypes(const QString& owner, const QString& table) const;
+  void createTriggers(const QString& owner, const QString& table, const QString& schema);
   void createSqliteIndexes(const QString& owner, const QString& table, const QString& schema);
   QString translateCondition(const QString& condition) const;
   QStringList constraintColumns(const QString& owner, const QString& name) const;

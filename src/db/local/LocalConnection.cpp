@@ -2,6 +2,7 @@
 #include "db/local/OracleFunctions.h"
 
 #include "db/local/Catalogue.h"
+#include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/OracleDateTime.h"
@@ -162,6 +163,7 @@ LocalConnection::~LocalConnection() {
 void LocalConnection::registerFunctions() {
   sqlite3_create_collation_v2(m_db, "ORADATE", SQLITE_UTF8, nullptr, compareDates, nullptr);
   OracleFunctions::registerAll(m_db);
+  ColumnTypes::registerFunctions(m_db);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);
 }
@@ -215,7 +217,7 @@ QString LocalConnection::schemaOf(const QString& owner) {
 }
 
 SqlTranslator LocalConnection::translator() {
-  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}};
+  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}};
   context.hasColumn = [this](std::vector<SqlToken> item, const QString& column) {
     item.push_back(SqlToken{});
     try {
@@ -228,6 +230,13 @@ SqlTranslator LocalConnection::translator() {
       // A FROM item that does not exist has no columns; the query reports it.
     }
     return false;
+  };
+  context.declaredType = [this](const QString& sql) {
+    try {
+      return SqliteStmt(m_db, sql).declaredType(0);
+    } catch (const SqliteFailure&) {
+      return QString(); // a column of an outer query, or none at all
+    }
   };
   return SqlTranslator(context);
 }

@@ -364,22 +364,9 @@ void lastDay(Call& c) {
   c.set(OracleDateTime::lastDay(c.date(0)));
 }
 
-// Oracle's binary + and -, which the translator turns into calls of these: a DATE (a text in its
+// Oracle's arithmetic, which the translator turns into calls of these: a DATE (a text in its
 // stored form) moves by a number of days, two DATEs subtract to the days between them, and
-// numbers add as SQLite adds them, a text other than a number being ORA-01722 as in Oracle.
-Value sum(const Value& a, const Value& b) {
-  qint64 whole = 0;
-  if (a.isInteger && b.isInteger && !__builtin_add_overflow(a.integer, b.integer, &whole))
-    return Value::of(whole);
-  return Value::of(a.toDouble() + b.toDouble());
-}
-
-Value negated(const Value& v) {
-  if (v.isInteger && v.integer != std::numeric_limits<qint64>::min())
-    return Value::of(-v.integer);
-  return Value::of(-v.toDouble());
-}
-
+// numbers compute in decimal; a text other than a number is ORA-01722 as in Oracle.
 OraError dateNotNumber() { return OraError(932, QStringLiteral("inconsistent datatypes: expected NUMBER got DATE")); }
 
 void plus(Call& c) {
@@ -393,7 +380,7 @@ void plus(Call& c) {
     return c.set(OracleDateTime::addDays(*a, c.number(1).toDouble()));
   if (b)
     return c.set(OracleDateTime::addDays(*b, c.number(0).toDouble()));
-  c.set(sum(c.number(0), c.number(1)));
+  c.set(OracleNumber::add(c.number(0), c.number(1)));
 }
 
 void minus(Call& c) {
@@ -410,7 +397,41 @@ void minus(Call& c) {
     return c.set(OracleDateTime::addDays(*a, -c.number(1).toDouble()));
   if (b)
     throw dateNotNumber();
-  c.set(sum(c.number(0), negated(c.number(1))));
+  c.set(OracleNumber::add(c.number(0), OracleNumber::negate(c.number(1))));
+}
+
+// Numbers only: a DATE has no product, quotient or sign.
+Value numberOperand(Call& c, int i) {
+  if (c.storedDate(i))
+    throw dateNotNumber();
+  return c.number(i);
+}
+
+template <Value (*Operation)(const Value&, const Value&)> void numeric(Call& c) {
+  if (c.anyNull())
+    return c.setNull();
+  c.set(Operation(numberOperand(c, 0), numberOperand(c, 1)));
+}
+
+void negate(Call& c) {
+  if (c.isNull(0))
+    return c.setNull();
+  c.set(OracleNumber::negate(numberOperand(c, 0)));
+}
+
+// A text literal compared with a value takes the value's kind, as Oracle converts the text side
+// of a comparison with a number.
+void compared(Call& c) {
+  if (!c.isNull(0) && c.isNumber(0))
+    return c.set(c.number(1));
+  c.setArgument(1);
+}
+
+// The value of a query used as a value, given how many rows it has, counted up to two.
+void singleRow(Call& c) {
+  if (c.integer(0) > 1)
+    throw OraError(1427, QStringLiteral("single-row subquery returns more than one row"));
+  c.setArgument(1);
 }
 
 int fractionDigits(const Decimal& d) { return qMax(0, int(d.digits().size()) - d.point()); }
@@ -550,13 +571,18 @@ void registerAll(sqlite3* db) {
       {"ABS", 1, entry<abs>},
       {"dbsweep_plus", 2, entry<plus>},
       {"dbsweep_minus", 2, entry<minus>},
+      {"dbsweep_times", 2, entry<numeric<OracleNumber::multiply>>},
+      {"dbsweep_divide", 2, entry<numeric<OracleNumber::divide>>},
+      {"dbsweep_negate", 1, entry<negate>},
+      {"dbsweep_compared", 2, entry<compared>},
+      {"dbsweep_single_row", 2, entry<singleRow>},
       {"GREATEST", -1, entry<extreme<1>>},
       {"LEAST", -1, entry<extreme<-1>>},
       {"SYSTIMESTAMP", 0, entry<systimestamp>, false},
       {"dbsweep_sysdate", 0, entry<sysdate>, false},
   };
   for (const Function& f : functions)
-    sqlite3_create_function_v2(db, f.name, f.args, SQLITE_UTF8 | (f.deterministic ? SQLITE_DETERMINISTIC : 0), nullptr,
+    sqlite3_create_function_v2(db, f.name, f.args, SQLITE_UTF8 | (f.deterministic ? SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS : 0), nullptr,
                                f.call, nullptr, nullptr, nullptr);
 }
 

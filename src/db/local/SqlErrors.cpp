@@ -144,6 +144,10 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
        [](const auto&) {
          return OraError(1732, QStringLiteral("data manipulation operation not legal on this view"));
        }},
+      {QRegularExpression(QStringLiteral("ORDER BY term (out of range|does not match any column)")),
+       [](const auto&) {
+         return OraError(1785, QStringLiteral("ORDER BY item must be the number of a SELECT-list expression"));
+       }},
       {QRegularExpression(QStringLiteral("^incomplete input$")),
        [](const auto&) { return OraError(921, QStringLiteral("unexpected end of SQL command")); }},
       {QRegularExpression(QStringLiteral("syntax error")),

@@ -1,7 +1,9 @@
 #include "db/local/SqlTranslator.h"
 
 #include "db/OraError.h"
+#include "db/local/GroupingCheck.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/OracleNumber.h"
 #include "db/local/RownumLimits.h"
 
 #include <QSet>
@@ -97,16 +99,95 @@ size_t afterPrimary(const std::vector<SqlToken>& t, size_t i, size_t end) {
   return k;
 }
 
+size_t afterSigns(const std::vector<SqlToken>& t, size_t i, size_t end) {
+  while (i < end && isAdditive(t[i]))
+    ++i;
+  return i;
+}
+
 // Past a product: operands with their signs, joined by * and /.
 size_t afterTerm(const std::vector<SqlToken>& t, size_t i, size_t end) {
   for (;;) {
-    while (i < end && isAdditive(t[i]))
-      ++i;
-    i = afterPrimary(t, i, end);
+    i = afterPrimary(t, afterSigns(t, i, end), end);
     if (i >= end || !(t[i].is(u"*") || t[i].is(u"/")))
       return i;
     ++i;
   }
+}
+
+// Past a sum: products joined by +, - and ||.
+size_t afterSum(const std::vector<SqlToken>& t, size_t i, size_t end) {
+  i = afterTerm(t, i, end);
+  while (i != NoEnd && i < end && (isAdditive(t[i]) || t[i].is(u"||")))
+    i = afterTerm(t, i + 1, end);
+  return i;
+}
+
+bool isComparison(const SqlToken& t) {
+  return t.kind == SqlToken::Kind::Symbol && (t.is(u"=") || t.is(u"<>") || t.is(u"!=") || t.is(u"^=") ||
+                                              t.is(u"<") || t.is(u">") || t.is(u"<=") || t.is(u">="));
+}
+
+bool isTextLiteral(const std::vector<SqlToken>& t, size_t begin, size_t end) {
+  return end == begin + 1 && t[begin].kind == SqlToken::Kind::String && !t[begin].text.isEmpty();
+}
+
+bool isNumberLiteral(const std::vector<SqlToken>& t, size_t begin, size_t end) {
+  begin = afterSigns(t, begin, end);
+  return end == begin + 1 && t[begin].kind == SqlToken::Kind::Number;
+}
+
+// [owner.]table.column and the like: names joined by dots.
+bool isColumn(const std::vector<SqlToken>& t, size_t begin, size_t end) {
+  if ((end - begin) % 2 == 0)
+    return false;
+  for (size_t k = begin; k < end; k += 2)
+    if (!t[k].isName() || keywords().contains(t[k].upper()) || (k + 1 < end && !t[k + 1].is(u".")))
+      return false;
+  return true;
+}
+
+bool isSubquery(const std::vector<SqlToken>& t, size_t i, size_t end) {
+  return t[i].is(u"(") && i + 1 < end && (t[i + 1].is(u"SELECT") || t[i + 1].is(u"WITH"));
+}
+
+// Whether the parenthesis at open holds values: a call's arguments or a VALUES list.
+bool holdsValues(const std::vector<SqlToken>& t, size_t open) {
+  return open > 0 && (t[open - 1].is(u"VALUES") ||
+                      (t[open - 1].kind == SqlToken::Kind::Word && !keywords().contains(t[open - 1].upper())));
+}
+
+// Whether the comma at k separates values (select-list items, arguments, ORDER BY and VALUES
+// items), not FROM items.
+bool separatesValues(const std::vector<SqlToken>& t, size_t k) {
+  int depth = 0;
+  for (size_t j = k; j-- > 0;) {
+    if (t[j].is(u")"))
+      ++depth;
+    else if (t[j].is(u"(") && depth-- == 0)
+      return holdsValues(t, j);
+    else if (depth == 0 && (t[j].is(u"FROM") || t[j].is(u"SELECT") || t[j].is(u"BY")))
+      return !t[j].is(u"FROM");
+  }
+  return false;
+}
+
+// Whether a parenthesised query after the token is a value: a select-list item, an operand, a
+// condition's side, an argument; not a FROM item nor the list of IN, EXISTS or ANY.
+bool isScalarContext(const std::vector<SqlToken>& t, size_t before) {
+  const SqlToken& p = t[before];
+  if (isComparison(p) || isAdditive(p) || p.is(u"*") || p.is(u"/") || p.is(u"||"))
+    return true;
+  if (p.kind == SqlToken::Kind::Word)
+    return p.is(u"SELECT") || p.is(u"DISTINCT") || p.is(u"THEN") || p.is(u"ELSE") || p.is(u"WHEN") ||
+           p.is(u"WHERE") || p.is(u"AND") || p.is(u"OR") || p.is(u"NOT") || p.is(u"HAVING");
+  if (p.is(u","))
+    return separatesValues(t, before);
+  return p.is(u"(") && holdsValues(t, before);
+}
+
+bool isSetOperator(const SqlToken& t) {
+  return t.is(u"UNION") || t.is(u"INTERSECT") || t.is(u"MINUS") || t.is(u"EXCEPT");
 }
 
 // Words that close the list of an ORDER BY: the locking clause, row limits and window frames.
@@ -116,6 +197,42 @@ bool endsOrdering(const SqlToken& t) {
 }
 
 } // namespace
+
+// The FROM items [first, second) of the query block, UPDATE or DELETE that token at belongs to.
+std::optional<std::pair<size_t, size_t>> SqlTranslator::fromItems(const std::vector<SqlToken>& t, size_t at) {
+  size_t start = 0;
+  int depth = 0;
+  for (size_t j = at; j-- > 0;) {
+    if (t[j].is(u")"))
+      ++depth;
+    else if (t[j].is(u"(") && depth-- == 0) {
+      start = j + 1;
+      break;
+    } else if (depth == 0 && isSetOperator(t[j])) {
+      start = j + 1;
+      break;
+    }
+  }
+  size_t first = 0;
+  depth = 0;
+  for (size_t k = start; k < t.size() && t[k].kind != SqlToken::Kind::End; ++k) {
+    if (t[k].is(u"("))
+      ++depth;
+    else if (t[k].is(u")") && --depth < 0)
+      return first ? std::optional(std::pair(first, k)) : std::nullopt;
+    if (depth != 0)
+      continue;
+    if (!first && (t[k].is(u"FROM") || (k == start && (t[k].is(u"UPDATE") || t[k].is(u"DELETE"))))) {
+      first = k + 1;
+      if (t[k].is(u"DELETE") && k + 1 < t.size() && t[k + 1].is(u"FROM"))
+        ++first, ++k;
+    } else if (first && (t[k].is(u"WHERE") || t[k].is(u"GROUP") || t[k].is(u"HAVING") || t[k].is(u"ORDER") ||
+                         t[k].is(u"CONNECT") || t[k].is(u"START") || t[k].is(u"SET") || isSetOperator(t[k]))) {
+      return std::pair(first, k);
+    }
+  }
+  return first ? std::optional(std::pair(first, t.size() - 1)) : std::nullopt;
+}
 
 QString SqlTranslator::quoteName(const QString& name) {
   QString out = name;
@@ -147,6 +264,10 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     return translate(ansi, 0, ansi.size());
   }
   if (RownumLimits::contains(t, begin, end) && !m_rownumDone) {
+    // Checked as written: the limits' rewrite holds pieces of SQL no block structure reads.
+    for (size_t k = begin; k < end; ++k)
+      if (t[k].is(u"SELECT"))
+        GroupingCheck::check(t, k, end);
     const auto limited = RownumLimits::rewrite(t, begin, end);
     SqlTranslator inner(m_context);
     inner.m_rownumDone = true;
@@ -155,9 +276,17 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
   QStringList out;
   for (size_t i = begin; i < end && t[i].kind != SqlToken::Kind::End;) {
     if (t[i].is(u"SELECT")) {
+      if (!m_rownumDone)
+        GroupingCheck::check(t, i, end);
       out << QStringLiteral("SELECT");
       ++i;
       out << selectList(t, i, end);
+      continue;
+    }
+    if (t[i].is(u"SET")) {
+      out << QStringLiteral("SET");
+      ++i;
+      out << assignments(t, i, end);
       continue;
     }
     if (t[i].is(u"ORDER") && i + 1 < end && t[i + 1].is(u"BY")) {
@@ -166,8 +295,16 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       out << orderBy(t, i, end);
       continue;
     }
-    if (const auto sum = additive(t, i, begin, end)) {
-      out << *sum;
+    if (const auto compared = comparison(t, i, begin, end)) {
+      out << *compared;
+      continue;
+    }
+    if (const auto computed = arithmetic(t, i, begin, end)) {
+      out << *computed;
+      continue;
+    }
+    if (i > 0 && isScalarContext(t, i - 1) && isSubquery(t, i, end)) {
+      out << scalarSubquery(t, i, end);
       continue;
     }
     out << token(t, i, end);
@@ -273,12 +410,119 @@ QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t
   return items.join(QStringLiteral(", "));
 }
 
+// Oracle compares a number or a DATE with a text by converting the text, so that 1 = '1' holds
+// and a NUMBER column compared with 'x' is ORA-01722, where SQLite holds a number and a text
+// unequal. A text literal compared with a column is converted as the column's declared type
+// says, which keeps the column's index usable; compared with any other expression it takes the
+// kind of that expression's value.
+std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t, size_t& i, size_t begin,
+                                                 size_t end) const {
+  if (i > begin && endsOperand(t[i - 1]))
+    return std::nullopt;
+  const size_t op = afterSum(t, i, end);
+  if (op == NoEnd || op >= end || !isComparison(t[op]))
+    return std::nullopt;
+  const size_t after = afterSum(t, op + 1, end);
+  if (after == NoEnd)
+    return std::nullopt;
+  const bool textLeft = isTextLiteral(t, i, op);
+  if (textLeft == isTextLiteral(t, op + 1, after) || containsToken(t, i, after, u"NEXTVAL"))
+    return std::nullopt;
+  const size_t textAt = textLeft ? i : op + 1;
+  const size_t otherBegin = textLeft ? op + 1 : i;
+  const size_t otherEnd = textLeft ? after : op;
+  const QString other = translate(t, otherBegin, otherEnd);
+  QString text = translate(t, textAt, textAt + 1);
+  if (isNumberLiteral(t, otherBegin, otherEnd)) {
+    text = QStringLiteral("TO_NUMBER(%1)").arg(text);
+  } else if (!isColumn(t, otherBegin, otherEnd)) {
+    text = QStringLiteral("dbsweep_compared(%1, %2)").arg(other, text);
+  } else {
+    const QString type = declaredType(t, otherBegin, otherEnd);
+    if (type == u"NUMBER" || type == u"FLOAT")
+      text = QStringLiteral("TO_NUMBER(%1)").arg(text);
+    else if (type == u"DATE")
+      text = QStringLiteral("TO_DATE(%1)").arg(text);
+    else
+      return std::nullopt;
+  }
+  size_t o = op;
+  const QString compared = (textLeft ? text : other) + u' ' + token(t, o, end) + u' ' + (textLeft ? other : text);
+  i = after;
+  return compared;
+}
+
+// The SQLite type a column [begin, end) is declared with in its query block, read from a probe
+// of the block's FROM items; "" where that cannot tell (a column of an outer query, a
+// statement without FROM).
+QString SqlTranslator::declaredType(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
+  if (m_probing || !m_context.declaredType)
+    return {};
+  const auto from = fromItems(t, begin);
+  if (!from)
+    return {};
+  SqlTranslator probe(m_context);
+  probe.m_probing = true;
+  probe.m_rownumDone = true;
+  try {
+    return m_context.declaredType(QStringLiteral("SELECT %1 FROM %2 WHERE 0")
+                                      .arg(probe.translate(t, begin, end), probe.translate(t, from->first, from->second)));
+  } catch (const OraError&) {
+    return {};
+  }
+}
+
+// A query used as a value gives at most one row: Oracle raises ORA-01427 for a second, where
+// SQLite would take the first.
+QString SqlTranslator::scalarSubquery(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
+  const size_t close = afterGroup(t, i, end);
+  if (close == NoEnd)
+    throw OraError(907, QStringLiteral("missing right parenthesis"));
+  const QString query = translate(t, i + 1, close - 1);
+  i = close;
+  return QStringLiteral("dbsweep_single_row((SELECT count(*) FROM (SELECT 1 FROM (%1) LIMIT 2)), (%1))").arg(query);
+}
+
+// UPDATE's "SET column = value, ...": assignments, which the comparisons above must not take
+// for conditions.
+QString SqlTranslator::assignments(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
+  QStringList items;
+  while (i < end && t[i].kind != SqlToken::Kind::End) {
+    int depth = 0;
+    size_t k = i;
+    for (; k < end && !(depth == 0 && t[k].is(u"=")); ++k)
+      depth += t[k].is(u"(") ? 1 : t[k].is(u")") ? -1 : 0;
+    if (k >= end)
+      break;
+    const QString target = translate(t, i, k);
+    const size_t value = k + 1;
+    for (k = value; k < end && t[k].kind != SqlToken::Kind::End; ++k) {
+      if (t[k].is(u"("))
+        ++depth;
+      else if (t[k].is(u")"))
+        --depth;
+      else if (depth == 0 && (t[k].is(u",") || t[k].is(u"WHERE") || t[k].is(u"RETURNING")))
+        break;
+    }
+    items << target + QStringLiteral(" = ") + translate(t, value, k);
+    i = k;
+    if (i < end && t[i].is(u",")) {
+      ++i;
+      continue;
+    }
+    break;
+  }
+  return items.join(QStringLiteral(", "));
+}
+
 // Oracle's + and - also move a DATE by days and count the days between two, which SQLite's
 // operators cannot: each becomes a call of an engine function that looks at its values. || ranks
 // with them in Oracle, left to right, and skips a NULL operand, where SQLite's binds tighter
-// than * and / and gives NULL: it becomes the engine's CONCAT in the same chain.
-std::optional<QString> SqlTranslator::additive(const std::vector<SqlToken>& t, size_t& i, size_t begin,
-                                               size_t end) const {
+// than * and / and gives NULL: it becomes the engine's CONCAT in the same chain. * and / and a
+// sign become engine calls too, which compute in decimal and raise Oracle's errors where
+// SQLite would answer: a text that is no number, a division by zero, a DATE multiplied.
+std::optional<QString> SqlTranslator::arithmetic(const std::vector<SqlToken>& t, size_t& i, size_t begin,
+                                                 size_t end) const {
   if (i > begin && endsOperand(t[i - 1]))
     return std::nullopt;
   const size_t first = afterTerm(t, i, end);
@@ -295,19 +539,11 @@ std::optional<QString> SqlTranslator::additive(const std::vector<SqlToken>& t, s
     steps.push_back({k, k + 1, next});
     k = next;
   }
-  if (steps.empty())
-    return std::nullopt;
-  // A text literal in arithmetic is a number to Oracle, also next to a DATE: sysdate - '1' is
-  // yesterday and '2024/01/31' + 1 is ORA-01722, though that text reads as a stored DATE.
-  const auto operand = [&](size_t b, size_t e, bool numeric) {
-    const QString text = translate(t, b, e);
-    if (numeric && e == b + 1 && t[b].kind == SqlToken::Kind::String && !t[b].text.isEmpty())
-      return QStringLiteral("TO_NUMBER(%1)").arg(text);
-    return text;
-  };
-  QString chain = operand(i, first, isAdditive(t[steps.front().op]));
+  if (steps.empty() && afterPrimary(t, i, end) == first)
+    return std::nullopt; // a lone operand, no arithmetic
+  QString chain = term(t, i, first, !steps.empty() && isAdditive(t[steps.front().op]));
   for (const Step& s : steps) {
-    const QString right = operand(s.begin, s.end, isAdditive(t[s.op]));
+    const QString right = term(t, s.begin, s.end, isAdditive(t[s.op]));
     if (t[s.op].is(u"||"))
       chain = QStringLiteral("CONCAT(%1, %2)").arg(chain, right);
     else
@@ -315,8 +551,41 @@ std::optional<QString> SqlTranslator::additive(const std::vector<SqlToken>& t, s
           QStringLiteral("%1(%2, %3)")
               .arg(t[s.op].is(u"+") ? QStringLiteral("dbsweep_plus") : QStringLiteral("dbsweep_minus"), chain, right);
   }
-  i = steps.back().end;
+  i = first;
+  if (!steps.empty())
+    i = steps.back().end;
   return chain;
+}
+
+// A product [begin, end): signed operands joined by * and /. A text literal in arithmetic is a
+// number to Oracle, also next to a DATE: sysdate - '1' is yesterday and '2024/01/31' + 1 is
+// ORA-01722, though that text reads as a stored DATE; a lone operand of + and - is one when
+// numeric says so.
+QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t end, bool numeric) const {
+  const auto factor = [&](size_t b, size_t e, bool arithmetic) {
+    bool negative = false;
+    for (; b < e && isAdditive(t[b]); ++b)
+      negative ^= t[b].is(u"-");
+    arithmetic = arithmetic || negative;
+    QString text = translate(t, b, e);
+    if (arithmetic && e == b + 1 && t[b].kind == SqlToken::Kind::String && !t[b].text.isEmpty())
+      text = QStringLiteral("TO_NUMBER(%1)").arg(text);
+    if (!negative)
+      return text;
+    return e == b + 1 && t[b].kind == SqlToken::Kind::Number ? u'-' + text
+                                                              : QStringLiteral("dbsweep_negate(%1)").arg(text);
+  };
+  size_t k = afterPrimary(t, afterSigns(t, begin, end), end);
+  QString out = factor(begin, k, numeric || k < end);
+  while (k < end) {
+    const bool dividing = t[k].is(u"/");
+    const size_t e = afterPrimary(t, afterSigns(t, k + 1, end), end);
+    out = QStringLiteral("%1(%2, %3)")
+              .arg(dividing ? QStringLiteral("dbsweep_divide") : QStringLiteral("dbsweep_times"), out,
+                   factor(k + 1, e, true));
+    k = e;
+  }
+  return out;
 }
 
 QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t end) const {

@@ -8,9 +8,10 @@
 
 // Turns the Oracle SQL of queries, DML and conditions into SQLite SQL: names are folded and
 // quoted, '' becomes NULL, sequences and pseudo-columns become engine functions, other schemas
-// are reached through their attached names, and select-list labels are Oracle's. Binary + and -
-// become engine functions too, as they also add days to DATEs and subtract DATEs; || ranks with
-// them and treats NULL as Oracle's does, and ORDER BY places NULLs where Oracle places them.
+// are reached through their attached names, and select-list labels are Oracle's. Arithmetic
+// becomes engine functions too, as + and - also add days to DATEs and subtract DATEs and all of
+// it is decimal; || ranks with + and - and treats NULL as Oracle's does, a text literal compared
+// with a number converts to one, and ORDER BY places NULLs where Oracle places them.
 class SqlTranslator final {
 public:
   struct Context {
@@ -19,6 +20,9 @@ public:
     std::function<QString(const QString& owner)> schemaOf;
     // Places a (+) written on an unqualified column.
     OuterJoins::HasColumn hasColumn;
+    // The declared SQLite type of the first column of a probe query, "" when it has none or
+    // fails.
+    std::function<QString(const QString& sql)> declaredType;
   };
 
   explicit SqlTranslator(Context context) : m_context(std::move(context)) {}
@@ -37,8 +41,15 @@ private:
   QString token(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString selectList(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString orderBy(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
-  std::optional<QString> additive(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
+  QString declaredType(const std::vector<SqlToken>& t, size_t begin, size_t end) const;
+  static std::optional<std::pair<size_t, size_t>> fromItems(const std::vector<SqlToken>& t, size_t at);
+  QString scalarSubquery(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
+  QString assignments(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
+  std::optional<QString> comparison(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
+  std::optional<QString> arithmetic(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
+  QString term(const std::vector<SqlToken>& t, size_t begin, size_t end, bool numeric) const;
 
   Context m_context;
   bool m_rownumDone = false; // ROWNUM conditions are already limits
+  bool m_probing = false;    // translating a probe, which probes no further
 };
