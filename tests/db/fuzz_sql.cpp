@@ -113,6 +113,8 @@ private Q_SLOTS:
           ++oracleErrors;
           if (e.number() <= 0)
             failure = QStringLiteral("an error without an Oracle number for: ") + sql;
+          else if (e.number() == 600)
+            failure = QStringLiteral("an internal error (%1) for: %2").arg(e.message(), sql);
         } catch (const std::exception& e) {
           failure = QStringLiteral("%1 for: %2").arg(QString::fromLocal8Bit(e.what()), sql);
         }

@@ -148,6 +148,24 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
        [](const auto&) {
          return OraError(1785, QStringLiteral("ORDER BY item must be the number of a SELECT-list expression"));
        }},
+      {QRegularExpression(QStringLiteral("^table \\S+ has no column named (.+)$")),
+       [](const auto& mm) {
+         return OraError(904, QStringLiteral("\"%1\": invalid identifier").arg(mm.captured(1)));
+       }},
+      {QRegularExpression(QStringLiteral("^no tables specified$")),
+       [](const auto&) { return OraError(923, QStringLiteral("FROM keyword not found where expected")); }},
+      {QRegularExpression(QStringLiteral("^unrecognized token")),
+       [](const auto&) { return OraError(911, QStringLiteral("invalid character")); }},
+      {QRegularExpression(QStringLiteral("^row value misused$")),
+       [](const auto&) { return OraError(907, QStringLiteral("missing right parenthesis")); }},
+      {QRegularExpression(QStringLiteral("^misuse of window function")),
+       [](const auto&) { return OraError(30483, QStringLiteral("window  functions are not allowed here")); }},
+      {QRegularExpression(QStringLiteral("^default value of column .* is not constant$")),
+       [](const auto&) { return OraError(984, QStringLiteral("column not allowed here")); }},
+      {QRegularExpression(QStringLiteral("^aggregate functions are not allowed in the GROUP BY clause$")),
+       [](const auto&) { return OraError(934, QStringLiteral("group function is not allowed here")); }},
+      {QRegularExpression(QStringLiteral("^HAVING clause on a non-aggregate query$")),
+       [](const auto&) { return OraError(979, QStringLiteral("not a GROUP BY expression")); }},
       {QRegularExpression(QStringLiteral("^incomplete input$")),
        [](const auto&) { return OraError(921, QStringLiteral("unexpected end of SQL command")); }},
       {QRegularExpression(QStringLiteral("syntax error")),
