@@ -4,6 +4,7 @@
 #include "db/local/Catalogue.h"
 #include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
+#include "db/local/DecimalAggregates.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/SqlErrors.h"
@@ -164,6 +165,7 @@ void LocalConnection::registerFunctions() {
   sqlite3_create_collation_v2(m_db, "ORADATE", SQLITE_UTF8, nullptr, compareDates, nullptr);
   OracleFunctions::registerAll(m_db);
   ColumnTypes::registerFunctions(m_db);
+  DecimalAggregates::registerAll(m_db);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);
 }

@@ -190,6 +190,9 @@ bool isSetOperator(const SqlToken& t) {
   return t.is(u"UNION") || t.is(u"INTERSECT") || t.is(u"MINUS") || t.is(u"EXCEPT");
 }
 
+// Whether a declared SQLite type is one of Oracle's character types.
+bool isTextType(const QString& declared) { return declared.contains(u"CHAR") || declared == u"CLOB"; }
+
 // Words that close the list of an ORDER BY: the locking clause, row limits and window frames.
 bool endsOrdering(const SqlToken& t) {
   return t.is(u"FOR") || t.is(u"OFFSET") || t.is(u"FETCH") || t.is(u"ROWS") || t.is(u"RANGE") || t.is(u"UNION") ||
@@ -426,30 +429,40 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   if (after == NoEnd)
     return std::nullopt;
   const bool textLeft = isTextLiteral(t, i, op);
-  if (textLeft == isTextLiteral(t, op + 1, after) || containsToken(t, i, after, u"NEXTVAL"))
+  const bool textRight = isTextLiteral(t, op + 1, after);
+  const bool numberLeft = isNumberLiteral(t, i, op);
+  const bool numberRight = isNumberLiteral(t, op + 1, after);
+  if (containsToken(t, i, after, u"NEXTVAL") || (textLeft && textRight) || (numberLeft && numberRight) ||
+      !(textLeft || textRight || numberLeft || numberRight))
     return std::nullopt;
-  const size_t textAt = textLeft ? i : op + 1;
-  const size_t otherBegin = textLeft ? op + 1 : i;
-  const size_t otherEnd = textLeft ? after : op;
-  const QString other = translate(t, otherBegin, otherEnd);
-  QString text = translate(t, textAt, textAt + 1);
-  if (isNumberLiteral(t, otherBegin, otherEnd)) {
-    text = QStringLiteral("TO_NUMBER(%1)").arg(text);
-  } else if (!isColumn(t, otherBegin, otherEnd)) {
-    text = QStringLiteral("dbsweep_compared(%1, %2)").arg(other, text);
-  } else {
-    const QString type = declaredType(t, otherBegin, otherEnd);
-    if (type == u"NUMBER" || type == u"FLOAT")
-      text = QStringLiteral("TO_NUMBER(%1)").arg(text);
-    else if (type == u"DATE")
-      text = QStringLiteral("TO_DATE(%1)").arg(text);
-    else
+  // The literal's side and the other.
+  const bool literalLeft = textLeft || (numberLeft && !textRight);
+  const size_t literalAt = literalLeft ? i : op + 1;
+  const size_t literalEnd = literalLeft ? op : after;
+  const size_t otherBegin = literalLeft ? op + 1 : i;
+  const size_t otherEnd = literalLeft ? after : op;
+  QString other = translate(t, otherBegin, otherEnd);
+  QString literal = translate(t, literalAt, literalEnd);
+  const QString type = isColumn(t, otherBegin, otherEnd) ? declaredType(t, otherBegin, otherEnd) : QString();
+  if (!textLeft && !textRight) {
+    // A number compared with a text converts the text, which may be no number.
+    if (isColumn(t, otherBegin, otherEnd) && !isTextType(type))
       return std::nullopt;
+    other = QStringLiteral("TO_NUMBER(%1)").arg(other);
+  } else if (isNumberLiteral(t, otherBegin, otherEnd)) {
+    literal = QStringLiteral("TO_NUMBER(%1)").arg(literal);
+  } else if (!isColumn(t, otherBegin, otherEnd)) {
+    literal = QStringLiteral("dbsweep_compared(%1, %2)").arg(other, literal);
+  } else if (type == u"NUMBER" || type == u"FLOAT") {
+    literal = QStringLiteral("TO_NUMBER(%1)").arg(literal);
+  } else if (type == u"DATE") {
+    literal = QStringLiteral("TO_DATE(%1)").arg(literal);
+  } else {
+    return std::nullopt;
   }
   size_t o = op;
-  const QString compared = (textLeft ? text : other) + u' ' + token(t, o, end) + u' ' + (textLeft ? other : text);
   i = after;
-  return compared;
+  return (literalLeft ? literal : other) + u' ' + token(t, o, end) + u' ' + (literalLeft ? other : literal);
 }
 
 // The SQLite type a column [begin, end) is declared with in its query block, read from a probe
@@ -557,10 +570,10 @@ std::optional<QString> SqlTranslator::arithmetic(const std::vector<SqlToken>& t,
   return chain;
 }
 
-// A product [begin, end): signed operands joined by * and /. A text literal in arithmetic is a
-// number to Oracle, also next to a DATE: sysdate - '1' is yesterday and '2024/01/31' + 1 is
-// ORA-01722, though that text reads as a stored DATE; a lone operand of + and - is one when
-// numeric says so.
+// A product [begin, end): signed operands joined by * and /. A text literal or character column
+// in arithmetic is a number to Oracle, also next to a DATE: sysdate - '1' is yesterday and
+// '2024/01/31' + 1 is ORA-01722, though that text reads as a stored DATE; a lone operand of +
+// and - is one when numeric says so.
 QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t end, bool numeric) const {
   const auto factor = [&](size_t b, size_t e, bool arithmetic) {
     bool negative = false;
@@ -568,7 +581,8 @@ QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t
       negative ^= t[b].is(u"-");
     arithmetic = arithmetic || negative;
     QString text = translate(t, b, e);
-    if (arithmetic && e == b + 1 && t[b].kind == SqlToken::Kind::String && !t[b].text.isEmpty())
+    if (arithmetic && ((e == b + 1 && t[b].kind == SqlToken::Kind::String && !t[b].text.isEmpty()) ||
+                       (isColumn(t, b, e) && isTextType(declaredType(t, b, e)))))
       text = QStringLiteral("TO_NUMBER(%1)").arg(text);
     if (!negative)
       return text;
