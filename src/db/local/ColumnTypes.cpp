@@ -151,7 +151,8 @@ QStringList triggers(const QString& schema, const QString& table, const std::vec
     else
       continue;
     sets << q(c.name) + QStringLiteral(" = ") + stored;
-    changed << q(c.name) + QStringLiteral(" IS NOT ") + stored;
+    // In binary: the column's own collation holds 'ab' and 'ab  ' equal.
+    changed << q(c.name) + QStringLiteral(" IS NOT ") + stored + QStringLiteral(" COLLATE BINARY");
     names << q(c.name);
   }
   if (sets.isEmpty())
