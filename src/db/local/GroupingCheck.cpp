@@ -1,6 +1,7 @@
 #include "db/local/GroupingCheck.h"
 
 #include "db/OraError.h"
+#include "db/local/QueryBlock.h"
 
 #include <QSet>
 
@@ -9,10 +10,9 @@ namespace GroupingCheck {
 namespace {
 
 using Tokens = std::vector<SqlToken>;
-
-struct Range {
-  size_t begin, end;
-};
+using QueryBlock::closing;
+using QueryBlock::isNoColumn;
+using QueryBlock::Range;
 
 bool isAggregate(const SqlToken& t) {
   static const QSet<QString> names = {
@@ -24,67 +24,8 @@ bool isAggregate(const SqlToken& t) {
   return t.kind == SqlToken::Kind::Word && names.contains(t.upper());
 }
 
-// Words that are no column where a name could stand.
-bool isNoColumn(const SqlToken& t) {
-  static const QSet<QString> words = {
-      QStringLiteral("SELECT"), QStringLiteral("FROM"),     QStringLiteral("NULL"),    QStringLiteral("AND"),
-      QStringLiteral("OR"),     QStringLiteral("NOT"),      QStringLiteral("IS"),      QStringLiteral("IN"),
-      QStringLiteral("LIKE"),   QStringLiteral("ESCAPE"),   QStringLiteral("BETWEEN"), QStringLiteral("CASE"),
-      QStringLiteral("WHEN"),   QStringLiteral("THEN"),     QStringLiteral("ELSE"),    QStringLiteral("END"),
-      QStringLiteral("AS"),     QStringLiteral("DISTINCT"), QStringLiteral("ALL"),     QStringLiteral("EXISTS"),
-      QStringLiteral("SYSDATE"), QStringLiteral("SYSTIMESTAMP"), QStringLiteral("USER"), QStringLiteral("UID"),
-      QStringLiteral("ROWNUM"), QStringLiteral("LEVEL"),    QStringLiteral("LEADING"), QStringLiteral("TRAILING"),
-      QStringLiteral("BOTH"),   QStringLiteral("PRIOR"),    QStringLiteral("ANY"),     QStringLiteral("SOME"),
-      QStringLiteral("CURRENT_DATE"), QStringLiteral("CURRENT_TIMESTAMP")};
-  return t.kind != SqlToken::Kind::Quoted && words.contains(t.upper());
-}
-
-size_t closing(const Tokens& t, size_t open, size_t end) {
-  int depth = 0;
-  for (size_t k = open; k < end; ++k) {
-    if (t[k].is(u"("))
-      ++depth;
-    else if (t[k].is(u")") && --depth == 0)
-      return k + 1;
-  }
-  return end;
-}
-
 bool isSubquery(const Tokens& t, size_t k, size_t end) {
   return t[k].is(u"(") && k + 1 < end && (t[k + 1].is(u"SELECT") || t[k + 1].is(u"WITH"));
-}
-
-// The ranges between commas at depth 0 of [begin, end).
-std::vector<Range> split(const Tokens& t, size_t begin, size_t end) {
-  std::vector<Range> parts;
-  int depth = 0;
-  size_t start = begin;
-  for (size_t k = begin; k < end; ++k) {
-    if (t[k].is(u"("))
-      ++depth;
-    else if (t[k].is(u")"))
-      --depth;
-    else if (depth == 0 && t[k].is(u",")) {
-      parts.push_back({start, k});
-      start = k + 1;
-    }
-  }
-  if (start < end)
-    parts.push_back({start, end});
-  return parts;
-}
-
-// The item without its alias.
-Range withoutAlias(const Tokens& t, Range r) {
-  if (r.end - r.begin < 2 || !t[r.end - 1].isName() || isNoColumn(t[r.end - 1]))
-    return r;
-  const SqlToken& before = t[r.end - 2];
-  if (before.is(u"AS"))
-    return {r.begin, r.end - 2};
-  if ((before.isName() && !isNoColumn(before)) || before.is(u")") || before.kind == SqlToken::Kind::String ||
-      before.kind == SqlToken::Kind::Number)
-    return {r.begin, r.end - 1};
-  return r;
 }
 
 bool isDottedName(const Tokens& t, Range r) {
@@ -178,48 +119,20 @@ bool hasStrayColumn(const Tokens& t, Range item, const std::vector<Range>& group
 } // namespace
 
 void check(const Tokens& t, size_t select, size_t end) {
-  size_t from = 0, group = 0, groupEnd = 0;
-  int depth = 0;
-  size_t k = select + 1;
-  for (; k < end && t[k].kind != SqlToken::Kind::End; ++k) {
-    if (t[k].is(u"(")) {
-      ++depth;
-    } else if (t[k].is(u")")) {
-      if (--depth < 0)
-        break;
-    } else if (depth == 0) {
-      if (t[k].is(u"UNION") || t[k].is(u"INTERSECT") || t[k].is(u"MINUS") || t[k].is(u"EXCEPT"))
-        break;
-      if (!from && t[k].is(u"FROM"))
-        from = k;
-      else if (from && t[k].is(u"GROUP") && k + 1 < end && t[k + 1].is(u"BY"))
-        group = k + 2;
-      else if (group && !groupEnd && (t[k].is(u"HAVING") || t[k].is(u"ORDER")))
-        groupEnd = k;
-      else if (t[k].is(u"ROLLUP") || t[k].is(u"CUBE") || t[k].is(u"GROUPING"))
-        return;
-    }
-  }
-  if (!from)
+  const QueryBlock::Block block = QueryBlock::read(t, select, end);
+  if (!block.from || block.groupingSets)
     return;
-  if (group && !groupEnd)
-    groupEnd = k;
-  size_t listBegin = select + 1;
-  if (t[listBegin].is(u"DISTINCT") || t[listBegin].is(u"UNIQUE") || t[listBegin].is(u"ALL"))
-    ++listBegin;
-  std::vector<Range> items;
-  for (const Range& r : split(t, listBegin, from))
-    items.push_back(withoutAlias(t, r));
   bool aggregated = false;
-  for (const Range& item : items)
+  for (const Range& item : block.items)
     aggregated = aggregated || hasAggregate(t, item.begin, item.end);
-  if (!group && !aggregated)
+  if (!block.group && !aggregated)
     return;
-  const std::vector<Range> groups = group ? split(t, group, groupEnd) : std::vector<Range>{};
-  for (const Range& item : items)
+  const std::vector<Range> groups =
+      block.group ? QueryBlock::split(t, block.group, block.groupEnd) : std::vector<Range>{};
+  for (const Range& item : block.items)
     if (hasStrayColumn(t, item, groups))
-      throw group ? OraError(979, QStringLiteral("not a GROUP BY expression"))
-                  : OraError(937, QStringLiteral("not a single-group group function"));
+      throw block.group ? OraError(979, QStringLiteral("not a GROUP BY expression"))
+                        : OraError(937, QStringLiteral("not a single-group group function"));
 }
 
 } // namespace GroupingCheck

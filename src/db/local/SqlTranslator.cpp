@@ -4,6 +4,7 @@
 #include "db/local/GroupingCheck.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
+#include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
 
 #include <QSet>
@@ -186,10 +187,6 @@ bool isScalarContext(const std::vector<SqlToken>& t, size_t before) {
   return p.is(u"(") && holdsValues(t, before);
 }
 
-bool isSetOperator(const SqlToken& t) {
-  return t.is(u"UNION") || t.is(u"INTERSECT") || t.is(u"MINUS") || t.is(u"EXCEPT");
-}
-
 // Whether a declared SQLite type is one of Oracle's character types.
 bool isTextType(const QString& declared) { return declared.contains(u"CHAR") || declared == u"CLOB"; }
 
@@ -211,7 +208,7 @@ std::optional<std::pair<size_t, size_t>> SqlTranslator::fromItems(const std::vec
     else if (t[j].is(u"(") && depth-- == 0) {
       start = j + 1;
       break;
-    } else if (depth == 0 && isSetOperator(t[j])) {
+    } else if (depth == 0 && QueryBlock::isSetOperator(t[j])) {
       start = j + 1;
       break;
     }
@@ -230,7 +227,7 @@ std::optional<std::pair<size_t, size_t>> SqlTranslator::fromItems(const std::vec
       if (t[k].is(u"DELETE") && k + 1 < t.size() && t[k + 1].is(u"FROM"))
         ++first, ++k;
     } else if (first && (t[k].is(u"WHERE") || t[k].is(u"GROUP") || t[k].is(u"HAVING") || t[k].is(u"ORDER") ||
-                         t[k].is(u"CONNECT") || t[k].is(u"START") || t[k].is(u"SET") || isSetOperator(t[k]))) {
+                         t[k].is(u"CONNECT") || t[k].is(u"START") || t[k].is(u"SET") || QueryBlock::isSetOperator(t[k]))) {
       return std::pair(first, k);
     }
   }
