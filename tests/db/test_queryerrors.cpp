@@ -72,6 +72,21 @@ private Q_SLOTS:
     QCOMPARE(rows("select count(*) from (select name from staff), (select dept from staff)"), QStringList({"9"}));
   }
 
+  void compoundBranchesAgreeOnTypes() {
+    QString text;
+    QCOMPARE(error("select 1 from dual union select 'a' from dual", &text), 1790);
+    QCOMPARE(text, QString("ORA-01790: expression must have same datatype as corresponding expression"));
+    QCOMPARE(error("select name, salary from staff union all select dept, name from staff"), 1790);
+    QCOMPARE(error("select salary from staff minus select sysdate from dual"), 1790);
+    QCOMPARE(error("select null from dual union select 1 from dual union select 'x' from dual"), 1790);
+    QCOMPARE(error("select count(*) from (select salary from staff intersect select upper(name) from staff)"), 1790);
+    QCOMPARE(rows("select name from staff where dept = 'B' union select dept from staff union select null from dual "
+                  "order by 1"),
+             QStringList({"A", "B", "CAT", "<null>"}));
+    QCOMPARE(rows("select salary * 2 from staff where dept = 'B' union select count(*) from staff"),
+             QStringList({"3", "400"}));
+  }
+
   void orderByPositionsNameSelectItems() {
     QString text;
     QCOMPARE(error("select name from staff order by 2", &text), 1785);

@@ -1,6 +1,7 @@
 #include "db/local/SqlTranslator.h"
 
 #include "db/OraError.h"
+#include "db/local/CompoundCheck.h"
 #include "db/local/GroupingCheck.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
@@ -259,6 +260,8 @@ QString SqlTranslator::labelOf(const std::vector<SqlToken>& t, size_t begin, siz
 }
 
 QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
+  if (begin == 0 && !m_probing && !m_rownumDone)
+    CompoundCheck::check(t, begin, end, [&](size_t b, size_t e) { return declaredType(t, b, e); });
   if (OuterJoins::contains(t, begin, end)) {
     const auto ansi = OuterJoins::rewrite(t, begin, end, m_context.hasColumn);
     return translate(ansi, 0, ansi.size());
