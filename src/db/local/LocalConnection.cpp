@@ -80,47 +80,64 @@ void resultError(sqlite3_context* ctx, const OraError& e) {
 
 // Sequence numbers are handed out outside the session's transaction, as Oracle does: a rollback
 // never gives a number back.
-void nextval(sqlite3_context* ctx, int, sqlite3_value** argv) {
+qint64 takeNext(LocalConnection* c, const QString& owner, const QString& name) {
+  sqlite3* side = c->side();
+  try {
+    sqliteExec(side, QStringLiteral("BEGIN IMMEDIATE"));
+    SqliteStmt s(side, QStringLiteral("SELECT last_number, increment_by, min_value, max_value, cycle_flag FROM "
+                                      "CAT.sequences WHERE owner = ?1 AND sequence_name = ?2"));
+    s.bindAll({owner, name});
+    if (!s.step())
+      throw OraError(2289, QStringLiteral("sequence does not exist"));
+    const qint64 value = s.column(0).toLongLong();
+    const qint64 step = s.column(1).toLongLong();
+    const qint64 low = s.column(2).toLongLong();
+    const qint64 high = s.column(3).toLongLong();
+    if ((step > 0 && value > high) || (step < 0 && value < low))
+      throw OraError(8004, QStringLiteral("sequence %1.NEXTVAL %2 and cannot be instantiated")
+                               .arg(name, step > 0 ? QStringLiteral("exceeds MAXVALUE")
+                                                   : QStringLiteral("goes below MINVALUE")));
+    qint64 following = value + step;
+    if (s.column(4).toString() == u"Y" && (following > high || following < low))
+      following = step > 0 ? low : high;
+    sqliteExec(side, QStringLiteral("UPDATE CAT.sequences SET last_number = ?3 WHERE owner = ?1 AND sequence_name = ?2"),
+               {owner, name, following});
+    sqliteExec(side, QStringLiteral("COMMIT"));
+    return value;
+  } catch (...) {
+    sqlite3_exec(side, "ROLLBACK", nullptr, nullptr, nullptr);
+    throw;
+  }
+}
+
+// dbsweep_nextval(owner, name[, statement, references]): with the references of the sequence in
+// its statement, one new number a row.
+void nextval(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
   LocalConnection* c = self(ctx);
   const QString owner = argText(argv[0]);
   const QString name = argText(argv[1]);
+  const QString key = owner + u'.' + name;
   try {
-    sqlite3* side = c->side();
-    sqliteExec(side, QStringLiteral("BEGIN IMMEDIATE"));
-    try {
-      SqliteStmt s(
-          side, QStringLiteral("SELECT last_number, increment_by, min_value, max_value, cycle_flag FROM CAT.sequences "
-                               "WHERE owner = ?1 AND sequence_name = ?2"));
-      s.bindAll({owner, name});
-      if (!s.step())
-        throw OraError(2289, QStringLiteral("sequence does not exist"));
-      const qint64 value = s.column(0).toLongLong();
-      const qint64 step = s.column(1).toLongLong();
-      const qint64 low = s.column(2).toLongLong();
-      const qint64 high = s.column(3).toLongLong();
-      if ((step > 0 && value > high) || (step < 0 && value < low))
-        throw OraError(8004, QStringLiteral("sequence %1.NEXTVAL %2 and cannot be instantiated")
-                                 .arg(name, step > 0 ? QStringLiteral("exceeds MAXVALUE")
-                                                     : QStringLiteral("goes below MINVALUE")));
-      qint64 following = value + step;
-      if (s.column(4).toString() == u"Y" && (following > high || following < low))
-        following = step > 0 ? low : high;
-      sqliteExec(side,
-                 QStringLiteral("UPDATE CAT.sequences SET last_number = ?3 WHERE owner = ?1 AND sequence_name = ?2"),
-                 {owner, name, following});
-      sqliteExec(side, QStringLiteral("COMMIT"));
-      c->currentValues().insert(owner + u'.' + name, value);
-      sqlite3_result_int64(ctx, value);
-    } catch (...) {
-      sqlite3_exec(side, "ROLLBACK", nullptr, nullptr, nullptr);
-      throw;
+    qint64 value = 0;
+    const qint64 references = argc == 4 ? sqlite3_value_int64(argv[3]) : 1;
+    if (references > 1) {
+      LocalConnection::RowValue& row = c->rowValues()[key];
+      const qint64 statement = sqlite3_value_int64(argv[2]);
+      if (row.statement != statement)
+        row = {statement, 0, 0};
+      if (row.calls++ % references == 0)
+        row.value = takeNext(c, owner, name);
+      value = row.value;
+    } else {
+      value = takeNext(c, owner, name);
     }
+    c->currentValues().insert(key, value);
+    sqlite3_result_int64(ctx, value);
   } catch (const OraError& e) {
     resultError(ctx, e);
-  } catch (const SqliteFailure& f) {
+  } catch (const SqliteFailure&) {
     resultError(ctx,
                 OraError(54, QStringLiteral("resource busy and acquire with NOWAIT specified or timeout expired")));
-    Q_UNUSED(f);
   }
 }
 
@@ -167,6 +184,7 @@ void LocalConnection::registerFunctions() {
   ColumnTypes::registerFunctions(m_db);
   DecimalAggregates::registerAll(m_db);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);
 }
 

@@ -78,6 +78,14 @@ public:
   OraError oracleError(const SqliteFailure& failure, const QString& owner = {}, const QString& table = {},
                        SqlErrors::Dml dml = SqlErrors::Dml::None) const;
   QHash<QString, qint64>& currentValues() { return m_currval; }
+  // A sequence's value in the row a statement is at, where the statement names its NEXTVAL more
+  // than once: the first reference of a row takes a new number, the others in it repeat it.
+  struct RowValue {
+    qint64 statement = 0;
+    qint64 calls = 0;
+    qint64 value = 0;
+  };
+  QHash<QString, RowValue>& rowValues() { return m_rowValues; }
 
 private:
   qint64 runStatement(const std::vector<SqlToken>& tokens, const QString& sql);
@@ -95,5 +103,6 @@ private:
   bool m_inTransaction = false;
   QStringList m_attached; // other schemas, least recently used first
   QHash<QString, qint64> m_currval;
+  QHash<QString, RowValue> m_rowValues;
   QHash<QString, bool> m_users;
 };

@@ -197,25 +197,42 @@ bool endsOrdering(const SqlToken& t) {
          t.is(u"INTERSECT") || t.is(u"MINUS");
 }
 
-} // namespace
-
-// The FROM items [first, second) of the query block, UPDATE or DELETE that token at belongs to.
-std::optional<std::pair<size_t, size_t>> SqlTranslator::fromItems(const std::vector<SqlToken>& t, size_t at) {
-  size_t start = 0;
+// Where the query block, UPDATE or DELETE holding the token at starts: past the parenthesis or
+// set operator before it, or the statement's start.
+size_t blockStart(const std::vector<SqlToken>& t, size_t at) {
   int depth = 0;
   for (size_t j = at; j-- > 0;) {
     if (t[j].is(u")"))
       ++depth;
-    else if (t[j].is(u"(") && depth-- == 0) {
-      start = j + 1;
-      break;
-    } else if (depth == 0 && QueryBlock::isSetOperator(t[j])) {
-      start = j + 1;
-      break;
-    }
+    else if ((t[j].is(u"(") && depth-- == 0) || (depth == 0 && QueryBlock::isSetOperator(t[j])))
+      return j + 1;
   }
+  return 0;
+}
+
+// Oracle takes a sequence's values in the select list of a simple query, or in DML: not in a
+// condition, a grouped or DISTINCT query, nor a branch of UNION, INTERSECT or MINUS (ORA-02287).
+// The range returned holds the references that share a row's number.
+std::pair<size_t, size_t> sequenceScope(const std::vector<SqlToken>& t, size_t at) {
+  const size_t start = blockStart(t, at);
+  if (!t[start].is(u"SELECT"))
+    return {0, t.size()};
+  const QueryBlock::Block block = QueryBlock::read(t, start, t.size());
+  const bool compound = (start > 0 && QueryBlock::isSetOperator(t[start - 1])) ||
+                        (block.end < t.size() && QueryBlock::isSetOperator(t[block.end]));
+  if (compound || block.group || (block.from && at > block.from) || t[start + 1].is(u"DISTINCT") ||
+      t[start + 1].is(u"UNIQUE"))
+    throw OraError(2287, QStringLiteral("sequence number not allowed here"));
+  return {start, block.from ? block.from : block.end};
+}
+
+} // namespace
+
+// The FROM items [first, second) of the query block, UPDATE or DELETE that token at belongs to.
+std::optional<std::pair<size_t, size_t>> SqlTranslator::fromItems(const std::vector<SqlToken>& t, size_t at) {
+  const size_t start = blockStart(t, at);
   size_t first = 0;
-  depth = 0;
+  int depth = 0;
   for (size_t k = start; k < t.size() && t[k].kind != SqlToken::Kind::End; ++k) {
     if (t[k].is(u"("))
       ++depth;
@@ -272,7 +289,7 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       if (t[k].is(u"SELECT"))
         GroupingCheck::check(t, k, end);
     const auto limited = RownumLimits::rewrite(t, begin, end);
-    SqlTranslator inner(m_context);
+    SqlTranslator inner(*this);
     inner.m_rownumDone = true;
     return inner.translate(limited, 0, limited.size());
   }
@@ -634,6 +651,16 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
     const QString owner = parts.size() == 3 ? parts[0]->name() : m_context.user;
     const QString seq = parts[parts.size() - 2]->name();
     i += k;
+    // Oracle gives every NEXTVAL of a sequence in one row of a statement the same number.
+    const auto [scopeBegin, scopeEnd] = sequenceScope(t, i);
+    qint64 references = 0;
+    for (size_t r = qMax<size_t>(scopeBegin, 2); nextval && r < scopeEnd; ++r)
+      references += t[r].is(u"NEXTVAL") && t[r - 1].is(u".") && t[r - 2].isName() && t[r - 2].name() == seq;
+    if (references > 1)
+      return QStringLiteral("dbsweep_nextval(%1, %2, %3, %4)")
+          .arg(quoteText(owner), quoteText(seq))
+          .arg(m_statement)
+          .arg(references);
     return QStringLiteral("%1(%2, %3)")
         .arg(nextval ? QStringLiteral("dbsweep_nextval") : QStringLiteral("dbsweep_currval"), quoteText(owner),
              quoteText(seq));

@@ -3,6 +3,7 @@
 #include "db/local/OuterJoins.h"
 #include "db/local/SqlLexer.h"
 
+#include <atomic>
 #include <functional>
 #include <optional>
 
@@ -25,7 +26,7 @@ public:
     std::function<QString(const QString& sql)> declaredType;
   };
 
-  explicit SqlTranslator(Context context) : m_context(std::move(context)) {}
+  explicit SqlTranslator(Context context) : m_context(std::move(context)), m_statement(++s_statements) {}
 
   // Translates tokens [begin, end).
   QString translate(const std::vector<SqlToken>& tokens, size_t begin, size_t end) const;
@@ -52,4 +53,6 @@ private:
   Context m_context;
   bool m_rownumDone = false; // ROWNUM conditions are already limits
   bool m_probing = false;    // translating a probe, which probes no further
+  qint64 m_statement;        // tells one statement's sequence references from another's
+  static inline std::atomic<qint64> s_statements{0};
 };
