@@ -50,8 +50,7 @@ inline std::vector<Row> randomRows(QRandomGenerator& random, int count) {
 inline QString insertOf(const Row& r) {
   return QStringLiteral("insert into f values (%1, %2, %3, %4)")
       .arg(r.id)
-      .arg(r.n ? QString::number(*r.n) : QStringLiteral("null"),
-           r.s ? u'\'' + *r.s + u'\'' : QStringLiteral("null"),
+      .arg(r.n ? QString::number(*r.n) : QStringLiteral("null"), r.s ? u'\'' + *r.s + u'\'' : QStringLiteral("null"),
            r.d ? QStringLiteral("to_date('%1', 'YYYY-MM-DD HH24:MI')").arg(r.d->toString("yyyy-MM-dd HH:mm"))
                : QStringLiteral("null"));
 }
@@ -73,9 +72,7 @@ inline Truth bothTrue(Truth a, Truth b) {
     return Truth::False;
   return a == Truth::True && b == Truth::True ? Truth::True : Truth::Unknown;
 }
-inline Truth negated(Truth a) {
-  return a == Truth::Unknown ? a : a == Truth::True ? Truth::False : Truth::True;
-}
+inline Truth negated(Truth a) { return a == Truth::Unknown ? a : a == Truth::True ? Truth::False : Truth::True; }
 inline Truth eitherTrue(Truth a, Truth b) { return negated(bothTrue(negated(a), negated(b))); }
 
 template <typename T> std::optional<T> mapped(const std::optional<T>& v, const std::function<T(const T&)>& f) {
@@ -103,26 +100,22 @@ inline Condition randomCondition(QRandomGenerator& random, int depth = 2) {
   const int days = int(random.bounded(7)) - 3;
   switch (random.bounded(9)) {
   case 0: return {QStringLiteral("n %1 %2").arg(op).arg(k), [=](const Row& r) { return compared(r.n, op, k); }};
-  case 1:
-    return {QStringLiteral("s %1 '%2'").arg(op, text), [=](const Row& r) { return compared(r.s, op, text); }};
+  case 1: return {QStringLiteral("s %1 '%2'").arg(op, text), [=](const Row& r) { return compared(r.s, op, text); }};
   case 2: return {QStringLiteral("d %1 %2").arg(op, date), [=](const Row& r) { return compared(r.d, op, day); }};
   case 3:
-    return {QStringLiteral("n * 2 + 1 %1 %2").arg(op).arg(k), [=](const Row& r) {
-              return compared(mapped<double>(r.n, [](double v) { return v * 2 + 1; }), op, k);
-            }};
+    return {QStringLiteral("n * 2 + 1 %1 %2").arg(op).arg(k),
+            [=](const Row& r) { return compared(mapped<double>(r.n, [](double v) { return v * 2 + 1; }), op, k); }};
   case 4:
     return {QStringLiteral("d + %1 %2 %3").arg(days).arg(op, date), [=](const Row& r) {
               return compared(mapped<QDateTime>(r.d, [=](const QDateTime& v) { return v.addDays(days); }), op, day);
             }};
   case 5:
-    return {QStringLiteral("n - '%1' %2 0").arg(k).arg(op), [=](const Row& r) {
-              return compared(mapped<double>(r.n, [=](double v) { return v - k; }), op, 0.0);
-            }};
+    return {QStringLiteral("n - '%1' %2 0").arg(k).arg(op),
+            [=](const Row& r) { return compared(mapped<double>(r.n, [=](double v) { return v - k; }), op, 0.0); }};
   case 6: {
     const double high = k + random.bounded(10) / 4.0;
-    return {QStringLiteral("n between %1 and %2").arg(k).arg(high), [=](const Row& r) {
-              return bothTrue(compared(r.n, ">=", k), compared(r.n, "<=", high));
-            }};
+    return {QStringLiteral("n between %1 and %2").arg(k).arg(high),
+            [=](const Row& r) { return bothTrue(compared(r.n, ">=", k), compared(r.n, "<=", high)); }};
   }
   case 7:
     return {QStringLiteral("s like '%1%'").arg(text.left(1)), [=](const Row& r) {

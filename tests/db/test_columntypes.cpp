@@ -10,8 +10,8 @@ class TestColumnTypes final : public QObject {
   std::shared_ptr<OraDatabase> m_db;
 
   int insert(const QString& column, const QString& value, QString* text = nullptr) {
-    return errorOf(
-        [&] { m_db->ExecuteSQL(QStringLiteral("insert into typed (%1) values (%2)").arg(column, value)); }, text);
+    return errorOf([&] { m_db->ExecuteSQL(QStringLiteral("insert into typed (%1) values (%2)").arg(column, value)); },
+                   text);
   }
   QStringList column(const QString& expression) {
     return rowsOf(*m_db, QStringLiteral("select %1 from typed order by 1").arg(expression));
@@ -58,7 +58,8 @@ private Q_SLOTS:
   void textsFitTheirLength() {
     QString text;
     QCOMPARE(insert("name", "'abcdef'", &text), 12899);
-    QCOMPARE(text, QString("ORA-12899: value too large for column \"SALES\".\"TYPED\".\"NAME\" (actual: 6, maximum: 5)"));
+    QCOMPARE(text,
+             QString("ORA-12899: value too large for column \"SALES\".\"TYPED\".\"NAME\" (actual: 6, maximum: 5)"));
     // VARCHAR2(5) counts bytes: two Japanese characters are six in UTF-8.
     QCOMPARE(insert("name", "'日本'", &text), 12899);
     QVERIFY(text.endsWith(QStringLiteral("(actual: 6, maximum: 5)")));

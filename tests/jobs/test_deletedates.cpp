@@ -54,9 +54,7 @@ private Q_SLOTS:
       QString condition;
       std::function<bool(const QDateTime& date, const QDateTime& now)> holds;
     };
-    const auto daysBefore = [](const QDateTime& date, const QDateTime& now) {
-      return double(date.secsTo(now)) / Day;
-    };
+    const auto daysBefore = [](const QDateTime& date, const QDateTime& now) { return double(date.secsTo(now)) / Day; };
     const QList<Case> cases = {
         {"HASSEI_YMD < SYSDATE - 365 * 3", [&](auto& d, auto& now) { return daysBefore(d, now) > 365 * 3; }},
         {"HASSEI_YMD >= TRUNC(SYSDATE) - 365 * 2 - 0.5",

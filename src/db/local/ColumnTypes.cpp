@@ -124,13 +124,13 @@ QString clauses(const Column& c) {
   if (!text && c.dataType != u"NUMBER" && c.dataType != u"FLOAT" && c.dataType != u"DATE")
     return {};
   const qint64 maximum = countsCharacters(c) ? c.charLength : c.dataLength;
-  QString out = QStringLiteral(" CHECK (dbsweep_fits(%1, '%2', %3, %4, %5, %6, %7, %8, %9))")
-                    .arg(q(c.name), c.dataType)
-                    .arg(maximum)
-                    .arg(countsCharacters(c) ? 1 : 0)
-                    .arg(c.dataType == u"NUMBER" ? literal(c.precision) : QStringLiteral("NULL"),
-                         literal(c.scale), SqlTranslator::quoteText(c.owner), SqlTranslator::quoteText(c.table),
-                         SqlTranslator::quoteText(c.name));
+  QString out =
+      QStringLiteral(" CHECK (dbsweep_fits(%1, '%2', %3, %4, %5, %6, %7, %8, %9))")
+          .arg(q(c.name), c.dataType)
+          .arg(maximum)
+          .arg(countsCharacters(c) ? 1 : 0)
+          .arg(c.dataType == u"NUMBER" ? literal(c.precision) : QStringLiteral("NULL"), literal(c.scale),
+               SqlTranslator::quoteText(c.owner), SqlTranslator::quoteText(c.table), SqlTranslator::quoteText(c.name));
   // Blank-padded comparison: 'A' and 'A  ' are the same CHAR value.
   if (c.dataType.endsWith(QStringLiteral("CHAR")) && !c.dataType.contains(QStringLiteral("VAR")))
     out += QStringLiteral(" COLLATE RTRIM");

@@ -18,13 +18,13 @@ enum class Kind { Unknown, Number, Text, Date };
 
 Kind kindOfCall(const QString& name) {
   static const QSet<QString> numbers = {
-      QStringLiteral("COUNT"),  QStringLiteral("SUM"),    QStringLiteral("AVG"),       QStringLiteral("LENGTH"),
-      QStringLiteral("INSTR"),  QStringLiteral("MOD"),    QStringLiteral("ABS"),       QStringLiteral("TO_NUMBER"),
-      QStringLiteral("SIGN"),   QStringLiteral("FLOOR"),  QStringLiteral("CEIL"),      QStringLiteral("MONTHS_BETWEEN")};
-  static const QSet<QString> texts = {
-      QStringLiteral("TO_CHAR"), QStringLiteral("UPPER"), QStringLiteral("LOWER"), QStringLiteral("SUBSTR"),
-      QStringLiteral("LPAD"),    QStringLiteral("RPAD"),  QStringLiteral("TRIM"),  QStringLiteral("LTRIM"),
-      QStringLiteral("RTRIM"),   QStringLiteral("REPLACE"), QStringLiteral("CONCAT"), QStringLiteral("INITCAP")};
+      QStringLiteral("COUNT"), QStringLiteral("SUM"),   QStringLiteral("AVG"),  QStringLiteral("LENGTH"),
+      QStringLiteral("INSTR"), QStringLiteral("MOD"),   QStringLiteral("ABS"),  QStringLiteral("TO_NUMBER"),
+      QStringLiteral("SIGN"),  QStringLiteral("FLOOR"), QStringLiteral("CEIL"), QStringLiteral("MONTHS_BETWEEN")};
+  static const QSet<QString> texts = {QStringLiteral("TO_CHAR"), QStringLiteral("UPPER"),  QStringLiteral("LOWER"),
+                                      QStringLiteral("SUBSTR"),  QStringLiteral("LPAD"),   QStringLiteral("RPAD"),
+                                      QStringLiteral("TRIM"),    QStringLiteral("LTRIM"),  QStringLiteral("RTRIM"),
+                                      QStringLiteral("REPLACE"), QStringLiteral("CONCAT"), QStringLiteral("INITCAP")};
   static const QSet<QString> dates = {QStringLiteral("TO_DATE"), QStringLiteral("ADD_MONTHS"),
                                       QStringLiteral("LAST_DAY")};
   if (numbers.contains(name))

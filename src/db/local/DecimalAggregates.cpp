@@ -36,8 +36,7 @@ std::optional<Value> numberOf(sqlite3_value* v) {
   case SQLITE_FLOAT: return Value::of(sqlite3_value_double(v));
   default: break;
   }
-  const QString text =
-      QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(v)), sqlite3_value_bytes(v));
+  const QString text = QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(v)), sqlite3_value_bytes(v));
   if (text.isEmpty())
     return std::nullopt;
   if (OracleDateTime::parseStored(text))

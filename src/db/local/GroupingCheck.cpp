@@ -11,18 +11,9 @@ namespace {
 
 using Tokens = std::vector<SqlToken>;
 using QueryBlock::closing;
+using QueryBlock::isAggregate;
 using QueryBlock::isNoColumn;
 using QueryBlock::Range;
-
-bool isAggregate(const SqlToken& t) {
-  static const QSet<QString> names = {
-      QStringLiteral("COUNT"),    QStringLiteral("SUM"),      QStringLiteral("AVG"),
-      QStringLiteral("MIN"),      QStringLiteral("MAX"),      QStringLiteral("STDDEV"),
-      QStringLiteral("VARIANCE"), QStringLiteral("MEDIAN"),   QStringLiteral("LISTAGG"),
-      QStringLiteral("COLLECT"),  QStringLiteral("CORR"),     QStringLiteral("STDDEV_POP"),
-      QStringLiteral("VAR_POP"),  QStringLiteral("VAR_SAMP"), QStringLiteral("STDDEV_SAMP")};
-  return t.kind == SqlToken::Kind::Word && names.contains(t.upper());
-}
 
 bool isSubquery(const Tokens& t, size_t k, size_t end) {
   return t[k].is(u"(") && k + 1 < end && (t[k + 1].is(u"SELECT") || t[k + 1].is(u"WITH"));
@@ -67,7 +58,7 @@ bool hasStrayColumn(const Tokens& t, Range item, const std::vector<Range>& group
   for (size_t k = item.begin; k < item.end;) {
     bool grouped = false;
     for (const Range& g : groups)
-      if (same(t, k, g, item.end)) {
+      if (g.end > g.begin && same(t, k, g, item.end)) {
         k += g.end - g.begin;
         grouped = true;
         break;
@@ -87,7 +78,7 @@ bool hasStrayColumn(const Tokens& t, Range item, const std::vector<Range>& group
     }
     const bool typedLiteral = k + 1 < item.end && t[k + 1].kind == SqlToken::Kind::String;
     const bool call = k + 1 < item.end && t[k + 1].is(u"(");
-    const bool typeName = k > item.begin && t[k - 1].is(u"AS"); // CAST(x AS NUMBER)
+    const bool typeName = k > item.begin && t[k - 1].is(u"AS");  // CAST(x AS NUMBER)
     const bool field = k + 1 < item.end && t[k + 1].is(u"FROM"); // EXTRACT(YEAR FROM d)
     if (!a.isName() || isNoColumn(a) || typedLiteral || call || typeName || field) {
       ++k;

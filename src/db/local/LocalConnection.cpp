@@ -94,13 +94,14 @@ qint64 takeNext(LocalConnection* c, const QString& owner, const QString& name) {
     const qint64 low = s.column(2).toLongLong();
     const qint64 high = s.column(3).toLongLong();
     if ((step > 0 && value > high) || (step < 0 && value < low))
-      throw OraError(8004, QStringLiteral("sequence %1.NEXTVAL %2 and cannot be instantiated")
-                               .arg(name, step > 0 ? QStringLiteral("exceeds MAXVALUE")
-                                                   : QStringLiteral("goes below MINVALUE")));
+      throw OraError(
+          8004, QStringLiteral("sequence %1.NEXTVAL %2 and cannot be instantiated")
+                    .arg(name, step > 0 ? QStringLiteral("exceeds MAXVALUE") : QStringLiteral("goes below MINVALUE")));
     qint64 following = value + step;
     if (s.column(4).toString() == u"Y" && (following > high || following < low))
       following = step > 0 ? low : high;
-    sqliteExec(side, QStringLiteral("UPDATE CAT.sequences SET last_number = ?3 WHERE owner = ?1 AND sequence_name = ?2"),
+    sqliteExec(side,
+               QStringLiteral("UPDATE CAT.sequences SET last_number = ?3 WHERE owner = ?1 AND sequence_name = ?2"),
                {owner, name, following});
     sqliteExec(side, QStringLiteral("COMMIT"));
     return value;

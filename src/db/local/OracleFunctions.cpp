@@ -6,6 +6,7 @@
 #include "db/local/OracleNumber.h"
 
 #include <QDateTime>
+#include <QHash>
 
 #include <chrono>
 #include <cmath>
@@ -500,6 +501,18 @@ template <int Sign> void extreme(Call& c) {
 
 void sysdate(Call& c) { c.set(OracleDate::now()); }
 
+// dbsweep_rownum(statement, reference): 1, 2, 3 ... one more each call of the same reference to
+// ROWNUM while the same statement runs.
+void rownum(Call& c) {
+  thread_local qint64 statement = -1;
+  thread_local QHash<qint64, qint64> counts;
+  if (c.integer(0) != statement) {
+    statement = c.integer(0);
+    counts.clear();
+  }
+  c.set(Value::of(++counts[c.integer(1)]));
+}
+
 void systimestamp(Call& c) {
   const qint64 micros =
       std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch())
@@ -580,9 +593,11 @@ void registerAll(sqlite3* db) {
       {"LEAST", -1, entry<extreme<-1>>},
       {"SYSTIMESTAMP", 0, entry<systimestamp>, false},
       {"dbsweep_sysdate", 0, entry<sysdate>, false},
+      {"dbsweep_rownum", 2, entry<rownum>, false},
   };
   for (const Function& f : functions)
-    sqlite3_create_function_v2(db, f.name, f.args, SQLITE_UTF8 | (f.deterministic ? SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS : 0), nullptr,
+    sqlite3_create_function_v2(db, f.name, f.args,
+                               SQLITE_UTF8 | (f.deterministic ? SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS : 0), nullptr,
                                f.call, nullptr, nullptr, nullptr);
 }
 

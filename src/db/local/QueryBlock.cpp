@@ -23,16 +23,23 @@ Range withoutAlias(const Tokens& t, Range r) {
 
 // Words that are no column where a name could stand.
 bool isNoColumn(const SqlToken& t) {
-  static const QSet<QString> words = {
-      QStringLiteral("SELECT"), QStringLiteral("FROM"),     QStringLiteral("NULL"),    QStringLiteral("AND"),
-      QStringLiteral("OR"),     QStringLiteral("NOT"),      QStringLiteral("IS"),      QStringLiteral("IN"),
-      QStringLiteral("LIKE"),   QStringLiteral("ESCAPE"),   QStringLiteral("BETWEEN"), QStringLiteral("CASE"),
-      QStringLiteral("WHEN"),   QStringLiteral("THEN"),     QStringLiteral("ELSE"),    QStringLiteral("END"),
-      QStringLiteral("AS"),     QStringLiteral("DISTINCT"), QStringLiteral("ALL"),     QStringLiteral("EXISTS"),
-      QStringLiteral("SYSDATE"), QStringLiteral("SYSTIMESTAMP"), QStringLiteral("USER"), QStringLiteral("UID"),
-      QStringLiteral("ROWNUM"), QStringLiteral("LEVEL"),    QStringLiteral("LEADING"), QStringLiteral("TRAILING"),
-      QStringLiteral("BOTH"),   QStringLiteral("PRIOR"),    QStringLiteral("ANY"),     QStringLiteral("SOME"),
-      QStringLiteral("CURRENT_DATE"), QStringLiteral("CURRENT_TIMESTAMP")};
+  static const QSet<QString> words = {QStringLiteral("SELECT"),       QStringLiteral("FROM"),
+                                      QStringLiteral("NULL"),         QStringLiteral("AND"),
+                                      QStringLiteral("OR"),           QStringLiteral("NOT"),
+                                      QStringLiteral("IS"),           QStringLiteral("IN"),
+                                      QStringLiteral("LIKE"),         QStringLiteral("ESCAPE"),
+                                      QStringLiteral("BETWEEN"),      QStringLiteral("CASE"),
+                                      QStringLiteral("WHEN"),         QStringLiteral("THEN"),
+                                      QStringLiteral("ELSE"),         QStringLiteral("END"),
+                                      QStringLiteral("AS"),           QStringLiteral("DISTINCT"),
+                                      QStringLiteral("ALL"),          QStringLiteral("EXISTS"),
+                                      QStringLiteral("SYSDATE"),      QStringLiteral("SYSTIMESTAMP"),
+                                      QStringLiteral("USER"),         QStringLiteral("UID"),
+                                      QStringLiteral("ROWNUM"),       QStringLiteral("LEVEL"),
+                                      QStringLiteral("LEADING"),      QStringLiteral("TRAILING"),
+                                      QStringLiteral("BOTH"),         QStringLiteral("PRIOR"),
+                                      QStringLiteral("ANY"),          QStringLiteral("SOME"),
+                                      QStringLiteral("CURRENT_DATE"), QStringLiteral("CURRENT_TIMESTAMP")};
   return t.kind != SqlToken::Kind::Quoted && words.contains(t.upper());
 }
 
@@ -65,6 +72,15 @@ std::vector<Range> split(const Tokens& t, size_t begin, size_t end) {
   if (start < end)
     parts.push_back({start, end});
   return parts;
+}
+
+bool isAggregate(const SqlToken& t) {
+  static const QSet<QString> names = {
+      QStringLiteral("COUNT"),   QStringLiteral("SUM"),      QStringLiteral("AVG"),        QStringLiteral("MIN"),
+      QStringLiteral("MAX"),     QStringLiteral("STDDEV"),   QStringLiteral("VARIANCE"),   QStringLiteral("MEDIAN"),
+      QStringLiteral("LISTAGG"), QStringLiteral("COLLECT"),  QStringLiteral("CORR"),       QStringLiteral("STDDEV_POP"),
+      QStringLiteral("VAR_POP"), QStringLiteral("VAR_SAMP"), QStringLiteral("STDDEV_SAMP")};
+  return t.kind == SqlToken::Kind::Word && names.contains(t.upper());
 }
 
 bool isSetOperator(const SqlToken& t) {

@@ -31,5 +31,7 @@ std::vector<Range> split(const Tokens& t, size_t begin, size_t end);
 // Words that are no column where a name could stand.
 bool isNoColumn(const SqlToken& t);
 bool isSetOperator(const SqlToken& t);
+// The name of an aggregate function: COUNT, SUM, MAX ...
+bool isAggregate(const SqlToken& t);
 
 } // namespace QueryBlock

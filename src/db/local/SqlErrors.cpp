@@ -124,6 +124,10 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
        [](const auto& mm) {
          return OraError(904, QStringLiteral("\"%1\": invalid identifier").arg(mm.captured(1).toUpper()));
        }},
+      {QRegularExpression(QStringLiteral("^'(.+)' is not a function$")),
+       [](const auto& mm) {
+         return OraError(904, QStringLiteral("\"%1\": invalid identifier").arg(mm.captured(1).toUpper()));
+       }},
       {QRegularExpression(QStringLiteral("^ambiguous column name: (.+)$")),
        [](const auto&) { return OraError(918, QStringLiteral("column ambiguously defined")); }},
       {QRegularExpression(QStringLiteral("has (\\d+) columns but (\\d+) values were supplied")),
@@ -149,9 +153,7 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
          return OraError(1785, QStringLiteral("ORDER BY item must be the number of a SELECT-list expression"));
        }},
       {QRegularExpression(QStringLiteral("^table \\S+ has no column named (.+)$")),
-       [](const auto& mm) {
-         return OraError(904, QStringLiteral("\"%1\": invalid identifier").arg(mm.captured(1)));
-       }},
+       [](const auto& mm) { return OraError(904, QStringLiteral("\"%1\": invalid identifier").arg(mm.captured(1))); }},
       {QRegularExpression(QStringLiteral("^no tables specified$")),
        [](const auto&) { return OraError(923, QStringLiteral("FROM keyword not found where expected")); }},
       {QRegularExpression(QStringLiteral("^unrecognized token")),

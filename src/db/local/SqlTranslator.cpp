@@ -126,8 +126,8 @@ size_t afterSum(const std::vector<SqlToken>& t, size_t i, size_t end) {
 }
 
 bool isComparison(const SqlToken& t) {
-  return t.kind == SqlToken::Kind::Symbol && (t.is(u"=") || t.is(u"<>") || t.is(u"!=") || t.is(u"^=") ||
-                                              t.is(u"<") || t.is(u">") || t.is(u"<=") || t.is(u">="));
+  return t.kind == SqlToken::Kind::Symbol && (t.is(u"=") || t.is(u"<>") || t.is(u"!=") || t.is(u"^=") || t.is(u"<") ||
+                                              t.is(u">") || t.is(u"<=") || t.is(u">="));
 }
 
 bool isTextLiteral(const std::vector<SqlToken>& t, size_t begin, size_t end) {
@@ -181,8 +181,8 @@ bool isScalarContext(const std::vector<SqlToken>& t, size_t before) {
   if (isComparison(p) || isAdditive(p) || p.is(u"*") || p.is(u"/") || p.is(u"||"))
     return true;
   if (p.kind == SqlToken::Kind::Word)
-    return p.is(u"SELECT") || p.is(u"DISTINCT") || p.is(u"THEN") || p.is(u"ELSE") || p.is(u"WHEN") ||
-           p.is(u"WHERE") || p.is(u"AND") || p.is(u"OR") || p.is(u"NOT") || p.is(u"HAVING");
+    return p.is(u"SELECT") || p.is(u"DISTINCT") || p.is(u"THEN") || p.is(u"ELSE") || p.is(u"WHEN") || p.is(u"WHERE") ||
+           p.is(u"AND") || p.is(u"OR") || p.is(u"NOT") || p.is(u"HAVING");
   if (p.is(u","))
     return separatesValues(t, before);
   return p.is(u"(") && holdsValues(t, before);
@@ -195,6 +195,20 @@ bool isTextType(const QString& declared) { return declared.contains(u"CHAR") || 
 bool endsOrdering(const SqlToken& t) {
   return t.is(u"FOR") || t.is(u"OFFSET") || t.is(u"FETCH") || t.is(u"ROWS") || t.is(u"RANGE") || t.is(u"UNION") ||
          t.is(u"INTERSECT") || t.is(u"MINUS");
+}
+
+// Whether the token at stands within the arguments of an aggregate call.
+bool insideAggregate(const std::vector<SqlToken>& t, size_t at) {
+  int depth = 0;
+  for (size_t j = at; j-- > 0;) {
+    if (t[j].is(u")"))
+      ++depth;
+    else if (t[j].is(u"(") && depth > 0)
+      --depth;
+    else if (t[j].is(u"(") && j > 0 && QueryBlock::isAggregate(t[j - 1]))
+      return true;
+  }
+  return false;
 }
 
 // Where the query block, UPDATE or DELETE holding the token at starts: past the parenthesis or
@@ -244,8 +258,9 @@ std::optional<std::pair<size_t, size_t>> SqlTranslator::fromItems(const std::vec
       first = k + 1;
       if (t[k].is(u"DELETE") && k + 1 < t.size() && t[k + 1].is(u"FROM"))
         ++first, ++k;
-    } else if (first && (t[k].is(u"WHERE") || t[k].is(u"GROUP") || t[k].is(u"HAVING") || t[k].is(u"ORDER") ||
-                         t[k].is(u"CONNECT") || t[k].is(u"START") || t[k].is(u"SET") || QueryBlock::isSetOperator(t[k]))) {
+    } else if (first &&
+               (t[k].is(u"WHERE") || t[k].is(u"GROUP") || t[k].is(u"HAVING") || t[k].is(u"ORDER") ||
+                t[k].is(u"CONNECT") || t[k].is(u"START") || t[k].is(u"SET") || QueryBlock::isSetOperator(t[k]))) {
       return std::pair(first, k);
     }
   }
@@ -495,8 +510,9 @@ QString SqlTranslator::declaredType(const std::vector<SqlToken>& t, size_t begin
   probe.m_probing = true;
   probe.m_rownumDone = true;
   try {
-    return m_context.declaredType(QStringLiteral("SELECT %1 FROM %2 WHERE 0")
-                                      .arg(probe.translate(t, begin, end), probe.translate(t, from->first, from->second)));
+    return m_context.declaredType(
+        QStringLiteral("SELECT %1 FROM %2 WHERE 0")
+            .arg(probe.translate(t, begin, end), probe.translate(t, from->first, from->second)));
   } catch (const OraError&) {
     return {};
   }
@@ -604,7 +620,7 @@ QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t
     if (!negative)
       return text;
     return e == b + 1 && t[b].kind == SqlToken::Kind::Number ? u'-' + text
-                                                              : QStringLiteral("dbsweep_negate(%1)").arg(text);
+                                                             : QStringLiteral("dbsweep_negate(%1)").arg(text);
   };
   size_t k = afterPrimary(t, afterSigns(t, begin, end), end);
   QString out = factor(begin, k, numeric || k < end);
@@ -691,9 +707,11 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return QStringLiteral("SYSTIMESTAMP()");
     if (upper == u"USER")
       return quoteText(m_context.user);
-    // ROWNUM outside a limiting condition numbers the rows as they come.
+    // ROWNUM outside a limiting condition numbers the rows as they come; inside an aggregate,
+    // where no window function may stand, a count of the rows the statement has read does.
     if (upper == u"ROWNUM")
-      return QStringLiteral("ROW_NUMBER() OVER ()");
+      return insideAggregate(t, i - 1) ? QStringLiteral("dbsweep_rownum(%1, %2)").arg(m_statement).arg(i)
+                                       : QStringLiteral("ROW_NUMBER() OVER ()");
     if (upper == u"ROWID")
       return QStringLiteral("rowid");
     return quoteName(upper);
