@@ -3,6 +3,7 @@
 #include "db/OraError.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
+#include "db/local/SessionSettings.h"
 #include "db/local/SqlTranslator.h"
 
 namespace ColumnTypes {
@@ -59,12 +60,14 @@ void checkText(sqlite3_value** argv) {
                               .arg(maximum));
 }
 
-void checkDate(sqlite3_value** argv) {
+const SessionSettings& session(sqlite3_context* ctx) {
+  return *static_cast<const SessionSettings*>(sqlite3_user_data(ctx));
+}
+
+void checkDate(sqlite3_context* ctx, sqlite3_value** argv) {
   if (sqlite3_value_type(argv[0]) != SQLITE_TEXT)
     throw OraError(932, QStringLiteral("inconsistent datatypes: expected DATE got NUMBER"));
-  const QString value = text(argv[0]);
-  if (!OracleDateTime::parseStored(value))
-    OracleDateTime::parse(value, OracleDateTime::DefaultModel, QDate::currentDate());
+  session(ctx).date(text(argv[0]));
 }
 
 void fits(sqlite3_context* ctx, int, sqlite3_value** argv) {
@@ -75,7 +78,7 @@ void fits(sqlite3_context* ctx, int, sqlite3_value** argv) {
       if (dataType == u"NUMBER" || dataType == u"FLOAT")
         checkNumber(argv);
       else if (dataType == u"DATE")
-        checkDate(argv);
+        checkDate(ctx, argv);
       else
         checkText(argv);
     }
@@ -97,6 +100,20 @@ void storedNumber(sqlite3_context* ctx, int, sqlite3_value** argv) {
       sqlite3_result_int64(ctx, v.integer);
     else
       sqlite3_result_double(ctx, v.real);
+  } catch (const OraError& e) {
+    sqlite3_result_error(ctx, e.what(), -1);
+  }
+}
+
+// dbsweep_stored_date(value): a text written to a DATE in the stored form the column keeps.
+void storedDate(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  try {
+    if (sqlite3_value_type(argv[0]) != SQLITE_TEXT) {
+      sqlite3_result_value(ctx, argv[0]);
+      return;
+    }
+    const QByteArray out = OracleDateTime::stored(session(ctx).date(text(argv[0]))).toUtf8();
+    sqlite3_result_text(ctx, out.constData(), int(out.size()), SQLITE_TRANSIENT);
   } catch (const OraError& e) {
     sqlite3_result_error(ctx, e.what(), -1);
   }
@@ -143,6 +160,8 @@ QStringList triggers(const QString& schema, const QString& table, const std::vec
     QString stored;
     if (rounds(c))
       stored = QStringLiteral("dbsweep_stored(%1, %2)").arg(q(c.name), c.scale.toString());
+    else if (c.dataType == u"DATE")
+      stored = QStringLiteral("dbsweep_stored_date(%1)").arg(q(c.name));
     else if (c.dataType == u"CHAR" || c.dataType == u"NCHAR")
       stored = QStringLiteral("dbsweep_padded(%1, %2, %3)")
                    .arg(q(c.name))
@@ -165,11 +184,13 @@ QStringList triggers(const QString& schema, const QString& table, const std::vec
               .arg(q(schema), q(QStringLiteral("TU$") + table), names.join(QStringLiteral(", ")), q(table), body)};
 }
 
-void registerFunctions(sqlite3* db) {
+void registerFunctions(sqlite3* db, const SessionSettings* settings) {
   const int flags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
-  sqlite3_create_function_v2(db, "dbsweep_fits", 9, flags, nullptr, fits, nullptr, nullptr, nullptr);
+  auto* session = const_cast<SessionSettings*>(settings);
+  sqlite3_create_function_v2(db, "dbsweep_fits", 9, flags, session, fits, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(db, "dbsweep_stored", 2, flags, nullptr, storedNumber, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(db, "dbsweep_padded", 3, flags, nullptr, padded, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_stored_date", 1, flags, session, storedDate, nullptr, nullptr, nullptr);
 }
 
 } // namespace ColumnTypes

@@ -127,6 +127,10 @@ void checkLevel(const Tokens& t, size_t begin, size_t end, const ColumnType& col
 
 } // namespace
 
+bool isText(const Tokens& t, size_t begin, size_t end) {
+  return kindOf(t, {begin, end}, [](size_t, size_t) { return QString(); }) == Kind::Text;
+}
+
 void check(const Tokens& t, size_t begin, size_t end, const ColumnType& columnType) {
   checkLevel(t, begin, end, columnType);
   for (size_t k = begin; k < end; ++k)

@@ -12,6 +12,10 @@ namespace CompoundCheck {
 // The declared SQLite type of the column [begin, end) in its query block; "" when unknown.
 using ColumnType = std::function<QString(size_t begin, size_t end)>;
 
+// Whether the select-list expression [begin, end) is text by the way it is written: a text
+// literal, a concatenation, TO_CHAR or another function that returns text.
+bool isText(const std::vector<SqlToken>& tokens, size_t begin, size_t end);
+
 // Checks every compound query within tokens [begin, end).
 void check(const std::vector<SqlToken>& tokens, size_t begin, size_t end, const ColumnType& columnType);
 

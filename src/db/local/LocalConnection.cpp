@@ -181,8 +181,8 @@ LocalConnection::~LocalConnection() {
 
 void LocalConnection::registerFunctions() {
   sqlite3_create_collation_v2(m_db, "ORADATE", SQLITE_UTF8, nullptr, compareDates, nullptr);
-  OracleFunctions::registerAll(m_db);
-  ColumnTypes::registerFunctions(m_db);
+  OracleFunctions::registerAll(m_db, &m_settings);
+  ColumnTypes::registerFunctions(m_db, &m_settings);
   DecimalAggregates::registerAll(m_db);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
@@ -365,7 +365,7 @@ qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const 
       rollbackQuietly();
     return 0;
   case Kind::Block: return runBlock(tokens, sql);
-  case Kind::Session: return 0;
+  case Kind::Session: return alterSession(tokens);
   case Kind::Ddl: return DdlRunner(*this, tokens, sql).run();
   case Kind::Unknown: break;
   }
@@ -406,6 +406,28 @@ qint64 LocalConnection::runDml(const std::vector<SqlToken>& source) {
       abandonPending();
     throw error;
   }
+}
+
+// ALTER SESSION SET NLS_DATE_FORMAT changes how the session's dates become text and texts
+// become dates; the other parameters, and SET statements, change nothing here.
+qint64 LocalConnection::alterSession(const std::vector<SqlToken>& t) {
+  if (!t.front().is(u"ALTER"))
+    return 0;
+  TokenCursor c(t, 2);
+  c.expect(u"SET", 922);
+  do {
+    const QString name = c.name(922);
+    c.expect(u"=", 922);
+    const SqlToken value = c.next();
+    if (name == u"NLS_DATE_FORMAT") {
+      if (value.kind != SqlToken::Kind::String)
+        TokenCursor::fail(922);
+      // A model the format cannot read is refused before it is kept (ORA-01821).
+      OracleDateTime::format(OracleDateTime::DateTime{QDate(2004, 6, 17), 0}, value.text);
+      m_settings.dateFormat = value.text;
+    }
+  } while (!c.atEnd());
+  return 0;
 }
 
 // An anonymous block made only of SQL statements runs them one after another.

@@ -2,6 +2,7 @@
 
 #include "db/DbConnection.h"
 #include "db/OraError.h"
+#include "db/local/SessionSettings.h"
 #include "db/local/SessionWatch.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/SqlTranslator.h"
@@ -78,6 +79,7 @@ public:
   OraError oracleError(const SqliteFailure& failure, const QString& owner = {}, const QString& table = {},
                        SqlErrors::Dml dml = SqlErrors::Dml::None) const;
   QHash<QString, qint64>& currentValues() { return m_currval; }
+  const SessionSettings& settings() const { return m_settings; }
   // A sequence's value in the row a statement is at, where the statement names its NEXTVAL more
   // than once: the first reference of a row takes a new number, the others in it repeat it.
   struct RowValue {
@@ -93,6 +95,7 @@ private:
   qint64 runBlock(const std::vector<SqlToken>& tokens, const QString& sql);
   void rollbackQuietly();
   void registerFunctions();
+  qint64 alterSession(const std::vector<SqlToken>& tokens);
 
   Logon m_logon;
   sqlite3* m_db;
@@ -104,5 +107,6 @@ private:
   QStringList m_attached; // other schemas, least recently used first
   QHash<QString, qint64> m_currval;
   QHash<QString, RowValue> m_rowValues;
+  SessionSettings m_settings;
   QHash<QString, bool> m_users;
 };

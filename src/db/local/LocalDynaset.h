@@ -27,7 +27,9 @@ public:
   void Close() override;
 
 private:
-  LocalDynaset(std::shared_ptr<LocalConnection> connection, const QString& sql, int options, QString deleteSql);
+  // textColumns: the columns that are text by the way the select list writes them.
+  LocalDynaset(std::shared_ptr<LocalConnection> connection, const QString& sql, int options, QString deleteSql,
+               const QList<bool>& textColumns);
   enum class DateColumn { No, Yes, Maybe };
   bool fetchTo(qint64 row);
   QVariant shown(QVariant value, int column) const;

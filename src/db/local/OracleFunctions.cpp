@@ -4,6 +4,7 @@
 #include "db/local/OracleDate.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
+#include "db/local/SessionSettings.h"
 
 #include <QDateTime>
 #include <QHash>
@@ -88,9 +89,12 @@ public:
   DateTime date(int i) const {
     if (isNumber(i))
       throw OraError(932, QStringLiteral("inconsistent datatypes: expected DATE got NUMBER"));
-    if (const auto d = storedDate(i))
-      return *d;
-    return OracleDateTime::parse(text(i), OracleDateTime::DefaultModel, QDate::currentDate());
+    return session().date(text(i));
+  }
+  const SessionSettings& session() const {
+    static const SessionSettings defaults;
+    const auto* settings = static_cast<const SessionSettings*>(sqlite3_user_data(m_ctx));
+    return settings ? *settings : defaults;
   }
 
   void setNull() { sqlite3_result_null(m_ctx); }
@@ -107,6 +111,7 @@ public:
       sqlite3_result_double(m_ctx, v.real);
   }
   void set(const DateTime& d) { set(OracleDateTime::stored(d)); }
+
   void setArgument(int i) {
     if (isNull(i))
       setNull();
@@ -300,7 +305,7 @@ void toChar(Call& c) {
   if (c.isNumber(0))
     return c.set(model ? OracleNumber::format(c.number(0), c.text(1)) : OracleNumber::toText(c.number(0)));
   if (const auto d = c.storedDate(0))
-    return c.set(model ? OracleDateTime::format(*d, c.text(1)) : OracleDateTime::defaultText(*d));
+    return c.set(model ? OracleDateTime::format(*d, c.text(1)) : c.session().dateText(*d));
   c.set(model ? OracleNumber::format(c.number(0), c.text(1)) : c.text(0));
 }
 
@@ -314,7 +319,7 @@ void concat(Call& c) {
     if (c.isNull(i))
       continue;
     const auto date = c.storedDate(i);
-    joined += date ? OracleDateTime::defaultText(*date) : c.text(i);
+    joined += date ? c.session().dateText(*date) : c.text(i);
   }
   c.set(joined);
 }
@@ -322,7 +327,7 @@ void concat(Call& c) {
 void toDate(Call& c) {
   if (c.anyNull())
     return c.setNull();
-  const QString model = c.count() == 2 ? c.text(1) : OracleDateTime::DefaultModel.toString();
+  const QString model = c.count() == 2 ? c.text(1) : c.session().dateModel();
   c.set(OracleDateTime::parse(c.text(0), model, QDate::currentDate()));
 }
 
@@ -542,7 +547,7 @@ struct Function {
 
 namespace OracleFunctions {
 
-void registerAll(sqlite3* db) {
+void registerAll(sqlite3* db, const SessionSettings* settings) {
   static const Function functions[] = {
       {"NVL2", 3, entry<nvl2>},
       {"DECODE", -1, entry<decode>},
@@ -597,8 +602,8 @@ void registerAll(sqlite3* db) {
   };
   for (const Function& f : functions)
     sqlite3_create_function_v2(db, f.name, f.args,
-                               SQLITE_UTF8 | (f.deterministic ? SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS : 0), nullptr,
-                               f.call, nullptr, nullptr, nullptr);
+                               SQLITE_UTF8 | (f.deterministic ? SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS : 0),
+                               const_cast<SessionSettings*>(settings), f.call, nullptr, nullptr, nullptr);
 }
 
 } // namespace OracleFunctions

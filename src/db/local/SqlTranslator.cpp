@@ -351,6 +351,7 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
 // "count(*)" is called COUNT(*) as Oracle calls it.
 QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
   QStringList items;
+  QList<bool> texts;
   QString prefix;
   if (t[i].is(u"DISTINCT") || t[i].is(u"UNIQUE") || t[i].is(u"ALL")) {
     prefix = t[i].is(u"ALL") ? QStringLiteral("ALL ") : QStringLiteral("DISTINCT ");
@@ -386,6 +387,8 @@ QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, siz
         (exprEnd - start == 3 && t[start].isName() && t[start + 1].is(u".") &&
          (t[start + 2].isName() || t[start + 2].is(u"*")) && !isPseudoSequence(t[start + 2])) ||
         (exprEnd - start == 5 && t[start + 1].is(u".") && t[start + 3].is(u".") && !isPseudoSequence(t[start + 4]));
+    const size_t valueEnd = !aliased ? exprEnd : t[exprEnd - 2].is(u"AS") ? exprEnd - 2 : exprEnd - 1;
+    texts << CompoundCheck::isText(t, start, valueEnd);
     QString item = translate(t, start, exprEnd);
     if (!aliased && !bareColumn)
       item += QStringLiteral(" AS ") + quoteName(labelOf(t, start, exprEnd));
@@ -400,6 +403,8 @@ QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, siz
     }
     break;
   }
+  if (!m_textColumns->has_value())
+    *m_textColumns = texts;
   return prefix + items.join(QStringLiteral(", "));
 }
 

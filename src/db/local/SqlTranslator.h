@@ -3,8 +3,11 @@
 #include "db/local/OuterJoins.h"
 #include "db/local/SqlLexer.h"
 
+#include <QList>
+
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <optional>
 
 // Turns the Oracle SQL of queries, DML and conditions into SQLite SQL: names are folded and
@@ -32,6 +35,10 @@ public:
   QString translate(const std::vector<SqlToken>& tokens, size_t begin, size_t end) const;
   QString translate(const std::vector<SqlToken>& tokens) const { return translate(tokens, 0, tokens.size()); }
 
+  // Which columns of the first select list translated are text by the way they are written
+  // (TO_CHAR, ||): texts that read like dates, but are no DATE.
+  QList<bool> textColumns() const { return m_textColumns->value_or(QList<bool>{}); }
+
   static QString quoteName(const QString& name);
   static QString quoteText(const QString& text);
   // Oracle's label for a select-list expression written as source: upper case outside string
@@ -54,5 +61,6 @@ private:
   bool m_rownumDone = false; // ROWNUM conditions are already limits
   bool m_probing = false;    // translating a probe, which probes no further
   qint64 m_statement;        // tells one statement's sequence references from another's
+  std::shared_ptr<std::optional<QList<bool>>> m_textColumns = std::make_shared<std::optional<QList<bool>>>();
   static inline std::atomic<qint64> s_statements{0};
 };
