@@ -113,6 +113,20 @@ private Q_SLOTS:
     m_db->ExecuteSQL("drop table events");
   }
 
+  void extractTakesADatesParts() {
+    const QString d = "to_date('2024/02/29 13:45:10', 'YYYY/MM/DD HH24:MI:SS')";
+    QCOMPARE(eval("extract(year from " + d + "), extract(month from " + d + "), extract(day from " + d + ")"),
+             QString("2024|2|29"));
+    QCOMPARE(eval("extract(day from date '2024-03-01' - 1) + 1"), QString("30"));
+    QCOMPARE(rowsOf(*m_db, "select name from staff where extract(year from hire_date) < extract(year from sysdate) "
+                           "- 5 order by name"),
+             QStringList({"ANCIENT"}));
+    QString text;
+    QCOMPARE(error("extract(hour from " + d + ")", &text), 30076);
+    QCOMPARE(text, QString("ORA-30076: invalid extract field for extract source"));
+    QCOMPARE(error("extract(minute from sysdate)"), 30076);
+  }
+
   void theSessionsDateFormatReadsAndWritesDates() {
     auto db = m_fx->sales();
     db->ExecuteSQL("create table diary (at date)");

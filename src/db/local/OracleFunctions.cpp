@@ -364,6 +364,22 @@ void monthsBetween(Call& c) {
   c.set(Decimal::from(Value::of(OracleDateTime::monthsBetween(c.date(0), c.date(1)))).value());
 }
 
+// EXTRACT of a DATE: its year, month or day. A DATE has a time but, to EXTRACT, no hour,
+// minute or second: those are for timestamps (ORA-30076).
+void extract(Call& c) {
+  if (c.isNull(1))
+    return c.setNull();
+  const QString field = c.text(0);
+  const DateTime d = c.date(1);
+  if (field == u"YEAR")
+    return c.set(Value::of(qint64(d.date.year())));
+  if (field == u"MONTH")
+    return c.set(Value::of(qint64(d.date.month())));
+  if (field == u"DAY")
+    return c.set(Value::of(qint64(d.date.day())));
+  throw OraError(30076, QStringLiteral("invalid extract field for extract source"));
+}
+
 void lastDay(Call& c) {
   if (c.isNull(0))
     return c.setNull();
@@ -585,6 +601,7 @@ void registerAll(sqlite3* db, const SessionSettings* settings) {
       {"ADD_MONTHS", 2, entry<addMonths>},
       {"MONTHS_BETWEEN", 2, entry<monthsBetween>},
       {"LAST_DAY", 1, entry<lastDay>},
+      {"dbsweep_extract", 2, entry<extract>},
       {"MOD", 2, entry<mod>},
       {"ABS", 1, entry<abs>},
       {"dbsweep_plus", 2, entry<plus>},

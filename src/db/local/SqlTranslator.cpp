@@ -689,6 +689,16 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
   if (parts.size() == 1 && tok.kind == SqlToken::Kind::Word) {
     const QString upper = tok.upper();
     ++i;
+    // EXTRACT(field FROM date) becomes an engine call of the field's name and the date.
+    if (upper == u"EXTRACT" && next(0).is(u"(") && next(2).is(u"FROM")) {
+      const size_t close = afterGroup(t, i, end);
+      if (close == NoEnd)
+        throw OraError(907, QStringLiteral("missing right parenthesis"));
+      const QString field = next(1).upper();
+      const QString date = translate(t, i + 3, close - 1);
+      i = close;
+      return QStringLiteral("dbsweep_extract(%1, %2)").arg(quoteText(field), date);
+    }
     if (next(0).is(u"(") && !keywords().contains(upper))
       return functionName(upper);
     if (upper == u"UNIQUE")
