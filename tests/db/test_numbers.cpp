@@ -47,6 +47,9 @@ private Q_SLOTS:
              QStringList({".3|.3|3"}));
     QCOMPARE(rowsOf(*m_db, "select to_char(sum(amount) over (order by id)) from ledger order by id"),
              QStringList({".1", ".2", ".3"}));
+    QCOMPARE(rowsOf(*m_db, "select to_char(sum(amount) over (partition by sign(id - 1) order by id rows between 1 "
+                           "preceding and current row)) from ledger order by id"),
+             QStringList({".1", ".1", ".2"}));
     QCOMPARE(rowsOf(*m_db, "select sum(amount), avg(amount) from ledger where id > 9"), QStringList({"<null>|<null>"}));
     QCOMPARE(error("select sum(code) from ledger where id > 1"), 1722);
   }

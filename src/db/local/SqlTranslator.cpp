@@ -197,6 +197,27 @@ bool endsOrdering(const SqlToken& t) {
          t.is(u"INTERSECT") || t.is(u"MINUS");
 }
 
+// Whether the token at stands directly within an analytic function's OVER (...).
+bool insideWindow(const std::vector<SqlToken>& t, size_t at) {
+  int depth = 0;
+  for (size_t j = at; j-- > 0;) {
+    if (t[j].is(u")"))
+      ++depth;
+    else if (t[j].is(u"(") && depth-- == 0)
+      return j > 0 && t[j - 1].is(u"OVER");
+  }
+  return false;
+}
+
+// The words of a window clause, which are no names there.
+bool isWindowWord(const QString& upper) {
+  static const QSet<QString> words = {QStringLiteral("PARTITION"), QStringLiteral("ROWS"),
+                                      QStringLiteral("RANGE"),     QStringLiteral("UNBOUNDED"),
+                                      QStringLiteral("PRECEDING"), QStringLiteral("FOLLOWING"),
+                                      QStringLiteral("CURRENT"),   QStringLiteral("ROW")};
+  return words.contains(upper);
+}
+
 // Whether the token at stands within the arguments of an aggregate call.
 bool insideAggregate(const std::vector<SqlToken>& t, size_t at) {
   int depth = 0;
@@ -705,7 +726,7 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return QStringLiteral("DISTINCT");
     if (upper == u"MINUS")
       return QStringLiteral("EXCEPT");
-    if (keywords().contains(upper))
+    if (keywords().contains(upper) || (isWindowWord(upper) && insideWindow(t, i - 1)))
       return upper;
     if (upper == u"SYSDATE")
       return QStringLiteral("dbsweep_sysdate()");
