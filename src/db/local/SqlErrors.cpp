@@ -140,6 +140,11 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
          return mm.captured(1).toInt() > mm.captured(2).toInt() ? OraError(913, QStringLiteral("too many values"))
                                                                 : OraError(947, QStringLiteral("not enough values"));
        }},
+      {QRegularExpression(QStringLiteral("^sub-select returns (\\d+) columns - expected (\\d+)$")),
+       [](const auto& mm) {
+         return mm.captured(1).toInt() > mm.captured(2).toInt() ? OraError(913, QStringLiteral("too many values"))
+                                                                : OraError(947, QStringLiteral("not enough values"));
+       }},
       {QRegularExpression(QStringLiteral("^wrong number of arguments to function")),
        [](const auto&) { return OraError(909, QStringLiteral("invalid number of arguments")); }},
       {QRegularExpression(QStringLiteral("^misuse of aggregate")),
