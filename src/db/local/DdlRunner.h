@@ -52,6 +52,8 @@ private:
   void truncate();
   void comment();
   void grant(bool revoke);
+  void grantObject(bool revoke, QStringList privileges, const QString& owner, const QString& object,
+                   const QStringList& grantees);
 
   // Parsing.
   Column parseColumn(std::vector<Constraint>& constraints);
@@ -68,6 +70,7 @@ private:
   QString schemaFor(const QString& owner, int missingUserError = 1918);
   void requireAccess(const QString& owner) const;
   void requireDba() const;
+  void requireUser(const QString& name) const;
   std::optional<QString> objectType(const QString& owner, const QString& name) const;
   void requireTable(const QString& owner, const QString& table) const;
   void inTransaction(const std::function<void()>& work);

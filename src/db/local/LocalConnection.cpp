@@ -11,6 +11,7 @@
 #include "db/local/TokenCursor.h"
 
 #include <QDateTime>
+#include <QScopeGuard>
 
 #include <cstring>
 
@@ -165,7 +166,7 @@ LocalConnection::LocalConnection(Logon logon, sqlite3* db, sqlite3* side)
     std::lock_guard lock(m_mutex);
     rollbackQuietly();
   });
-  Catalogue::installViews(m_db, m_logon.user, m_watch->sid());
+  Catalogue::installViews(m_db, m_logon.user, m_logon.dba, m_watch->sid());
 }
 
 LocalConnection::~LocalConnection() {
@@ -238,7 +239,7 @@ QString LocalConnection::schemaOf(const QString& owner) {
 }
 
 SqlTranslator LocalConnection::translator() {
-  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}};
+  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}};
   context.hasColumn = [this](std::vector<SqlToken> item, const QString& column) {
     item.push_back(SqlToken{});
     try {
@@ -252,6 +253,10 @@ SqlTranslator LocalConnection::translator() {
     }
     return false;
   };
+  context.checkAccess = [this](const QString& owner, const QString& table) {
+    const bool target = owner == m_targetOwner && table == m_targetTable;
+    checkAccess(owner, table, target ? m_targetPrivilege : QStringLiteral("SELECT"));
+  };
   context.declaredType = [this](const QString& sql) {
     try {
       return SqliteStmt(m_db, sql).declaredType(0);
@@ -260,6 +265,21 @@ SqlTranslator LocalConnection::translator() {
     }
   };
   return SqlTranslator(context);
+}
+
+void LocalConnection::checkAccess(const QString& owner, const QString& table, const QString& privilege) {
+  if (owner == m_logon.user || m_logon.dba)
+    return;
+  SqliteStmt s(m_db, QStringLiteral("SELECT privilege FROM CAT.tab_privs WHERE owner = ?1 AND table_name = ?2 AND "
+                                    "grantee IN (?3, 'PUBLIC')"));
+  s.bindAll({owner, table, m_logon.user});
+  QStringList held;
+  while (s.step())
+    held << s.text(0);
+  if (held.isEmpty())
+    throw OraError(942, QStringLiteral("table or view does not exist"));
+  if (!held.contains(privilege))
+    throw OraError(1031, QStringLiteral("insufficient privileges"));
 }
 
 bool LocalConnection::beginPending() {
@@ -389,6 +409,10 @@ qint64 LocalConnection::runDml(const std::vector<SqlToken>& source) {
   const auto [owner, table] = c.qualifiedName();
   if (!t[0].is(u"INSERT") && c.peek().isName() && !c.peek().is(u"SET") && !c.peek().is(u"WHERE"))
     t.insert(t.begin() + qsizetype(c.pos()), word(u"AS"));
+  m_targetOwner = owner.isEmpty() ? m_logon.user : owner;
+  m_targetTable = table;
+  m_targetPrivilege = deleting ? QStringLiteral("DELETE") : t[0].upper();
+  const auto translated = qScopeGuard([this] { m_targetOwner.clear(); });
   const QString sqlite = translator().translate(t);
   bool began = false;
   try {

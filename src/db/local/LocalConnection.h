@@ -79,6 +79,10 @@ public:
   OraError oracleError(const SqliteFailure& failure, const QString& owner = {}, const QString& table = {},
                        SqlErrors::Dml dml = SqlErrors::Dml::None) const;
   QHash<QString, qint64>& currentValues() { return m_currval; }
+  // Whether the session may use owner's table for privilege (SELECT, INSERT, UPDATE, DELETE):
+  // its own tables and, for a DBA, every table; others only as granted to it or to PUBLIC.
+  // ORA-00942 when it holds no privilege on the table, ORA-01031 when not this one.
+  void checkAccess(const QString& owner, const QString& table, const QString& privilege);
   const SessionSettings& settings() const { return m_settings; }
   // A sequence's value in the row a statement is at, where the statement names its NEXTVAL more
   // than once: the first reference of a row takes a new number, the others in it repeat it.
@@ -108,5 +112,7 @@ private:
   QHash<QString, qint64> m_currval;
   QHash<QString, RowValue> m_rowValues;
   SessionSettings m_settings;
+  // The table a DML statement changes and the privilege that takes, while it is translated.
+  QString m_targetOwner, m_targetTable, m_targetPrivilege;
   QHash<QString, bool> m_users;
 };

@@ -61,6 +61,7 @@ std::unique_ptr<LocalDynaset> LocalDynaset::open(std::shared_ptr<LocalConnection
   SqlTranslator tr = c->translator();
   QString sql;
   QString deleteSql;
+  std::pair<QString, QString> target; // the owner and table a Delete() deletes from
   const SingleTable single = options == Updatable ? singleTable(t) : SingleTable{};
   if (single.from) {
     const QString table = tr.translate(t, single.tableBegin, single.tableEnd);
@@ -68,15 +69,19 @@ std::unique_ptr<LocalDynaset> LocalDynaset::open(std::shared_ptr<LocalConnection
     sql = tr.translate(t, 0, single.from) + QStringLiteral(", ") + qualifier + QStringLiteral(".rowid AS ") +
           SqlTranslator::quoteName(RowidLabel) + u' ' + tr.translate(t, single.from, t.size());
     deleteSql = QStringLiteral("DELETE FROM ") + table + QStringLiteral(" WHERE rowid = ?1");
+    TokenCursor name(t, single.tableBegin);
+    std::tie(target.first, target.second) = name.qualifiedName();
   } else {
     sql = tr.translate(t);
   }
-  return std::unique_ptr<LocalDynaset>(new LocalDynaset(std::move(c), sql, options, deleteSql, tr.textColumns()));
+  return std::unique_ptr<LocalDynaset>(
+      new LocalDynaset(std::move(c), sql, options, deleteSql, tr.textColumns(), target));
 }
 
 LocalDynaset::LocalDynaset(std::shared_ptr<LocalConnection> connection, const QString& sql, int options,
-                           QString deleteSql, const QList<bool>& textColumns)
-    : m_connection(std::move(connection)), m_sql(sql), m_options(options), m_deleteSql(std::move(deleteSql)) {
+                           QString deleteSql, const QList<bool>& textColumns, std::pair<QString, QString> target)
+    : m_connection(std::move(connection)), m_sql(sql), m_options(options), m_deleteSql(std::move(deleteSql)),
+      m_target(std::move(target)) {
   try {
     m_stmt = std::make_unique<SqliteStmt>(m_connection->db(), sql);
   } catch (const SqliteFailure& f) {
@@ -197,6 +202,8 @@ void LocalDynaset::Delete() {
   // returned to its killer fails it at once, after rolling back the deletes before it.
   m_connection->startCall();
   const QVariant rowid = current().back();
+  m_connection->checkAccess(m_target.first.isEmpty() ? m_connection->user() : m_target.first, m_target.second,
+                            QStringLiteral("DELETE"));
   bool began = false;
   try {
     began = m_connection->beginPending();

@@ -211,10 +211,9 @@ bool insideWindow(const std::vector<SqlToken>& t, size_t at) {
 
 // The words of a window clause, which are no names there.
 bool isWindowWord(const QString& upper) {
-  static const QSet<QString> words = {QStringLiteral("PARTITION"), QStringLiteral("ROWS"),
-                                      QStringLiteral("RANGE"),     QStringLiteral("UNBOUNDED"),
-                                      QStringLiteral("PRECEDING"), QStringLiteral("FOLLOWING"),
-                                      QStringLiteral("CURRENT"),   QStringLiteral("ROW")};
+  static const QSet<QString> words = {
+      QStringLiteral("PARTITION"), QStringLiteral("ROWS"),      QStringLiteral("RANGE"),   QStringLiteral("UNBOUNDED"),
+      QStringLiteral("PRECEDING"), QStringLiteral("FOLLOWING"), QStringLiteral("CURRENT"), QStringLiteral("ROW")};
   return words.contains(upper);
 }
 
@@ -762,6 +761,8 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       first = 1;
     } else {
       const QString schema = m_context.schemaOf ? m_context.schemaOf(owner) : QString();
+      if (!schema.isEmpty() && parts.size() == 2 && !parts[1]->is(u"*") && m_context.checkAccess)
+        m_context.checkAccess(owner, parts[1]->name());
       if (!schema.isEmpty() && (parts.size() == 3 || !parts[1]->is(u"*"))) {
         names << (schema == u"main" ? schema : quoteName(schema));
         first = 1;

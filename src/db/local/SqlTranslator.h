@@ -27,6 +27,8 @@ public:
     // The declared SQLite type of the first column of a probe query, "" when it has none or
     // fails.
     std::function<QString(const QString& sql)> declaredType;
+    // Raises the error Oracle raises when the session may not use another schema's table.
+    std::function<void(const QString& owner, const QString& table)> checkAccess;
   };
 
   explicit SqlTranslator(Context context) : m_context(std::move(context)), m_statement(++s_statements) {}
