@@ -70,6 +70,11 @@ private Q_SLOTS:
                   "from staff)"),
              QStringList({"3"}));
     QCOMPARE(rows("select count(*) from (select name from staff), (select dept from staff)"), QStringList({"9"}));
+    // A query of two columns is a row.
+    m_db->ExecuteSQL("update staff set (dept, salary) = (select dept, salary from staff where name = 'ANN') where "
+                     "name = 'CAT'");
+    QCOMPARE(rows("select dept, salary from staff where name = 'CAT'"), QStringList({"A|100"}));
+    m_db->ExecuteSQL("update staff set dept = 'B', salary = 200 where name = 'CAT'");
   }
 
   void compoundBranchesAgreeOnTypes() {

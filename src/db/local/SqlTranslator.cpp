@@ -358,7 +358,10 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       out << *computed;
       continue;
     }
-    if (i > 0 && isScalarContext(t, i - 1) && isSubquery(t, i, end)) {
+    // A query of several columns is a row, as in SET (a, b) = (SELECT ...), which takes one
+    // row by itself.
+    if (i > 0 && isScalarContext(t, i - 1) && isSubquery(t, i, end) &&
+        QueryBlock::read(t, i + 1, end).items.size() == 1) {
       out << scalarSubquery(t, i, end);
       continue;
     }
