@@ -173,6 +173,8 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
        [](const auto&) { return OraError(934, QStringLiteral("group function is not allowed here")); }},
       {QRegularExpression(QStringLiteral("^HAVING clause on a non-aggregate query$")),
        [](const auto&) { return OraError(979, QStringLiteral("not a GROUP BY expression")); }},
+      {QRegularExpression(QStringLiteral("^DISTINCT aggregates must have exactly one argument$")),
+       [](const auto&) { return OraError(936, QStringLiteral("missing expression")); }},
       {QRegularExpression(QStringLiteral("^incomplete input$")),
        [](const auto&) { return OraError(921, QStringLiteral("unexpected end of SQL command")); }},
       {QRegularExpression(QStringLiteral("syntax error")),
@@ -185,7 +187,10 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
   for (const Pattern& p : patterns)
     if (const auto match = p.re.match(m); match.hasMatch())
       return p.make(match);
-  return OraError(600, QStringLiteral("internal error code, arguments: [%1]").arg(m));
+  // A failure no Oracle error stands for is the engine's own fault: the text SQLite gave goes
+  // to the log for whoever fixes it, not to the user as if it were Oracle's.
+  qWarning("embedded engine: unexpected SQLite failure %d: %s", f.code, qPrintable(m));
+  return OraError(600, QStringLiteral("internal error code, arguments: [sqlite%1]").arg(f.code));
 }
 
 } // namespace SqlErrors
