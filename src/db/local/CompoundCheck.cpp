@@ -42,15 +42,6 @@ Kind kindOfType(const QString& declared) {
   return declared == u"DATE" ? Kind::Date : Kind::Unknown;
 }
 
-bool isDottedName(const Tokens& t, Range r) {
-  if ((r.end - r.begin) % 2 == 0)
-    return false;
-  for (size_t k = r.begin; k < r.end; k += 2)
-    if (!t[k].isName() || QueryBlock::isNoColumn(t[k]) || (k + 1 < r.end && !t[k + 1].is(u".")))
-      return false;
-  return true;
-}
-
 Kind kindOf(const Tokens& t, Range r, const ColumnType& columnType) {
   while (r.end - r.begin > 2 && t[r.begin].is(u"(") && QueryBlock::closing(t, r.begin, r.end) == r.end)
     r = {r.begin + 1, r.end - 1};
@@ -66,7 +57,7 @@ Kind kindOf(const Tokens& t, Range r, const ColumnType& columnType) {
     return Kind::Date;
   if (n == 1 && t[b].is(u"SYSDATE"))
     return Kind::Date;
-  if (isDottedName(t, r))
+  if (QueryBlock::isColumn(t, r.begin, r.end))
     return kindOfType(columnType(r.begin, r.end));
   if (t[b].kind == SqlToken::Kind::Word && b + 1 < r.end && t[b + 1].is(u"(") &&
       QueryBlock::closing(t, b + 1, r.end) == r.end)

@@ -13,20 +13,8 @@ using Tokens = std::vector<SqlToken>;
 using QueryBlock::closing;
 using QueryBlock::isAggregate;
 using QueryBlock::isNoColumn;
+using QueryBlock::isSubquery;
 using QueryBlock::Range;
-
-bool isSubquery(const Tokens& t, size_t k, size_t end) {
-  return t[k].is(u"(") && k + 1 < end && (t[k + 1].is(u"SELECT") || t[k + 1].is(u"WITH"));
-}
-
-bool isDottedName(const Tokens& t, Range r) {
-  if ((r.end - r.begin) % 2 == 0)
-    return false;
-  for (size_t k = r.begin; k < r.end; k += 2)
-    if (!t[k].isName() || (k + 1 < r.end && !t[k + 1].is(u".")))
-      return false;
-  return true;
-}
 
 bool same(const Tokens& t, size_t at, Range expr, size_t end) {
   const size_t n = expr.end - expr.begin;
@@ -96,7 +84,7 @@ bool hasStrayColumn(const Tokens& t, Range item, const std::vector<Range>& group
     const QString last = t[e - 1].upper();
     bool found = false;
     for (const Range& g : groups) {
-      const bool name = isDottedName(t, g) && t[g.end - 1].upper() == last;
+      const bool name = QueryBlock::isColumn(t, g.begin, g.end) && t[g.end - 1].upper() == last;
       if (name && (e - k == 1 || g.end - g.begin == 1 || same(t, k, g, item.end)))
         found = true;
     }

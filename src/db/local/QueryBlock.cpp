@@ -83,6 +83,19 @@ bool isAggregate(const SqlToken& t) {
   return t.kind == SqlToken::Kind::Word && names.contains(t.upper());
 }
 
+bool isColumn(const Tokens& t, size_t begin, size_t end) {
+  if (end <= begin || (end - begin) % 2 == 0)
+    return false;
+  for (size_t k = begin; k < end; k += 2)
+    if (!t[k].isName() || isNoColumn(t[k]) || (k + 1 < end && !t[k + 1].is(u".")))
+      return false;
+  return true;
+}
+
+bool isSubquery(const Tokens& t, size_t k, size_t end) {
+  return t[k].is(u"(") && k + 1 < end && (t[k + 1].is(u"SELECT") || t[k + 1].is(u"WITH"));
+}
+
 bool isSetOperator(const SqlToken& t) {
   return t.is(u"UNION") || t.is(u"INTERSECT") || t.is(u"MINUS") || t.is(u"EXCEPT");
 }

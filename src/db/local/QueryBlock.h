@@ -31,6 +31,10 @@ std::vector<Range> split(const Tokens& t, size_t begin, size_t end);
 // Words that are no column where a name could stand.
 bool isNoColumn(const SqlToken& t);
 bool isSetOperator(const SqlToken& t);
+// [owner.]table.column and the like: names joined by dots, none of them a word that is no column.
+bool isColumn(const Tokens& t, size_t begin, size_t end);
+// Whether a parenthesised query opens at k.
+bool isSubquery(const Tokens& t, size_t k, size_t end);
 // The name of an aggregate function: COUNT, SUM, MAX ...
 bool isAggregate(const SqlToken& t);
 

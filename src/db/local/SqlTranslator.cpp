@@ -139,20 +139,6 @@ bool isNumberLiteral(const std::vector<SqlToken>& t, size_t begin, size_t end) {
   return end == begin + 1 && t[begin].kind == SqlToken::Kind::Number;
 }
 
-// [owner.]table.column and the like: names joined by dots.
-bool isColumn(const std::vector<SqlToken>& t, size_t begin, size_t end) {
-  if ((end - begin) % 2 == 0)
-    return false;
-  for (size_t k = begin; k < end; k += 2)
-    if (!t[k].isName() || keywords().contains(t[k].upper()) || (k + 1 < end && !t[k + 1].is(u".")))
-      return false;
-  return true;
-}
-
-bool isSubquery(const std::vector<SqlToken>& t, size_t i, size_t end) {
-  return t[i].is(u"(") && i + 1 < end && (t[i + 1].is(u"SELECT") || t[i + 1].is(u"WITH"));
-}
-
 // Whether the parenthesis at open holds values: a call's arguments or a VALUES list.
 bool holdsValues(const std::vector<SqlToken>& t, size_t open) {
   return open > 0 && (t[open - 1].is(u"VALUES") ||
@@ -360,7 +346,7 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     }
     // A query of several columns is a row, as in SET (a, b) = (SELECT ...), which takes one
     // row by itself.
-    if (i > 0 && isScalarContext(t, i - 1) && isSubquery(t, i, end) &&
+    if (i > 0 && isScalarContext(t, i - 1) && QueryBlock::isSubquery(t, i, end) &&
         QueryBlock::read(t, i + 1, end).items.size() == 1) {
       out << scalarSubquery(t, i, end);
       continue;
@@ -503,15 +489,16 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   const size_t otherEnd = literalLeft ? after : op;
   QString other = translate(t, otherBegin, otherEnd);
   QString literal = translate(t, literalAt, literalEnd);
-  const QString type = isColumn(t, otherBegin, otherEnd) ? declaredType(t, otherBegin, otherEnd) : QString();
+  const QString type =
+      QueryBlock::isColumn(t, otherBegin, otherEnd) ? declaredType(t, otherBegin, otherEnd) : QString();
   if (!textLeft && !textRight) {
     // A number compared with a text converts the text, which may be no number.
-    if (isColumn(t, otherBegin, otherEnd) && !isTextType(type))
+    if (QueryBlock::isColumn(t, otherBegin, otherEnd) && !isTextType(type))
       return std::nullopt;
     other = QStringLiteral("TO_NUMBER(%1)").arg(other);
   } else if (isNumberLiteral(t, otherBegin, otherEnd)) {
     literal = QStringLiteral("TO_NUMBER(%1)").arg(literal);
-  } else if (!isColumn(t, otherBegin, otherEnd)) {
+  } else if (!QueryBlock::isColumn(t, otherBegin, otherEnd)) {
     literal = QStringLiteral("dbsweep_compared(%1, %2)").arg(other, literal);
   } else if (type == u"NUMBER" || type == u"FLOAT") {
     literal = QStringLiteral("TO_NUMBER(%1)").arg(literal);
@@ -643,7 +630,7 @@ QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t
     arithmetic = arithmetic || negative;
     QString text = translate(t, b, e);
     if (arithmetic && ((e == b + 1 && t[b].kind == SqlToken::Kind::String && !t[b].text.isEmpty()) ||
-                       (isColumn(t, b, e) && isTextType(declaredType(t, b, e)))))
+                       (QueryBlock::isColumn(t, b, e) && isTextType(declaredType(t, b, e)))))
       text = QStringLiteral("TO_NUMBER(%1)").arg(text);
     if (!negative)
       return text;
