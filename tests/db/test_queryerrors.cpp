@@ -83,6 +83,7 @@ private Q_SLOTS:
     QCOMPARE(text, QString("ORA-01790: expression must have same datatype as corresponding expression"));
     QCOMPARE(error("select name, salary from staff union all select dept, name from staff"), 1790);
     QCOMPARE(error("select salary from staff minus select sysdate from dual"), 1790);
+    QCOMPARE(error("select extract(year from sysdate) from dual union select name from staff"), 1790);
     QCOMPARE(error("select null from dual union select 1 from dual union select 'x' from dual"), 1790);
     QCOMPARE(error("select count(*) from (select salary from staff intersect select upper(name) from staff)"), 1790);
     QCOMPARE(rows("select name from staff where dept = 'B' union select dept from staff union select null from dual "

@@ -18,9 +18,10 @@ enum class Kind { Unknown, Number, Text, Date };
 
 Kind kindOfCall(const QString& name) {
   static const QSet<QString> numbers = {
-      QStringLiteral("COUNT"), QStringLiteral("SUM"),   QStringLiteral("AVG"),  QStringLiteral("LENGTH"),
-      QStringLiteral("INSTR"), QStringLiteral("MOD"),   QStringLiteral("ABS"),  QStringLiteral("TO_NUMBER"),
-      QStringLiteral("SIGN"),  QStringLiteral("FLOOR"), QStringLiteral("CEIL"), QStringLiteral("MONTHS_BETWEEN")};
+      QStringLiteral("COUNT"),  QStringLiteral("SUM"),   QStringLiteral("AVG"),  QStringLiteral("LENGTH"),
+      QStringLiteral("INSTR"),  QStringLiteral("MOD"),   QStringLiteral("ABS"),  QStringLiteral("TO_NUMBER"),
+      QStringLiteral("SIGN"),   QStringLiteral("FLOOR"), QStringLiteral("CEIL"), QStringLiteral("MONTHS_BETWEEN"),
+      QStringLiteral("EXTRACT")};
   static const QSet<QString> texts = {QStringLiteral("TO_CHAR"), QStringLiteral("UPPER"),  QStringLiteral("LOWER"),
                                       QStringLiteral("SUBSTR"),  QStringLiteral("LPAD"),   QStringLiteral("RPAD"),
                                       QStringLiteral("TRIM"),    QStringLiteral("LTRIM"),  QStringLiteral("RTRIM"),
