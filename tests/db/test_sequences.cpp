@@ -1,5 +1,9 @@
 #include "EngineFixture.h"
 
+#include "db/local/Catalogue.h"
+
+#include <sqlite3.h>
+
 // A sequence gives each row of a statement one number, however often the row names NEXTVAL, and
 // is refused where Oracle refuses it.
 class TestSequences final : public QObject {
@@ -45,6 +49,47 @@ private Q_SLOTS:
     QCOMPARE(errorOf([&] { rows("select count(*), ids.currval from three group by n"); }), 2287);
     // A refused statement takes no number.
     QCOMPARE(rows("select ids.nextval from dual"), QStringList({"55"}));
+  }
+
+  void userSequencesShowWhatOracleShows() {
+    m_db->ExecuteSQL("create sequence cached");
+    m_db->ExecuteSQL("create sequence fives start with 5 increment by 5 nocache order");
+    const QString columns = "select min_value, increment_by, cycle_flag, order_flag, cache_size, last_number from "
+                            "user_sequences where sequence_name = ";
+    QCOMPARE(rows(columns + "'CACHED'"), QStringList({"1|1|N|N|20|1"}));
+    QCOMPARE(rows(columns + "'FIVES'"), QStringList({"1|5|N|Y|0|5"}));
+    // A cache of twenty is written down whole when its first number is taken.
+    rows("select cached.nextval from dual");
+    QCOMPARE(rows("select last_number from user_sequences where sequence_name = 'CACHED'"), QStringList({"21"}));
+    for (int n = 0; n < 19; ++n)
+      rows("select cached.nextval from dual");
+    QCOMPARE(rows("select last_number from user_sequences where sequence_name = 'CACHED'"), QStringList({"21"}));
+    QCOMPARE(rows("select cached.nextval from dual"), QStringList({"21"}));
+    QCOMPARE(rows("select last_number from user_sequences where sequence_name = 'CACHED'"), QStringList({"41"}));
+    rows("select fives.nextval from dual");
+    QCOMPARE(rows("select last_number from user_sequences where sequence_name = 'FIVES'"), QStringList({"10"}));
+    QString text;
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("create sequence tiny cache 1"); }, &text), 4010);
+    QCOMPARE(text, QString("ORA-04010: the number of values to CACHE must be greater than 1"));
+  }
+
+  void aCatalogueOfAnEarlierVersionIsBroughtUpToDate() {
+    EngineFixture fx;
+    fx.sales()->ExecuteSQL("create sequence old_one start with 3");
+    // The catalogue as versions before sequence caches and object privileges made it.
+    sqlite3* catalogue = nullptr;
+    QCOMPARE(sqlite3_open(QString(fx.folder + "/" + Catalogue::FileName).toUtf8().constData(), &catalogue), SQLITE_OK);
+    QCOMPARE(sqlite3_exec(catalogue,
+                          "DROP TABLE tab_privs; ALTER TABLE sequences DROP COLUMN start_with; ALTER TABLE sequences "
+                          "DROP COLUMN cache_size; ALTER TABLE sequences DROP COLUMN order_flag",
+                          nullptr, nullptr, nullptr),
+             SQLITE_OK);
+    sqlite3_close(catalogue);
+    auto sales = fx.sales();
+    QCOMPARE(rowsOf(*sales, "select cache_size, order_flag, last_number from user_sequences"), QStringList({"0|N|3"}));
+    QCOMPARE(rowsOf(*sales, "select old_one.nextval from dual"), QStringList({"3"}));
+    sales->ExecuteSQL("create table mine (k number)");
+    sales->ExecuteSQL("grant select on mine to public");
   }
 };
 

@@ -12,14 +12,37 @@ QString schemaFile(const QString& folder, const QString& owner) {
   return folder + u'/' + owner + QStringLiteral(".schema");
 }
 
-void addPrivileges(sqlite3* db) {
-  sqliteExec(db, QStringLiteral("CREATE TABLE IF NOT EXISTS CAT.tab_privs(grantee TEXT, owner TEXT, table_name TEXT, "
-                                "privilege TEXT, PRIMARY KEY(grantee, owner, table_name, privilege))"));
+void upgrade(sqlite3* db) {
+  const auto current = [db] {
+    return sqliteValue(db, QStringLiteral("SELECT 1 FROM pragma_table_info('sequences', 'CAT') WHERE name = "
+                                          "'cache_size'"))
+               .isValid() &&
+           sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.sqlite_master WHERE name = 'tab_privs'")).isValid();
+  };
+  if (current())
+    return;
+  sqliteExec(db, QStringLiteral("BEGIN IMMEDIATE"));
+  try {
+    // Looked at again inside the transaction: another session may have just done it.
+    if (!current())
+      sqliteExec(db, QStringLiteral(R"(
+CREATE TABLE IF NOT EXISTS CAT.tab_privs(grantee TEXT, owner TEXT, table_name TEXT, privilege TEXT,
+  PRIMARY KEY(grantee, owner, table_name, privilege));
+ALTER TABLE CAT.sequences ADD COLUMN start_with INTEGER;
+ALTER TABLE CAT.sequences ADD COLUMN cache_size INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE CAT.sequences ADD COLUMN order_flag TEXT NOT NULL DEFAULT 'N';
+)"));
+    sqliteExec(db, QStringLiteral("COMMIT"));
+  } catch (...) {
+    sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+    throw;
+  }
 }
 
 void create(sqlite3* db) {
-  addPrivileges(db);
   sqliteExec(db, QStringLiteral(R"(
+CREATE TABLE CAT.tab_privs(grantee TEXT, owner TEXT, table_name TEXT, privilege TEXT,
+  PRIMARY KEY(grantee, owner, table_name, privilege));
 CREATE TABLE CAT.users(username TEXT PRIMARY KEY, password TEXT NOT NULL, is_dba INTEGER NOT NULL DEFAULT 0,
   user_id INTEGER NOT NULL, created TEXT NOT NULL);
 CREATE TABLE CAT.sessions(sid INTEGER PRIMARY KEY, serial INTEGER NOT NULL, username TEXT, osuser TEXT, machine TEXT,
@@ -50,7 +73,8 @@ CREATE TABLE CAT.ind_columns(index_owner TEXT, index_name TEXT, table_owner TEXT
   column_position INTEGER, column_length INTEGER, descend TEXT, PRIMARY KEY(index_owner, index_name, column_position));
 CREATE INDEX CAT.ind_columns_table ON ind_columns(table_name);
 CREATE TABLE CAT.sequences(owner TEXT, sequence_name TEXT, min_value INTEGER, max_value INTEGER,
-  increment_by INTEGER, cycle_flag TEXT, last_number INTEGER, PRIMARY KEY(owner, sequence_name));
+  increment_by INTEGER, cycle_flag TEXT, last_number INTEGER, start_with INTEGER,
+  cache_size INTEGER NOT NULL DEFAULT 0, order_flag TEXT NOT NULL DEFAULT 'N', PRIMARY KEY(owner, sequence_name));
 )"));
 }
 
@@ -112,7 +136,12 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
       {"ALL_SEQUENCES",
        "SELECT owner AS SEQUENCE_OWNER, sequence_name AS SEQUENCE_NAME, min_value AS MIN_VALUE, max_value AS "
        "MAX_VALUE, "
-       "increment_by AS INCREMENT_BY, cycle_flag AS CYCLE_FLAG, last_number AS LAST_NUMBER FROM CAT.sequences",
+       "increment_by AS INCREMENT_BY, cycle_flag AS CYCLE_FLAG, order_flag AS ORDER_FLAG, cache_size AS CACHE_SIZE, "
+       // Oracle writes down a cached sequence's numbers a cache at a time: the number after the
+       // last of the cache in use, until the first is taken.
+       "CASE WHEN cache_size > 0 AND start_with IS NOT NULL THEN start_with + increment_by * cache_size * "
+       "(((last_number - start_with) / increment_by + cache_size - 1) / cache_size) ELSE last_number END "
+       "AS LAST_NUMBER FROM CAT.sequences",
        "SEQUENCE_OWNER", "SEQUENCE_OWNER", nullptr},
       {"ALL_OBJECTS",
        "SELECT owner AS OWNER, name AS OBJECT_NAME, type AS OBJECT_TYPE, created AS CREATED, 'VALID' AS STATUS "

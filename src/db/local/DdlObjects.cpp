@@ -168,6 +168,8 @@ void DdlRunner::createSequence() {
   qint64 increment = 1;
   std::optional<qint64> start, low, high;
   bool cycle = false;
+  bool ordered = false;
+  qint64 cache = 20;
   while (!m_t.atEnd()) {
     if (m_t.accept(u"START")) {
       m_t.expect(u"WITH", 905);
@@ -184,9 +186,15 @@ void DdlRunner::createSequence() {
     } else if (m_t.accept(u"CYCLE")) {
       cycle = true;
     } else if (m_t.accept(u"CACHE")) {
-      signedNumber(m_t);
+      cache = signedNumber(m_t);
+      if (cache < 2)
+        throw OraError(4010, QStringLiteral("the number of values to CACHE must be greater than 1"));
+    } else if (m_t.accept(u"NOCACHE")) {
+      cache = 0;
+    } else if (m_t.accept(u"ORDER")) {
+      ordered = true;
     } else if (m_t.accept(u"NOMAXVALUE") || m_t.accept(u"NOMINVALUE") || m_t.accept(u"NOCYCLE") ||
-               m_t.accept(u"NOCACHE") || m_t.accept(u"ORDER") || m_t.accept(u"NOORDER")) {
+               m_t.accept(u"NOORDER")) {
     } else {
       TokenCursor::fail(933);
     }
@@ -209,8 +217,9 @@ void DdlRunner::createSequence() {
     sqliteExec(m_c.db(),
                QStringLiteral(
                    "INSERT INTO CAT.sequences(owner, sequence_name, min_value, max_value, increment_by, cycle_flag, "
-                   "last_number) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
-               {owner, name, lowValue, highValue, increment, cycle ? QStringLiteral("Y") : QStringLiteral("N"), first});
+                   "last_number, start_with, cache_size, order_flag) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?7, ?8, ?9)"),
+               {owner, name, lowValue, highValue, increment, cycle ? QStringLiteral("Y") : QStringLiteral("N"), first,
+                cache, ordered ? QStringLiteral("Y") : QStringLiteral("N")});
   });
 }
 
