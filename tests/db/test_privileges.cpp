@@ -74,6 +74,8 @@ private Q_SLOTS:
     QCOMPARE(errorOf([&] { m_sales->ExecuteSQL("grant select on nothing to clerk"); }), 942);
     QCOMPARE(errorOf([&] { m_sales->ExecuteSQL("grant select on prices to nobody"); }), 1917);
     QCOMPARE(errorOf([&] { m_sales->ExecuteSQL("grant execute on prices to clerk"); }), 3001);
+    m_sales->ExecuteSQL("create sequence tickets");
+    QCOMPARE(errorOf([&] { m_sales->ExecuteSQL("grant select on tickets to clerk"); }), 3001);
     auto system = m_fx->open("system", "manager");
     QCOMPARE(rowsOf(*system, "select count(*) from sales.hidden"), QStringList({"0"}));
     system->ExecuteSQL("grant select on sales.hidden to clerk");

@@ -518,7 +518,9 @@ void DdlRunner::grantObject(bool revoke, QStringList privileges, const QString& 
     if (!known.contains(p))
       throw OraError(3001, QStringLiteral("unimplemented feature"));
   const auto type = objectType(owner, object);
-  if (type != QStringLiteral("TABLE") && type != QStringLiteral("VIEW"))
+  if (type && type != QStringLiteral("TABLE") && type != QStringLiteral("VIEW"))
+    throw OraError(3001, QStringLiteral("unimplemented feature")); // a sequence's privileges
+  if (!type)
     throw OraError(942, QStringLiteral("table or view does not exist"));
   if (owner != m_c.user())
     requireDba();
