@@ -86,6 +86,13 @@ private Q_SLOTS:
     QCOMPARE(error("select count(*) from ledger where code = 10"), 1722);
     QCOMPARE(errorOf([&] { m_db->ExecuteSQL("delete from ledger where id = 'abc'"); }), 1722);
     QCOMPARE(errorOf([&] { m_db->ExecuteSQL("update ledger set amount = 0 where amount = 'abc'"); }), 1722);
+    // IN lists convert as comparisons do.
+    QCOMPARE(count("id in ('1', '3')"), QString("2"));
+    QCOMPARE(count("id not in ('1')"), QString("2"));
+    QCOMPARE(error("select count(*) from ledger where id in (1, 'x')"), 1722);
+    QCOMPARE(error("select count(*) from ledger where code in (10)"), 1722);
+    QCOMPARE(count("at in ('2024/01/31', '2024/02/01 00:00:00')"), QString("2"));
+    QCOMPARE(count("code in ('010', 'abc')"), QString("2"));
     // A DATE column compared with a text reads the text in the session's date format.
     QCOMPARE(count("at = '2024/01/31'"), QString("1"));
     QCOMPARE(count("at >= '2024/2/1'"), QString("1"));

@@ -336,6 +336,10 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       out << orderBy(t, i, end);
       continue;
     }
+    if (const auto listed = inList(t, i, begin, end)) {
+      out << *listed;
+      continue;
+    }
     if (const auto compared = comparison(t, i, begin, end)) {
       out << *compared;
       continue;
@@ -510,6 +514,52 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   size_t o = op;
   i = after;
   return (literalLeft ? literal : other) + u' ' + token(t, o, end) + u' ' + (literalLeft ? other : literal);
+}
+
+// "column [NOT] IN (literals)": the literals convert to the column's type as in a comparison,
+// so that a NUMBER column IN ('x') is ORA-01722 and a DATE column IN ('2024/01/31') is read as
+// the date; a character column IN (numbers) is converted to a number.
+std::optional<QString> SqlTranslator::inList(const std::vector<SqlToken>& t, size_t& i, size_t begin,
+                                             size_t end) const {
+  if (i > begin && endsOperand(t[i - 1]))
+    return std::nullopt;
+  const size_t columnEnd = afterSum(t, i, end);
+  if (columnEnd == NoEnd || !QueryBlock::isColumn(t, i, columnEnd))
+    return std::nullopt;
+  size_t k = columnEnd;
+  const bool negated = k < end && t[k].is(u"NOT");
+  k += negated ? 1 : 0;
+  if (!(k + 1 < end && t[k].is(u"IN") && t[k + 1].is(u"(")) || QueryBlock::isSubquery(t, k + 1, end))
+    return std::nullopt;
+  const size_t close = afterGroup(t, k + 1, end);
+  if (close == NoEnd)
+    return std::nullopt;
+  bool texts = false, numbers = false;
+  for (const QueryBlock::Range& item : QueryBlock::split(t, k + 2, close - 1)) {
+    if (isTextLiteral(t, item.begin, item.end))
+      texts = true;
+    else if (isNumberLiteral(t, item.begin, item.end))
+      numbers = true;
+    else if (!(item.end == item.begin + 1 && t[item.begin].is(u"NULL")))
+      return std::nullopt;
+  }
+  const QString type = (texts || numbers) ? declaredType(t, i, columnEnd) : QString();
+  const bool numeric = type == u"NUMBER" || type == u"FLOAT";
+  QString column = translate(t, i, columnEnd);
+  if (isTextType(type) && numbers && !texts)
+    column = QStringLiteral("TO_NUMBER(%1)").arg(column);
+  else if (!(texts && (numeric || type == u"DATE")))
+    return std::nullopt;
+  QStringList items;
+  for (const QueryBlock::Range& item : QueryBlock::split(t, k + 2, close - 1)) {
+    const QString value = translate(t, item.begin, item.end);
+    items << (!isTextLiteral(t, item.begin, item.end) || !(numeric || type == u"DATE") ? value
+              : numeric ? QStringLiteral("TO_NUMBER(%1)").arg(value)
+                        : QStringLiteral("TO_DATE(%1)").arg(value));
+  }
+  i = close;
+  return QStringLiteral("%1 %2IN (%3)")
+      .arg(column, negated ? QStringLiteral("NOT ") : QString(), items.join(QStringLiteral(", ")));
 }
 
 // The SQLite type a column [begin, end) is declared with in its query block, read from a probe
