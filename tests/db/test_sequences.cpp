@@ -47,6 +47,8 @@ private Q_SLOTS:
     QCOMPARE(errorOf([&] { rows("select n from three where n < ids.nextval"); }), 2287);
     QCOMPARE(errorOf([&] { rows("select distinct ids.nextval from three"); }), 2287);
     QCOMPARE(errorOf([&] { rows("select count(*), ids.currval from three group by n"); }), 2287);
+    QCOMPARE(errorOf([&] { rows("select * from (select ids.nextval from dual)"); }), 2287);
+    QCOMPARE(errorOf([&] { rows("select n from three where n in (select ids.nextval from dual)"); }), 2287);
     // A refused statement takes no number.
     QCOMPARE(rows("select ids.nextval from dual"), QStringList({"55"}));
   }

@@ -231,7 +231,8 @@ size_t blockStart(const std::vector<SqlToken>& t, size_t at) {
 }
 
 // Oracle takes a sequence's values in the select list of a simple query, or in DML: not in a
-// condition, a grouped or DISTINCT query, nor a branch of UNION, INTERSECT or MINUS (ORA-02287).
+// condition, a subquery, a grouped or DISTINCT query, nor a branch of UNION, INTERSECT or MINUS
+// (ORA-02287).
 // The range returned holds the references that share a row's number.
 std::pair<size_t, size_t> sequenceScope(const std::vector<SqlToken>& t, size_t at) {
   const size_t start = blockStart(t, at);
@@ -240,7 +241,8 @@ std::pair<size_t, size_t> sequenceScope(const std::vector<SqlToken>& t, size_t a
   const QueryBlock::Block block = QueryBlock::read(t, start, t.size());
   const bool compound = (start > 0 && QueryBlock::isSetOperator(t[start - 1])) ||
                         (block.end < t.size() && QueryBlock::isSetOperator(t[block.end]));
-  if (compound || block.group || (block.from && at > block.from) || t[start + 1].is(u"DISTINCT") ||
+  const bool subquery = start > 0 && t[start - 1].is(u"(");
+  if (compound || subquery || block.group || (block.from && at > block.from) || t[start + 1].is(u"DISTINCT") ||
       t[start + 1].is(u"UNIQUE"))
     throw OraError(2287, QStringLiteral("sequence number not allowed here"));
   return {start, block.from ? block.from : block.end};
