@@ -82,6 +82,9 @@ private Q_SLOTS:
     QCOMPARE(error("select count(*) from ledger where 'x' < amount"), 1722);
     QCOMPARE(error("select count(*) from ledger where length(code) = 'x'"), 1722);
     QCOMPARE(error("select count(*) from dual where 1 = 'x'"), 1722);
+    // A column of the outer query, compared in a subquery, is converted as its type says.
+    QCOMPARE(error("select count(*) from ledger l where exists (select 1 from dual where l.id = 'x')"), 1722);
+    QCOMPARE(count("exists (select 1 from dual where ledger.at = '2024/01/31')"), QString("1"));
     // A character column compared with a number is converted row by row: 'abc' is none.
     QCOMPARE(error("select count(*) from ledger where code = 10"), 1722);
     QCOMPARE(errorOf([&] { m_db->ExecuteSQL("delete from ledger where id = 'abc'"); }), 1722);

@@ -257,11 +257,11 @@ SqlTranslator LocalConnection::translator() {
     const bool target = owner == m_targetOwner && table == m_targetTable;
     checkAccess(owner, table, target ? m_targetPrivilege : QStringLiteral("SELECT"));
   };
-  context.declaredType = [this](const QString& sql) {
+  context.declaredType = [this](const QString& sql) -> std::optional<QString> {
     try {
       return SqliteStmt(m_db, sql).declaredType(0);
     } catch (const SqliteFailure&) {
-      return QString(); // a column of an outer query, or none at all
+      return std::nullopt; // a column of an outer query, or none at all
     }
   };
   return SqlTranslator(context);

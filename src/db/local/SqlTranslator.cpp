@@ -564,24 +564,30 @@ std::optional<QString> SqlTranslator::inList(const std::vector<SqlToken>& t, siz
       .arg(column, negated ? QStringLiteral("NOT ") : QString(), items.join(QStringLiteral(", ")));
 }
 
-// The SQLite type a column [begin, end) is declared with in its query block, read from a probe
-// of the block's FROM items; "" where that cannot tell (a column of an outer query, a
-// statement without FROM).
+// The SQLite type a column [begin, end) is declared with, read from a probe of the FROM items of
+// its query block, or of the blocks around it for a column of an outer query; "" where that
+// cannot tell (a computed column, a statement without FROM).
 QString SqlTranslator::declaredType(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
   if (m_probing || !m_context.declaredType)
-    return {};
-  const auto from = fromItems(t, begin);
-  if (!from)
     return {};
   SqlTranslator probe(m_context);
   probe.m_probing = true;
   probe.m_rownumDone = true;
-  try {
-    return m_context.declaredType(
-        QStringLiteral("SELECT %1 FROM %2 WHERE 0")
-            .arg(probe.translate(t, begin, end), probe.translate(t, from->first, from->second)));
-  } catch (const OraError&) {
-    return {};
+  for (size_t at = begin;;) {
+    if (const auto from = fromItems(t, at)) {
+      try {
+        if (const auto type = m_context.declaredType(
+                QStringLiteral("SELECT %1 FROM %2 WHERE 0")
+                    .arg(probe.translate(t, begin, end), probe.translate(t, from->first, from->second))))
+          return *type;
+      } catch (const OraError&) {
+        // Out of reach from here; a block further out may tell.
+      }
+    }
+    const size_t start = blockStart(t, at);
+    if (start == 0 || !t[start - 1].is(u"("))
+      return {};
+    at = start - 1;
   }
 }
 

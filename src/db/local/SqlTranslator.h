@@ -24,9 +24,9 @@ public:
     std::function<QString(const QString& owner)> schemaOf;
     // Places a (+) written on an unqualified column.
     OuterJoins::HasColumn hasColumn;
-    // The declared SQLite type of the first column of a probe query, "" when it has none or
-    // fails.
-    std::function<QString(const QString& sql)> declaredType;
+    // The declared SQLite type of the first column of a probe query, "" when it has none;
+    // nullopt when the probe fails, as for a column its FROM items do not have.
+    std::function<std::optional<QString>(const QString& sql)> declaredType;
     // Raises the error Oracle raises when the session may not use another schema's table.
     std::function<void(const QString& owner, const QString& table)> checkAccess;
   };
