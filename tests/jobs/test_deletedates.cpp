@@ -55,14 +55,29 @@ private Q_SLOTS:
       std::function<bool(const QDateTime& date, const QDateTime& now)> holds;
     };
     const auto daysBefore = [](const QDateTime& date, const QDateTime& now) { return double(date.secsTo(now)) / Day; };
+    // Oracle's ADD_MONTHS: the last day of a month goes to the last day of the other.
+    const auto addMonths = [](const QDateTime& d, int months) {
+      const QDate day = d.date();
+      const QDate moved = QDate(day.year(), day.month(), 1).addMonths(months);
+      const bool last = day.day() == day.daysInMonth();
+      return QDateTime(
+          QDate(moved.year(), moved.month(), last ? moved.daysInMonth() : qMin(day.day(), moved.daysInMonth())),
+          d.time());
+    };
+    // The conditions reach back to a day in the middle of the demo's history, however far today
+    // has moved on from it.
+    const QDate middle(2024, 4, 15);
+    const int days = int(middle.daysTo(QDate::currentDate()));
+    const int months =
+        (QDate::currentDate().year() - middle.year()) * 12 + QDate::currentDate().month() - middle.month();
     const QList<Case> cases = {
-        {"HASSEI_YMD < SYSDATE - 365 * 3", [&](auto& d, auto& now) { return daysBefore(d, now) > 365 * 3; }},
-        {"HASSEI_YMD >= TRUNC(SYSDATE) - 365 * 2 - 0.5",
-         [&](auto& d, auto& now) { return daysBefore(d, now.date().startOfDay()) <= 730.5; }},
-        {"SYSDATE - HASSEI_YMD BETWEEN 800 AND 1200",
-         [&](auto& d, auto& now) { return daysBefore(d, now) >= 800 && daysBefore(d, now) <= 1200; }},
-        {"ADD_MONTHS(HASSEI_YMD, 36) > SYSDATE AND HASSEI_YMD + 400 < SYSDATE",
-         [&](auto& d, auto& now) { return d.addMonths(36) > now && daysBefore(d, now) > 400; }},
+        {QString("HASSEI_YMD < SYSDATE - %1").arg(days), [&](auto& d, auto& now) { return daysBefore(d, now) > days; }},
+        {QString("HASSEI_YMD >= TRUNC(SYSDATE) - %1 - 0.5").arg(days),
+         [&](auto& d, auto& now) { return daysBefore(d, now.date().startOfDay()) <= days + 0.5; }},
+        {QString("SYSDATE - HASSEI_YMD BETWEEN %1 AND %2").arg(days - 200).arg(days + 200),
+         [&](auto& d, auto& now) { return daysBefore(d, now) >= days - 200 && daysBefore(d, now) <= days + 200; }},
+        {QString("ADD_MONTHS(HASSEI_YMD, %1) > SYSDATE AND HASSEI_YMD + %2 < SYSDATE").arg(months).arg(days - 300),
+         [&](auto& d, auto& now) { return addMonths(d, months) > now && daysBefore(d, now) > days - 300; }},
     };
     for (const Case& c : cases) {
       for (const bool rowByRow : {false, true}) {
