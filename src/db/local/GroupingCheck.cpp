@@ -3,8 +3,6 @@
 #include "db/OraError.h"
 #include "db/local/QueryBlock.h"
 
-#include <QSet>
-
 namespace GroupingCheck {
 
 namespace {

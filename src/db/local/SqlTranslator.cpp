@@ -4,7 +4,6 @@
 #include "db/local/CompoundCheck.h"
 #include "db/local/GroupingCheck.h"
 #include "db/local/OracleDateTime.h"
-#include "db/local/OracleNumber.h"
 #include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
 
