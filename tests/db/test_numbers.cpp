@@ -96,6 +96,10 @@ private Q_SLOTS:
     QCOMPARE(error("select count(*) from ledger where code in (10)"), 1722);
     QCOMPARE(count("at in ('2024/01/31', '2024/02/01 00:00:00')"), QString("2"));
     QCOMPARE(count("code in ('010', 'abc')"), QString("2"));
+    QCOMPARE(count("id between '2' and '3'"), QString("2"));
+    QCOMPARE(error("select count(*) from ledger where id between 'a' and 'b'"), 1722);
+    QCOMPARE(count("at not between '2024/1/1' and '2024/1/31'"), QString("1"));
+    QCOMPARE(error("select count(*) from ledger where at between 'abc' and '2024/12/31'"), 1858);
     // A DATE column compared with a text reads the text in the session's date format.
     QCOMPARE(count("at = '2024/01/31'"), QString("1"));
     QCOMPARE(count("at >= '2024/2/1'"), QString("1"));

@@ -337,7 +337,7 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       out << orderBy(t, i, end);
       continue;
     }
-    if (const auto listed = inList(t, i, begin, end)) {
+    if (const auto listed = literalOperands(t, i, begin, end)) {
       out << *listed;
       continue;
     }
@@ -517,11 +517,12 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   return (literalLeft ? literal : other) + u' ' + token(t, o, end) + u' ' + (literalLeft ? other : literal);
 }
 
-// "column [NOT] IN (literals)": the literals convert to the column's type as in a comparison,
-// so that a NUMBER column IN ('x') is ORA-01722 and a DATE column IN ('2024/01/31') is read as
-// the date; a character column IN (numbers) is converted to a number.
-std::optional<QString> SqlTranslator::inList(const std::vector<SqlToken>& t, size_t& i, size_t begin,
-                                             size_t end) const {
+// "column [NOT] IN (literals)" and "column [NOT] BETWEEN literal AND literal": the literals
+// convert to the column's type as in a comparison, so that a NUMBER column IN ('x') is ORA-01722
+// and a DATE column BETWEEN two texts reads them as dates; a character column meeting numbers is
+// converted to a number.
+std::optional<QString> SqlTranslator::literalOperands(const std::vector<SqlToken>& t, size_t& i, size_t begin,
+                                                      size_t end) const {
   if (i > begin && endsOperand(t[i - 1]))
     return std::nullopt;
   const size_t columnEnd = afterSum(t, i, end);
@@ -530,13 +531,24 @@ std::optional<QString> SqlTranslator::inList(const std::vector<SqlToken>& t, siz
   size_t k = columnEnd;
   const bool negated = k < end && t[k].is(u"NOT");
   k += negated ? 1 : 0;
-  if (!(k + 1 < end && t[k].is(u"IN") && t[k + 1].is(u"(")) || QueryBlock::isSubquery(t, k + 1, end))
-    return std::nullopt;
-  const size_t close = afterGroup(t, k + 1, end);
-  if (close == NoEnd)
+  std::vector<QueryBlock::Range> items;
+  size_t after = NoEnd;
+  const bool between = k < end && t[k].is(u"BETWEEN");
+  if (between) {
+    const size_t low = afterSum(t, k + 1, end);
+    if (low == NoEnd || low >= end || !t[low].is(u"AND"))
+      return std::nullopt;
+    after = afterSum(t, low + 1, end);
+    items = {{k + 1, low}, {low + 1, after}};
+  } else if (k + 1 < end && t[k].is(u"IN") && t[k + 1].is(u"(") && !QueryBlock::isSubquery(t, k + 1, end)) {
+    after = afterGroup(t, k + 1, end);
+    if (after != NoEnd)
+      items = QueryBlock::split(t, k + 2, after - 1);
+  }
+  if (after == NoEnd)
     return std::nullopt;
   bool texts = false, numbers = false;
-  for (const QueryBlock::Range& item : QueryBlock::split(t, k + 2, close - 1)) {
+  for (const QueryBlock::Range& item : items) {
     if (isTextLiteral(t, item.begin, item.end))
       texts = true;
     else if (isNumberLiteral(t, item.begin, item.end))
@@ -551,16 +563,18 @@ std::optional<QString> SqlTranslator::inList(const std::vector<SqlToken>& t, siz
     column = QStringLiteral("TO_NUMBER(%1)").arg(column);
   else if (!(texts && (numeric || type == u"DATE")))
     return std::nullopt;
-  QStringList items;
-  for (const QueryBlock::Range& item : QueryBlock::split(t, k + 2, close - 1)) {
+  QStringList values;
+  for (const QueryBlock::Range& item : items) {
     const QString value = translate(t, item.begin, item.end);
-    items << (!isTextLiteral(t, item.begin, item.end) || !(numeric || type == u"DATE") ? value
-              : numeric ? QStringLiteral("TO_NUMBER(%1)").arg(value)
-                        : QStringLiteral("TO_DATE(%1)").arg(value));
+    values << (!isTextLiteral(t, item.begin, item.end) || !(numeric || type == u"DATE") ? value
+               : numeric ? QStringLiteral("TO_NUMBER(%1)").arg(value)
+                         : QStringLiteral("TO_DATE(%1)").arg(value));
   }
-  i = close;
-  return QStringLiteral("%1 %2IN (%3)")
-      .arg(column, negated ? QStringLiteral("NOT ") : QString(), items.join(QStringLiteral(", ")));
+  i = after;
+  const QString no = negated ? QStringLiteral("NOT ") : QString();
+  if (between)
+    return QStringLiteral("%1 %2BETWEEN %3 AND %4").arg(column, no, values[0], values[1]);
+  return QStringLiteral("%1 %2IN (%3)").arg(column, no, values.join(QStringLiteral(", ")));
 }
 
 // The SQLite type a column [begin, end) is declared with, read from a probe of the FROM items of
