@@ -1,11 +1,14 @@
 // Feeds mutated Oracle SQL through the whole statement path of the embedded engine: tokenizer,
 // translator, outer joins, ROWNUM limits, DDL and SQLite. Every statement must end in rows or
-// in an Oracle error; a crash, a hang or any other exception fails the run.
+// in an Oracle error other than an internal one; a crash, a hang or any other exception fails
+// the run. Then random conditions over a small table must select exactly the rows whose truth
+// is worked out here, and queries built from them must keep the identities of SQL.
 //
 // DBSWEEP_FUZZ_SECONDS sets how long it runs (60 by default); DBSWEEP_FUZZ_SEED repeats a run.
 
 #include "EngineFixture.h"
 #include "FuzzRun.h"
+#include "ReferenceConditions.h"
 
 #include "db/local/SqlLexer.h"
 
@@ -113,6 +116,8 @@ private Q_SLOTS:
           ++oracleErrors;
           if (e.number() <= 0)
             failure = QStringLiteral("an error without an Oracle number for: ") + sql;
+          else if (e.number() == 600)
+            failure = QStringLiteral("an internal error (%1) for: %2").arg(e.message(), sql);
         } catch (const std::exception& e) {
           failure = QStringLiteral("%1 for: %2").arg(QString::fromLocal8Bit(e.what()), sql);
         }
@@ -123,6 +128,68 @@ private Q_SLOTS:
     std::printf("%lld executions, %lld ended in Oracle errors\n", executions, oracleErrors);
     QVERIFY2(failure.isEmpty(), qPrintable(failure));
     QVERIFY(executions > 0);
+  }
+
+  // Each condition selects the rows it is true for, COUNT(*) counts them, A MINUS B keeps A's
+  // rows that are not B's, and DISTINCT keeps each value once, NULL last.
+  void conditionsSelectTheRowsTheyAreTrueFor() {
+    using namespace ReferenceConditions;
+    const int seconds = Fuzz::runSeconds();
+    QRandomGenerator random(Fuzz::runSeed());
+    QElapsedTimer clock;
+    clock.start();
+    qint64 checked = 0;
+    QString failure;
+    while (failure.isEmpty() && clock.elapsed() < seconds * 1000LL) {
+      EngineFixture fx;
+      auto db = fx.sales();
+      db->ExecuteSQL("create table f (id number primary key, n number(6, 2), s varchar2(10), d date)");
+      const std::vector<Row> rows = randomRows(random, 30);
+      for (const Row& r : rows)
+        db->ExecuteSQL(insertOf(r));
+      for (int i = 0; i < 300 && failure.isEmpty() && clock.elapsed() < seconds * 1000LL; ++i, ++checked) {
+        const Condition p = randomCondition(random);
+        const Condition q = randomCondition(random);
+        const QStringList ofP = idsWhere(rows, p);
+        const QStringList ofQ = idsWhere(rows, q);
+        QStringList onlyP;
+        QStringList texts;
+        bool nullText = false;
+        for (const QString& id : ofP) {
+          if (!ofQ.contains(id))
+            onlyP << id;
+          const auto& s = rows[size_t(id.toInt() - 1)].s;
+          if (!s)
+            nullText = true;
+          else if (!texts.contains(*s))
+            texts << *s;
+        }
+        std::sort(texts.begin(), texts.end());
+        if (nullText)
+          texts << QStringLiteral("<null>");
+        const QString where = QStringLiteral(" from f where ") + p.sql;
+        const QList<std::pair<QString, QStringList>> checks = {
+            {"select id" + where + " order by id", ofP},
+            {"select count(*)" + where, {QString::number(ofP.size())}},
+            {"select id" + where + " minus select id from f where " + q.sql + " order by 1", onlyP},
+            {"select distinct s" + where + " order by 1", texts},
+        };
+        for (const auto& [sql, expected] : checks) {
+          try {
+            const QStringList got = rowsOf(*db, sql);
+            if (got != expected)
+              failure = QStringLiteral("%1 gave %2 instead of %3").arg(sql, got.join(u','), expected.join(u','));
+          } catch (const OraError& e) {
+            failure = QStringLiteral("%1 failed: %2").arg(sql, e.message());
+          }
+          if (!failure.isEmpty())
+            break;
+        }
+      }
+    }
+    std::printf("%lld conditions checked\n", checked);
+    QVERIFY2(failure.isEmpty(), qPrintable(failure));
+    QVERIFY(checked > 0);
   }
 };
 

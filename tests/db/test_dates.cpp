@@ -112,6 +112,45 @@ private Q_SLOTS:
              QStringList({"1"}));
     m_db->ExecuteSQL("drop table events");
   }
+
+  void extractTakesADatesParts() {
+    const QString d = "to_date('2024/02/29 13:45:10', 'YYYY/MM/DD HH24:MI:SS')";
+    QCOMPARE(eval("extract(year from " + d + "), extract(month from " + d + "), extract(day from " + d + ")"),
+             QString("2024|2|29"));
+    QCOMPARE(eval("extract(day from date '2024-03-01' - 1) + 1"), QString("30"));
+    QCOMPARE(rowsOf(*m_db, "select name from staff where extract(year from hire_date) < extract(year from sysdate) "
+                           "- 5 order by name"),
+             QStringList({"ANCIENT"}));
+    QString text;
+    QCOMPARE(error("extract(hour from " + d + ")", &text), 30076);
+    QCOMPARE(text, QString("ORA-30076: invalid extract field for extract source"));
+    QCOMPARE(error("extract(minute from sysdate)"), 30076);
+  }
+
+  void theSessionsDateFormatReadsAndWritesDates() {
+    auto db = m_fx->sales();
+    db->ExecuteSQL("create table diary (at date)");
+    db->ExecuteSQL("alter session set nls_date_format = 'DD.MM.YYYY HH24:MI'");
+    db->ExecuteSQL("insert into diary values ('05.03.2024 08:15')");
+    db->ExecuteSQL("insert into diary values (date '2024-01-31')");
+    QCOMPARE(rowsOf(*db, "select at, to_char(at), 'on ' || at from diary order by at"),
+             QStringList({"31.01.2024 00:00|31.01.2024 00:00|on 31.01.2024 00:00",
+                          "05.03.2024 08:15|05.03.2024 08:15|on 05.03.2024 08:15"}));
+    QCOMPARE(rowsOf(*db, "select to_char(at, 'YYYY/MM/DD HH24:MI:SS') from diary where at > '01.02.2024 00:00'"),
+             QStringList({"2024/03/05 08:15:00"}));
+    QCOMPARE(rowsOf(*db, "select to_char(to_date('01.02.2024 10:30') + 1, 'YYYY-MM-DD HH24:MI') from dual"),
+             QStringList({"2024-02-02 10:30"}));
+    QCOMPARE(errorOf([&] { db->ExecuteSQL("insert into diary values ('March 5th')"); }), 1858);
+    // Set to the stored form, midnight shows its time too; a model given to TO_CHAR is kept.
+    db->ExecuteSQL("alter session set nls_date_format = 'YYYY/MM/DD HH24:MI:SS'");
+    QCOMPARE(rowsOf(*db, "select at from diary order by at").value(0), QString("2024/01/31 00:00:00"));
+    QCOMPARE(rowsOf(*m_db, "select to_char(date '2024-01-31', 'YYYY/MM/DD HH24:MI:SS'), date '2024-01-31' from dual"),
+             QStringList({"2024/01/31 00:00:00|2024/01/31"}));
+    QString text;
+    QCOMPARE(errorOf([&] { db->ExecuteSQL("alter session set nls_date_format = 'XYZ'"); }, &text), 1821);
+    QCOMPARE(text, QString("ORA-01821: date format not recognized"));
+    db->ExecuteSQL("drop table diary");
+  }
 };
 
 QTEST_GUILESS_MAIN(TestDates)

@@ -12,8 +12,37 @@ QString schemaFile(const QString& folder, const QString& owner) {
   return folder + u'/' + owner + QStringLiteral(".schema");
 }
 
+void upgrade(sqlite3* db) {
+  const auto current = [db] {
+    return sqliteValue(db, QStringLiteral("SELECT 1 FROM pragma_table_info('sequences', 'CAT') WHERE name = "
+                                          "'cache_size'"))
+               .isValid() &&
+           sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.sqlite_master WHERE name = 'tab_privs'")).isValid();
+  };
+  if (current())
+    return;
+  sqliteExec(db, QStringLiteral("BEGIN IMMEDIATE"));
+  try {
+    // Looked at again inside the transaction: another session may have just done it.
+    if (!current())
+      sqliteExec(db, QStringLiteral(R"(
+CREATE TABLE IF NOT EXISTS CAT.tab_privs(grantee TEXT, owner TEXT, table_name TEXT, privilege TEXT,
+  PRIMARY KEY(grantee, owner, table_name, privilege));
+ALTER TABLE CAT.sequences ADD COLUMN start_with INTEGER;
+ALTER TABLE CAT.sequences ADD COLUMN cache_size INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE CAT.sequences ADD COLUMN order_flag TEXT NOT NULL DEFAULT 'N';
+)"));
+    sqliteExec(db, QStringLiteral("COMMIT"));
+  } catch (...) {
+    sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+    throw;
+  }
+}
+
 void create(sqlite3* db) {
   sqliteExec(db, QStringLiteral(R"(
+CREATE TABLE CAT.tab_privs(grantee TEXT, owner TEXT, table_name TEXT, privilege TEXT,
+  PRIMARY KEY(grantee, owner, table_name, privilege));
 CREATE TABLE CAT.users(username TEXT PRIMARY KEY, password TEXT NOT NULL, is_dba INTEGER NOT NULL DEFAULT 0,
   user_id INTEGER NOT NULL, created TEXT NOT NULL);
 CREATE TABLE CAT.sessions(sid INTEGER PRIMARY KEY, serial INTEGER NOT NULL, username TEXT, osuser TEXT, machine TEXT,
@@ -44,81 +73,101 @@ CREATE TABLE CAT.ind_columns(index_owner TEXT, index_name TEXT, table_owner TEXT
   column_position INTEGER, column_length INTEGER, descend TEXT, PRIMARY KEY(index_owner, index_name, column_position));
 CREATE INDEX CAT.ind_columns_table ON ind_columns(table_name);
 CREATE TABLE CAT.sequences(owner TEXT, sequence_name TEXT, min_value INTEGER, max_value INTEGER,
-  increment_by INTEGER, cycle_flag TEXT, last_number INTEGER, PRIMARY KEY(owner, sequence_name));
+  increment_by INTEGER, cycle_flag TEXT, last_number INTEGER, start_with INTEGER,
+  cache_size INTEGER NOT NULL DEFAULT 0, order_flag TEXT NOT NULL DEFAULT 'N', PRIMARY KEY(owner, sequence_name));
 )"));
 }
 
-void installViews(sqlite3* db, const QString& user, qint64 sid) {
+void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
   const QString me = QStringLiteral("'") + QString(user).replace(u'\'', QStringLiteral("''")) + u'\'';
   struct View {
     const char* name;
     const char* select;
     const char* ownerColumn; // dropped from the USER_ twin; null: no twin
+    // Who may see a row: its owner, and those granted a privilege on the table it names; null:
+    // everyone, or the owner only.
+    const char* reachOwner;
+    const char* reachName;
   };
   static const View views[] = {
       {"ALL_TABLES",
        "SELECT owner AS OWNER, table_name AS TABLE_NAME, 'USERS' AS TABLESPACE_NAME, "
        "CASE iot WHEN 1 THEN 'IOT' END AS IOT_TYPE, num_rows AS NUM_ROWS FROM CAT.tables",
-       "OWNER"},
+       "OWNER", "OWNER", "TABLE_NAME"},
       {"ALL_VIEWS",
        "SELECT owner AS OWNER, view_name AS VIEW_NAME, length(text) AS TEXT_LENGTH, text AS TEXT FROM CAT.views",
-       "OWNER"},
+       "OWNER", "OWNER", "VIEW_NAME"},
       {"ALL_TAB_COMMENTS",
        "SELECT o.owner AS OWNER, o.name AS TABLE_NAME, o.type AS TABLE_TYPE, c.comments AS COMMENTS FROM CAT.objects o "
        "LEFT JOIN CAT.comments c ON c.owner = o.owner AND c.table_name = o.name AND c.column_name = '' "
        "WHERE o.type IN ('TABLE', 'VIEW')",
-       "OWNER"},
+       "OWNER", "OWNER", "TABLE_NAME"},
       {"ALL_COL_COMMENTS",
        "SELECT t.owner AS OWNER, t.table_name AS TABLE_NAME, t.column_name AS COLUMN_NAME, c.comments AS COMMENTS "
        "FROM CAT.columns t LEFT JOIN CAT.comments c ON c.owner = t.owner AND c.table_name = t.table_name "
        "AND c.column_name = t.column_name",
-       "OWNER"},
+       "OWNER", "OWNER", "TABLE_NAME"},
       {"ALL_TAB_COLUMNS",
        "SELECT owner AS OWNER, table_name AS TABLE_NAME, column_name AS COLUMN_NAME, data_type AS DATA_TYPE, "
        "data_length AS DATA_LENGTH, data_precision AS DATA_PRECISION, data_scale AS DATA_SCALE, nullable AS NULLABLE, "
        "column_id AS COLUMN_ID, data_default AS DATA_DEFAULT, char_length AS CHAR_LENGTH FROM CAT.columns",
-       "OWNER"},
+       "OWNER", "OWNER", "TABLE_NAME"},
       {"ALL_CONSTRAINTS",
        "SELECT owner AS OWNER, constraint_name AS CONSTRAINT_NAME, constraint_type AS CONSTRAINT_TYPE, "
        "table_name AS TABLE_NAME, search_condition AS SEARCH_CONDITION, r_owner AS R_OWNER, "
        "r_constraint_name AS R_CONSTRAINT_NAME, delete_rule AS DELETE_RULE, status AS STATUS, "
        "'NOT DEFERRABLE' AS DEFERRABLE, 'VALIDATED' AS VALIDATED, generated AS GENERATED, "
        "index_name AS INDEX_NAME FROM CAT.constraints",
-       nullptr},
+       nullptr, "OWNER", "TABLE_NAME"},
       {"ALL_CONS_COLUMNS",
        "SELECT owner AS OWNER, constraint_name AS CONSTRAINT_NAME, table_name AS TABLE_NAME, column_name AS "
        "COLUMN_NAME, "
        "position AS POSITION FROM CAT.cons_columns",
-       nullptr},
+       nullptr, "OWNER", "TABLE_NAME"},
       {"ALL_INDEXES",
        "SELECT owner AS OWNER, index_name AS INDEX_NAME, 'NORMAL' AS INDEX_TYPE, table_owner AS TABLE_OWNER, "
        "table_name AS TABLE_NAME, 'TABLE' AS TABLE_TYPE, uniqueness AS UNIQUENESS FROM CAT.indexes",
-       "OWNER"},
+       "OWNER", "TABLE_OWNER", "TABLE_NAME"},
       {"ALL_IND_COLUMNS",
        "SELECT index_owner AS INDEX_OWNER, index_name AS INDEX_NAME, table_owner AS TABLE_OWNER, "
        "table_name AS TABLE_NAME, column_name AS COLUMN_NAME, column_position AS COLUMN_POSITION, "
        "column_length AS COLUMN_LENGTH, descend AS DESCEND FROM CAT.ind_columns",
-       "INDEX_OWNER"},
+       "INDEX_OWNER", "TABLE_OWNER", "TABLE_NAME"},
       {"ALL_SEQUENCES",
        "SELECT owner AS SEQUENCE_OWNER, sequence_name AS SEQUENCE_NAME, min_value AS MIN_VALUE, max_value AS "
        "MAX_VALUE, "
-       "increment_by AS INCREMENT_BY, cycle_flag AS CYCLE_FLAG, last_number AS LAST_NUMBER FROM CAT.sequences",
-       "SEQUENCE_OWNER"},
+       "increment_by AS INCREMENT_BY, cycle_flag AS CYCLE_FLAG, order_flag AS ORDER_FLAG, cache_size AS CACHE_SIZE, "
+       // Oracle writes down a cached sequence's numbers a cache at a time: the number after the
+       // last of the cache in use, until the first is taken.
+       "CASE WHEN cache_size > 0 AND start_with IS NOT NULL THEN start_with + increment_by * cache_size * "
+       "(((last_number - start_with) / increment_by + cache_size - 1) / cache_size) ELSE last_number END "
+       "AS LAST_NUMBER FROM CAT.sequences",
+       "SEQUENCE_OWNER", "SEQUENCE_OWNER", nullptr},
       {"ALL_OBJECTS",
        "SELECT owner AS OWNER, name AS OBJECT_NAME, type AS OBJECT_TYPE, created AS CREATED, 'VALID' AS STATUS "
        "FROM CAT.objects",
-       "OWNER"},
-      {"ALL_USERS", "SELECT username AS USERNAME, user_id AS USER_ID, created AS CREATED FROM CAT.users", nullptr},
+       "OWNER", "OWNER", "OBJECT_NAME"},
+      {"ALL_USERS", "SELECT username AS USERNAME, user_id AS USER_ID, created AS CREATED FROM CAT.users", nullptr,
+       nullptr, nullptr},
   };
   // Oracle's column names include SQLite keywords (DEFERRABLE, GENERATED ...): quote them all.
   static const QRegularExpression alias(QStringLiteral("\\bAS ([A-Z_]+)\\b"));
   QString sql;
   for (const View& v : views) {
-    const QString select = QString::fromLatin1(v.select).replace(alias, QStringLiteral("AS \"\\1\""));
+    QString select = QString::fromLatin1(v.select).replace(alias, QStringLiteral("AS \"\\1\""));
+    if (!dba && v.reachOwner) {
+      QString reach = QStringLiteral("v.\"%1\" = %2").arg(QLatin1String(v.reachOwner), me);
+      if (v.reachName)
+        reach += QStringLiteral(" OR EXISTS (SELECT 1 FROM CAT.tab_privs p WHERE p.grantee IN (%1, 'PUBLIC') AND "
+                                "p.owner = v.\"%2\" AND p.table_name = v.\"%3\")")
+                     .arg(me, QLatin1String(v.reachOwner), QLatin1String(v.reachName));
+      select = QStringLiteral("SELECT v.* FROM (%1) v WHERE %2").arg(select, reach);
+    }
     sql += QStringLiteral("CREATE TEMP VIEW \"%1\" AS %2;\n").arg(QLatin1String(v.name), select);
-    // DBA_ views show the same: every owner's objects are visible here.
-    sql += QStringLiteral("CREATE TEMP VIEW \"DBA_%1\" AS SELECT * FROM \"%2\";\n")
-               .arg(QLatin1String(v.name + 4), QLatin1String(v.name));
+    // A DBA's DBA_ views show what its ALL_ views show, every owner's objects; others have none.
+    if (dba)
+      sql += QStringLiteral("CREATE TEMP VIEW \"DBA_%1\" AS SELECT * FROM \"%2\";\n")
+                 .arg(QLatin1String(v.name + 4), QLatin1String(v.name));
     if (!v.ownerColumn)
       continue;
     sql += QStringLiteral("CREATE TEMP VIEW \"USER_%1\" AS SELECT * FROM \"%2\" WHERE \"%3\" = %4;\n")

@@ -16,9 +16,12 @@ QString schemaFile(const QString& folder, const QString& owner);
 
 // Creates the catalogue's tables in the database attached as CAT.
 void create(sqlite3* db);
+// Brings a catalogue made by an earlier version up to this one's tables: the object privileges
+// granted, a sequence's start, cache and order.
+void upgrade(sqlite3* db);
 
 // Oracle's dictionary views (ALL_*, USER_*, V$SESSION, DUAL) for one session, as temporary views.
-void installViews(sqlite3* db, const QString& user, qint64 sid);
+void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid);
 
 // A salted, stretched hash of a password, as "salt$hash" in hex.
 QString hashPassword(const QString& password);

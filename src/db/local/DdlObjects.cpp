@@ -168,6 +168,8 @@ void DdlRunner::createSequence() {
   qint64 increment = 1;
   std::optional<qint64> start, low, high;
   bool cycle = false;
+  bool ordered = false;
+  qint64 cache = 20;
   while (!m_t.atEnd()) {
     if (m_t.accept(u"START")) {
       m_t.expect(u"WITH", 905);
@@ -184,9 +186,15 @@ void DdlRunner::createSequence() {
     } else if (m_t.accept(u"CYCLE")) {
       cycle = true;
     } else if (m_t.accept(u"CACHE")) {
-      signedNumber(m_t);
+      cache = signedNumber(m_t);
+      if (cache < 2)
+        throw OraError(4010, QStringLiteral("the number of values to CACHE must be greater than 1"));
+    } else if (m_t.accept(u"NOCACHE")) {
+      cache = 0;
+    } else if (m_t.accept(u"ORDER")) {
+      ordered = true;
     } else if (m_t.accept(u"NOMAXVALUE") || m_t.accept(u"NOMINVALUE") || m_t.accept(u"NOCYCLE") ||
-               m_t.accept(u"NOCACHE") || m_t.accept(u"ORDER") || m_t.accept(u"NOORDER")) {
+               m_t.accept(u"NOORDER")) {
     } else {
       TokenCursor::fail(933);
     }
@@ -209,8 +217,9 @@ void DdlRunner::createSequence() {
     sqliteExec(m_c.db(),
                QStringLiteral(
                    "INSERT INTO CAT.sequences(owner, sequence_name, min_value, max_value, increment_by, cycle_flag, "
-                   "last_number) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
-               {owner, name, lowValue, highValue, increment, cycle ? QStringLiteral("Y") : QStringLiteral("N"), first});
+                   "last_number, start_with, cache_size, order_flag) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?7, ?8, ?9)"),
+               {owner, name, lowValue, highValue, increment, cycle ? QStringLiteral("Y") : QStringLiteral("N"), first,
+                cache, ordered ? QStringLiteral("Y") : QStringLiteral("N")});
   });
 }
 
@@ -457,14 +466,17 @@ void DdlRunner::dropUser() {
 
 void DdlRunner::grant(bool revoke) {
   QStringList privileges;
+  QString objectOwner, object;
   bool onObject = false;
   while (!m_t.atEnd() && !m_t.peek().is(revoke ? u"FROM" : u"TO")) {
-    if (m_t.accept(u"ON"))
+    if (m_t.accept(u"ON")) {
       onObject = true;
-    else if (m_t.peek().isName())
+      std::tie(objectOwner, object) = m_t.qualifiedName();
+    } else if (m_t.peek().isName()) {
       privileges << m_t.next().upper();
-    else
+    } else {
       m_t.next();
+    }
   }
   m_t.expect(revoke ? u"FROM" : u"TO", 905);
   QStringList grantees;
@@ -472,18 +484,66 @@ void DdlRunner::grant(bool revoke) {
     grantees << m_t.name(987);
   while (m_t.accept(u","));
   skipClauses();
-  const bool dba = !onObject && privileges.contains(QStringLiteral("DBA"));
-  if (dba || !onObject)
-    requireDba();
+  if (onObject)
+    return grantObject(revoke, privileges, ownerOr(objectOwner), object, grantees);
+  const bool dba = privileges.contains(QStringLiteral("DBA"));
+  requireDba();
   inTransaction([&] {
     for (const QString& g : grantees) {
       if (g == u"PUBLIC")
         continue;
-      if (!sqliteValue(m_c.db(), QStringLiteral("SELECT 1 FROM CAT.users WHERE username = ?1"), {g}).isValid())
-        throw OraError(1917, QStringLiteral("user or role '%1' does not exist").arg(g));
+      requireUser(g);
       if (dba)
         sqliteExec(m_c.db(), QStringLiteral("UPDATE CAT.users SET is_dba = ?2 WHERE username = ?1"),
                    {g, revoke ? 0 : 1});
+    }
+  });
+}
+
+void DdlRunner::requireUser(const QString& name) const {
+  if (!sqliteValue(m_c.db(), QStringLiteral("SELECT 1 FROM CAT.users WHERE username = ?1"), {name}).isValid())
+    throw OraError(1917, QStringLiteral("user or role '%1' does not exist").arg(name));
+}
+
+// SELECT, INSERT, UPDATE and DELETE (ALL: the four) on a table or view, granted by its owner or
+// a DBA to users or PUBLIC. The privileges the engine has no use for are refused, not ignored.
+void DdlRunner::grantObject(bool revoke, QStringList privileges, const QString& owner, const QString& object,
+                            const QStringList& grantees) {
+  static const QStringList known = {QStringLiteral("SELECT"), QStringLiteral("INSERT"), QStringLiteral("UPDATE"),
+                                    QStringLiteral("DELETE")};
+  if (privileges == QStringList{QStringLiteral("ALL")} ||
+      privileges == QStringList{QStringLiteral("ALL"), QStringLiteral("PRIVILEGES")})
+    privileges = known;
+  for (const QString& p : privileges)
+    if (!known.contains(p))
+      throw OraError(3001, QStringLiteral("unimplemented feature"));
+  const auto type = objectType(owner, object);
+  if (type && type != QStringLiteral("TABLE") && type != QStringLiteral("VIEW"))
+    throw OraError(3001, QStringLiteral("unimplemented feature")); // a sequence's privileges
+  if (!type)
+    throw OraError(942, QStringLiteral("table or view does not exist"));
+  if (owner != m_c.user())
+    requireDba();
+  inTransaction([&] {
+    for (const QString& g : grantees) {
+      if (g != u"PUBLIC")
+        requireUser(g);
+      for (const QString& p : privileges) {
+        const QVariantList key{g, owner, object, p};
+        if (!revoke) {
+          sqliteExec(m_c.db(),
+                     QStringLiteral("INSERT OR IGNORE INTO CAT.tab_privs(grantee, owner, table_name, privilege) "
+                                    "VALUES (?1, ?2, ?3, ?4)"),
+                     key);
+          continue;
+        }
+        sqliteExec(m_c.db(),
+                   QStringLiteral("DELETE FROM CAT.tab_privs WHERE grantee = ?1 AND owner = ?2 AND table_name = ?3 "
+                                  "AND privilege = ?4"),
+                   key);
+        if (sqlite3_changes(m_c.db()) == 0)
+          throw OraError(1927, QStringLiteral("cannot REVOKE privileges you did not grant"));
+      }
     }
   });
 }

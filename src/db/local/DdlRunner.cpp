@@ -2,6 +2,7 @@
 #include "db/local/OracleDate.h"
 
 #include "db/local/Catalogue.h"
+#include "db/local/ColumnTypes.h"
 #include "db/local/LocalConnection.h"
 
 #include <QDateTime>
@@ -342,6 +343,7 @@ void DdlRunner::createTable() {
       addConstraint(owner, table, k);
     refreshNullable(owner, table);
     sqliteExec(m_c.db(), tableDdl(owner, table, q(schema) + u'.' + q(table)));
+    createTriggers(owner, table, schema);
   });
 }
 
@@ -545,11 +547,14 @@ QString DdlRunner::tableDdl(const QString& owner, const QString& table, const QS
   SqliteStmt cols(db, QStringLiteral("SELECT column_name, declared, data_default FROM CAT.columns WHERE owner = ?1 "
                                      "AND table_name = ?2 ORDER BY column_id"));
   cols.bindAll({owner, table});
-  while (cols.step()) {
+  const std::vector<ColumnTypes::Column> types = columnTypes(owner, table);
+  for (size_t k = 0; cols.step(); ++k) {
     const QString name = cols.text(0);
     QString def = q(name) + u' ' + cols.text(1);
     if (cols.text(1) == u"DATE")
       def += QStringLiteral(" COLLATE ORADATE");
+    if (k < types.size())
+      def += ColumnTypes::clauses(types[k]);
     if (namedNotNull.contains(name))
       def += QStringLiteral(" CONSTRAINT %1 NOT NULL").arg(q(namedNotNull.value(name)));
     else if (notNull.contains(name))
@@ -559,6 +564,23 @@ QString DdlRunner::tableDdl(const QString& owner, const QString& table, const QS
     parts << def;
   }
   return QStringLiteral("CREATE TABLE %1 (%2)").arg(target, (parts + clauses).join(QStringLiteral(", ")));
+}
+
+std::vector<ColumnTypes::Column> DdlRunner::columnTypes(const QString& owner, const QString& table) const {
+  std::vector<ColumnTypes::Column> columns;
+  SqliteStmt s(m_c.db(), QStringLiteral("SELECT column_name, data_type, data_length, char_length, data_precision, "
+                                        "data_scale FROM CAT.columns WHERE owner = ?1 AND table_name = ?2 "
+                                        "ORDER BY column_id"));
+  s.bindAll({owner, table});
+  while (s.step())
+    columns.push_back({owner, table, s.text(0), s.text(1), s.column(2).toLongLong(), s.column(3).toLongLong(),
+                       s.column(4), s.column(5)});
+  return columns;
+}
+
+void DdlRunner::createTriggers(const QString& owner, const QString& table, const QString& schema) {
+  for (const QString& sql : ColumnTypes::triggers(schema, table, columnTypes(owner, table)))
+    sqliteExec(m_c.db(), sql);
 }
 
 void DdlRunner::createSqliteIndexes(const QString& owner, const QString& table, const QString& schema) {
@@ -609,6 +631,7 @@ void DdlRunner::rebuild(const QString& owner, const QString& table, const QStrin
   sqliteExec(db, QStringLiteral("DROP TABLE %1.%2").arg(q(schema), q(table)));
   sqliteExec(db, QStringLiteral("ALTER TABLE %1.%2 RENAME TO %3").arg(q(schema), q(temp), q(table)));
   createSqliteIndexes(owner, table, schema);
+  createTriggers(owner, table, schema);
   if (validating && validating->type == u'R') {
     SqliteStmt check(db, QStringLiteral("PRAGMA %1.foreign_key_check(%2)").arg(q(schema), q(table)));
     if (check.step())

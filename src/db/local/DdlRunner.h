@@ -1,5 +1,6 @@
 #pragma once
 
+#include "db/local/ColumnTypes.h"
 #include "db/local/OracleType.h"
 #include "db/local/TokenCursor.h"
 
@@ -51,6 +52,8 @@ private:
   void truncate();
   void comment();
   void grant(bool revoke);
+  void grantObject(bool revoke, QStringList privileges, const QString& owner, const QString& object,
+                   const QStringList& grantees);
 
   // Parsing.
   Column parseColumn(std::vector<Constraint>& constraints);
@@ -67,6 +70,7 @@ private:
   QString schemaFor(const QString& owner, int missingUserError = 1918);
   void requireAccess(const QString& owner) const;
   void requireDba() const;
+  void requireUser(const QString& name) const;
   std::optional<QString> objectType(const QString& owner, const QString& name) const;
   void requireTable(const QString& owner, const QString& table) const;
   void inTransaction(const std::function<void()>& work);
@@ -76,6 +80,8 @@ private:
   void refreshNullable(const QString& owner, const QString& table);
   void rebuild(const QString& owner, const QString& table, const QString& schema, const Constraint* validating);
   QString tableDdl(const QString& owner, const QString& table, const QString& target) const;
+  std::vector<ColumnTypes::Column> columnTypes(const QString& owner, const QString& table) const;
+  void createTriggers(const QString& owner, const QString& table, const QString& schema);
   void createSqliteIndexes(const QString& owner, const QString& table, const QString& schema);
   QString translateCondition(const QString& condition) const;
   QStringList constraintColumns(const QString& owner, const QString& name) const;

@@ -2,13 +2,16 @@
 #include "db/local/OracleFunctions.h"
 
 #include "db/local/Catalogue.h"
+#include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
+#include "db/local/DecimalAggregates.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
 
 #include <QDateTime>
+#include <QScopeGuard>
 
 #include <cstring>
 
@@ -78,47 +81,65 @@ void resultError(sqlite3_context* ctx, const OraError& e) {
 
 // Sequence numbers are handed out outside the session's transaction, as Oracle does: a rollback
 // never gives a number back.
-void nextval(sqlite3_context* ctx, int, sqlite3_value** argv) {
+qint64 takeNext(LocalConnection* c, const QString& owner, const QString& name) {
+  sqlite3* side = c->side();
+  try {
+    sqliteExec(side, QStringLiteral("BEGIN IMMEDIATE"));
+    SqliteStmt s(side, QStringLiteral("SELECT last_number, increment_by, min_value, max_value, cycle_flag FROM "
+                                      "CAT.sequences WHERE owner = ?1 AND sequence_name = ?2"));
+    s.bindAll({owner, name});
+    if (!s.step())
+      throw OraError(2289, QStringLiteral("sequence does not exist"));
+    const qint64 value = s.column(0).toLongLong();
+    const qint64 step = s.column(1).toLongLong();
+    const qint64 low = s.column(2).toLongLong();
+    const qint64 high = s.column(3).toLongLong();
+    if ((step > 0 && value > high) || (step < 0 && value < low))
+      throw OraError(
+          8004, QStringLiteral("sequence %1.NEXTVAL %2 and cannot be instantiated")
+                    .arg(name, step > 0 ? QStringLiteral("exceeds MAXVALUE") : QStringLiteral("goes below MINVALUE")));
+    qint64 following = value + step;
+    if (s.column(4).toString() == u"Y" && (following > high || following < low))
+      following = step > 0 ? low : high;
+    sqliteExec(side,
+               QStringLiteral("UPDATE CAT.sequences SET last_number = ?3 WHERE owner = ?1 AND sequence_name = ?2"),
+               {owner, name, following});
+    sqliteExec(side, QStringLiteral("COMMIT"));
+    return value;
+  } catch (...) {
+    sqlite3_exec(side, "ROLLBACK", nullptr, nullptr, nullptr);
+    throw;
+  }
+}
+
+// dbsweep_nextval(owner, name[, statement, references]): with the references of the sequence in
+// its statement, one new number a row.
+void nextval(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
   LocalConnection* c = self(ctx);
   const QString owner = argText(argv[0]);
   const QString name = argText(argv[1]);
+  const QString key = owner + u'.' + name;
   try {
-    sqlite3* side = c->side();
-    sqliteExec(side, QStringLiteral("BEGIN IMMEDIATE"));
-    try {
-      SqliteStmt s(
-          side, QStringLiteral("SELECT last_number, increment_by, min_value, max_value, cycle_flag FROM CAT.sequences "
-                               "WHERE owner = ?1 AND sequence_name = ?2"));
-      s.bindAll({owner, name});
-      if (!s.step())
-        throw OraError(2289, QStringLiteral("sequence does not exist"));
-      const qint64 value = s.column(0).toLongLong();
-      const qint64 step = s.column(1).toLongLong();
-      const qint64 low = s.column(2).toLongLong();
-      const qint64 high = s.column(3).toLongLong();
-      if ((step > 0 && value > high) || (step < 0 && value < low))
-        throw OraError(8004, QStringLiteral("sequence %1.NEXTVAL %2 and cannot be instantiated")
-                                 .arg(name, step > 0 ? QStringLiteral("exceeds MAXVALUE")
-                                                     : QStringLiteral("goes below MINVALUE")));
-      qint64 following = value + step;
-      if (s.column(4).toString() == u"Y" && (following > high || following < low))
-        following = step > 0 ? low : high;
-      sqliteExec(side,
-                 QStringLiteral("UPDATE CAT.sequences SET last_number = ?3 WHERE owner = ?1 AND sequence_name = ?2"),
-                 {owner, name, following});
-      sqliteExec(side, QStringLiteral("COMMIT"));
-      c->currentValues().insert(owner + u'.' + name, value);
-      sqlite3_result_int64(ctx, value);
-    } catch (...) {
-      sqlite3_exec(side, "ROLLBACK", nullptr, nullptr, nullptr);
-      throw;
+    qint64 value = 0;
+    const qint64 references = argc == 4 ? sqlite3_value_int64(argv[3]) : 1;
+    if (references > 1) {
+      LocalConnection::RowValue& row = c->rowValues()[key];
+      const qint64 statement = sqlite3_value_int64(argv[2]);
+      if (row.statement != statement)
+        row = {statement, 0, 0};
+      if (row.calls++ % references == 0)
+        row.value = takeNext(c, owner, name);
+      value = row.value;
+    } else {
+      value = takeNext(c, owner, name);
     }
+    c->currentValues().insert(key, value);
+    sqlite3_result_int64(ctx, value);
   } catch (const OraError& e) {
     resultError(ctx, e);
-  } catch (const SqliteFailure& f) {
+  } catch (const SqliteFailure&) {
     resultError(ctx,
                 OraError(54, QStringLiteral("resource busy and acquire with NOWAIT specified or timeout expired")));
-    Q_UNUSED(f);
   }
 }
 
@@ -145,7 +166,7 @@ LocalConnection::LocalConnection(Logon logon, sqlite3* db, sqlite3* side)
     std::lock_guard lock(m_mutex);
     rollbackQuietly();
   });
-  Catalogue::installViews(m_db, m_logon.user, m_watch->sid());
+  Catalogue::installViews(m_db, m_logon.user, m_logon.dba, m_watch->sid());
 }
 
 LocalConnection::~LocalConnection() {
@@ -161,8 +182,11 @@ LocalConnection::~LocalConnection() {
 
 void LocalConnection::registerFunctions() {
   sqlite3_create_collation_v2(m_db, "ORADATE", SQLITE_UTF8, nullptr, compareDates, nullptr);
-  OracleFunctions::registerAll(m_db);
+  OracleFunctions::registerAll(m_db, &m_settings);
+  ColumnTypes::registerFunctions(m_db, &m_settings);
+  DecimalAggregates::registerAll(m_db);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);
 }
 
@@ -215,7 +239,7 @@ QString LocalConnection::schemaOf(const QString& owner) {
 }
 
 SqlTranslator LocalConnection::translator() {
-  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}};
+  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}};
   context.hasColumn = [this](std::vector<SqlToken> item, const QString& column) {
     item.push_back(SqlToken{});
     try {
@@ -229,7 +253,33 @@ SqlTranslator LocalConnection::translator() {
     }
     return false;
   };
+  context.checkAccess = [this](const QString& owner, const QString& table) {
+    const bool target = owner == m_targetOwner && table == m_targetTable;
+    checkAccess(owner, table, target ? m_targetPrivilege : QStringLiteral("SELECT"));
+  };
+  context.declaredType = [this](const QString& sql) -> std::optional<QString> {
+    try {
+      return SqliteStmt(m_db, sql).declaredType(0);
+    } catch (const SqliteFailure&) {
+      return std::nullopt; // a column of an outer query, or none at all
+    }
+  };
   return SqlTranslator(context);
+}
+
+void LocalConnection::checkAccess(const QString& owner, const QString& table, const QString& privilege) {
+  if (owner == m_logon.user || m_logon.dba)
+    return;
+  SqliteStmt s(m_db, QStringLiteral("SELECT privilege FROM CAT.tab_privs WHERE owner = ?1 AND table_name = ?2 AND "
+                                    "grantee IN (?3, 'PUBLIC')"));
+  s.bindAll({owner, table, m_logon.user});
+  QStringList held;
+  while (s.step())
+    held << s.text(0);
+  if (held.isEmpty())
+    throw OraError(942, QStringLiteral("table or view does not exist"));
+  if (!held.contains(privilege))
+    throw OraError(1031, QStringLiteral("insufficient privileges"));
 }
 
 bool LocalConnection::beginPending() {
@@ -335,7 +385,7 @@ qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const 
       rollbackQuietly();
     return 0;
   case Kind::Block: return runBlock(tokens, sql);
-  case Kind::Session: return 0;
+  case Kind::Session: return alterSession(tokens);
   case Kind::Ddl: return DdlRunner(*this, tokens, sql).run();
   case Kind::Unknown: break;
   }
@@ -359,6 +409,10 @@ qint64 LocalConnection::runDml(const std::vector<SqlToken>& source) {
   const auto [owner, table] = c.qualifiedName();
   if (!t[0].is(u"INSERT") && c.peek().isName() && !c.peek().is(u"SET") && !c.peek().is(u"WHERE"))
     t.insert(t.begin() + qsizetype(c.pos()), word(u"AS"));
+  m_targetOwner = owner.isEmpty() ? m_logon.user : owner;
+  m_targetTable = table;
+  m_targetPrivilege = deleting ? QStringLiteral("DELETE") : t[0].upper();
+  const auto translated = qScopeGuard([this] { m_targetOwner.clear(); });
   const QString sqlite = translator().translate(t);
   bool began = false;
   try {
@@ -376,6 +430,28 @@ qint64 LocalConnection::runDml(const std::vector<SqlToken>& source) {
       abandonPending();
     throw error;
   }
+}
+
+// ALTER SESSION SET NLS_DATE_FORMAT changes how the session's dates become text and texts
+// become dates; the other parameters, and SET statements, change nothing here.
+qint64 LocalConnection::alterSession(const std::vector<SqlToken>& t) {
+  if (!t.front().is(u"ALTER"))
+    return 0;
+  TokenCursor c(t, 2);
+  c.expect(u"SET", 922);
+  do {
+    const QString name = c.name(922);
+    c.expect(u"=", 922);
+    const SqlToken value = c.next();
+    if (name == u"NLS_DATE_FORMAT") {
+      if (value.kind != SqlToken::Kind::String)
+        TokenCursor::fail(922);
+      // A model the format cannot read is refused before it is kept (ORA-01821).
+      OracleDateTime::format(OracleDateTime::DateTime{QDate(2004, 6, 17), 0}, value.text);
+      m_settings.dateFormat = value.text;
+    }
+  } while (!c.atEnd());
+  return 0;
 }
 
 // An anonymous block made only of SQL statements runs them one after another.

@@ -2,6 +2,7 @@
 
 #include "db/DbConnection.h"
 #include "db/OraError.h"
+#include "db/local/SessionSettings.h"
 #include "db/local/SessionWatch.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/SqlTranslator.h"
@@ -78,6 +79,19 @@ public:
   OraError oracleError(const SqliteFailure& failure, const QString& owner = {}, const QString& table = {},
                        SqlErrors::Dml dml = SqlErrors::Dml::None) const;
   QHash<QString, qint64>& currentValues() { return m_currval; }
+  // Whether the session may use owner's table for privilege (SELECT, INSERT, UPDATE, DELETE):
+  // its own tables and, for a DBA, every table; others only as granted to it or to PUBLIC.
+  // ORA-00942 when it holds no privilege on the table, ORA-01031 when not this one.
+  void checkAccess(const QString& owner, const QString& table, const QString& privilege);
+  const SessionSettings& settings() const { return m_settings; }
+  // A sequence's value in the row a statement is at, where the statement names its NEXTVAL more
+  // than once: the first reference of a row takes a new number, the others in it repeat it.
+  struct RowValue {
+    qint64 statement = 0;
+    qint64 calls = 0;
+    qint64 value = 0;
+  };
+  QHash<QString, RowValue>& rowValues() { return m_rowValues; }
 
 private:
   qint64 runStatement(const std::vector<SqlToken>& tokens, const QString& sql);
@@ -85,6 +99,7 @@ private:
   qint64 runBlock(const std::vector<SqlToken>& tokens, const QString& sql);
   void rollbackQuietly();
   void registerFunctions();
+  qint64 alterSession(const std::vector<SqlToken>& tokens);
 
   Logon m_logon;
   sqlite3* m_db;
@@ -95,5 +110,9 @@ private:
   bool m_inTransaction = false;
   QStringList m_attached; // other schemas, least recently used first
   QHash<QString, qint64> m_currval;
+  QHash<QString, RowValue> m_rowValues;
+  SessionSettings m_settings;
+  // The table a DML statement changes and the privilege that takes, while it is translated.
+  QString m_targetOwner, m_targetTable, m_targetPrivilege;
   QHash<QString, bool> m_users;
 };

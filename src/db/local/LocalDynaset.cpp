@@ -61,6 +61,7 @@ std::unique_ptr<LocalDynaset> LocalDynaset::open(std::shared_ptr<LocalConnection
   SqlTranslator tr = c->translator();
   QString sql;
   QString deleteSql;
+  std::pair<QString, QString> target; // the owner and table a Delete() deletes from
   const SingleTable single = options == Updatable ? singleTable(t) : SingleTable{};
   if (single.from) {
     const QString table = tr.translate(t, single.tableBegin, single.tableEnd);
@@ -68,15 +69,19 @@ std::unique_ptr<LocalDynaset> LocalDynaset::open(std::shared_ptr<LocalConnection
     sql = tr.translate(t, 0, single.from) + QStringLiteral(", ") + qualifier + QStringLiteral(".rowid AS ") +
           SqlTranslator::quoteName(RowidLabel) + u' ' + tr.translate(t, single.from, t.size());
     deleteSql = QStringLiteral("DELETE FROM ") + table + QStringLiteral(" WHERE rowid = ?1");
+    TokenCursor name(t, single.tableBegin);
+    std::tie(target.first, target.second) = name.qualifiedName();
   } else {
     sql = tr.translate(t);
   }
-  return std::unique_ptr<LocalDynaset>(new LocalDynaset(std::move(c), sql, options, deleteSql));
+  return std::unique_ptr<LocalDynaset>(
+      new LocalDynaset(std::move(c), sql, options, deleteSql, tr.textColumns(), target));
 }
 
 LocalDynaset::LocalDynaset(std::shared_ptr<LocalConnection> connection, const QString& sql, int options,
-                           QString deleteSql)
-    : m_connection(std::move(connection)), m_sql(sql), m_options(options), m_deleteSql(std::move(deleteSql)) {
+                           QString deleteSql, const QList<bool>& textColumns, std::pair<QString, QString> target)
+    : m_connection(std::move(connection)), m_sql(sql), m_options(options), m_deleteSql(std::move(deleteSql)),
+      m_target(std::move(target)) {
   try {
     m_stmt = std::make_unique<SqliteStmt>(m_connection->db(), sql);
   } catch (const SqliteFailure& f) {
@@ -85,29 +90,32 @@ LocalDynaset::LocalDynaset(std::shared_ptr<LocalConnection> connection, const QS
   const int n = m_stmt->columnCount() - (m_deleteSql.isEmpty() ? 0 : 1);
   for (int i = 0; i < n; ++i) {
     const QString declared = m_stmt->declaredType(i);
-    m_dates.push_back(declared == u"DATE" ? DateColumn::Yes : declared.isEmpty() ? DateColumn::Maybe : DateColumn::No);
+    const bool text = !declared.isEmpty() || textColumns.value(i);
+    m_dates.push_back(declared == u"DATE" ? DateColumn::Yes : text ? DateColumn::No : DateColumn::Maybe);
     m_names.append(m_stmt->columnName(i));
   }
 }
 
-// DATE values read in the session's format, without the time when it is midnight. A DATE
-// column may hold a value as it was written ('2004/1/5'): it reads in the full form. An
-// expression (MAX(date), SYSDATE, TO_DATE(...)) has no declared type: its text tells, so a
-// text that reads as a date in the session's format is shown as one.
+// DATE values read in the session's format; until the session sets one, in the stored form
+// without the time when it is midnight. A DATE column may hold a value as it was written
+// ('2004/1/5'): it reads in the full form. An expression (MAX(date), SYSDATE, TO_DATE(...)) has
+// no declared type: its text tells, so a text that reads as a date in the stored form is shown
+// as one, unless the select list made it text (TO_CHAR, ||).
 QVariant LocalDynaset::shown(QVariant value, int column) const {
   if (column >= int(m_dates.size()) || m_dates[size_t(column)] == DateColumn::No ||
       value.typeId() != QMetaType::QString)
     return value;
   const QString text = value.toString();
+  const SessionSettings& session = m_connection->settings();
   const bool canonical = text.size() == 19 && text[4] == u'/' && text[7] == u'/' && text[10] == u' ' &&
                          text[13] == u':' && text[16] == u':' && text[0].isDigit();
-  if (canonical)
+  if (canonical && session.dateFormat.isEmpty())
     return text.endsWith(QStringLiteral(" 00:00:00")) ? QVariant(text.left(10)) : value;
-  if (m_dates[size_t(column)] == DateColumn::Maybe && !(text.size() >= 8 && text[4] == u'/'))
+  if (!canonical && m_dates[size_t(column)] == DateColumn::Maybe && !(text.size() >= 8 && text[4] == u'/'))
     return value;
   try {
     if (const auto date = OracleDateTime::parseStored(text))
-      return OracleDateTime::defaultText(*date);
+      return session.dateText(*date);
   } catch (const OraError&) {
     // Not a date after all: shown as the text it is.
   }
@@ -201,6 +209,8 @@ void LocalDynaset::Delete() {
   // returned to its killer fails it at once, after rolling back the deletes before it.
   m_connection->startCall();
   const QVariant rowid = current().back();
+  m_connection->checkAccess(m_target.first.isEmpty() ? m_connection->user() : m_target.first, m_target.second,
+                            QStringLiteral("DELETE"));
   bool began = false;
   try {
     began = m_connection->beginPending();

@@ -28,7 +28,9 @@ public:
   void Close() override;
 
 private:
-  LocalDynaset(std::shared_ptr<LocalConnection> connection, const QString& sql, int options, QString deleteSql);
+  // textColumns: the columns that are text by the way the select list writes them.
+  LocalDynaset(std::shared_ptr<LocalConnection> connection, const QString& sql, int options, QString deleteSql,
+               const QList<bool>& textColumns, std::pair<QString, QString> target);
   enum class DateColumn { No, Yes, Maybe };
   bool fetchTo(qint64 row);
   QVariant shown(QVariant value, int column) const;
@@ -37,7 +39,8 @@ private:
   std::shared_ptr<LocalConnection> m_connection;
   QString m_sql;
   int m_options;
-  QString m_deleteSql; // "" when the rows cannot be deleted one by one
+  QString m_deleteSql;                  // "" when the rows cannot be deleted one by one
+  std::pair<QString, QString> m_target; // its owner ("" for the session's own) and table
   std::unique_ptr<SqliteStmt> m_stmt;
   std::vector<DateColumn> m_dates;
   std::vector<QVariantList> m_rows; // cached rows; a no-cache dynaset holds the current one only

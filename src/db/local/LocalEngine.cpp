@@ -114,6 +114,7 @@ std::shared_ptr<DbConnection> connect(const QString& folder, const QString& user
   bool dba = false;
   try {
     sqliteExec(side, synchronous("CAT", flushing, "FULL"));
+    Catalogue::upgrade(side);
     SqliteStmt s(side, QStringLiteral("SELECT password, is_dba FROM CAT.users WHERE username = ?1"));
     s.bind(1, user);
     if (!s.step() || !Catalogue::checkPassword(password, s.text(0)))

@@ -4,8 +4,10 @@
 #include "db/local/OracleDate.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
+#include "db/local/SessionSettings.h"
 
 #include <QDateTime>
+#include <QHash>
 
 #include <chrono>
 #include <cmath>
@@ -87,9 +89,12 @@ public:
   DateTime date(int i) const {
     if (isNumber(i))
       throw OraError(932, QStringLiteral("inconsistent datatypes: expected DATE got NUMBER"));
-    if (const auto d = storedDate(i))
-      return *d;
-    return OracleDateTime::parse(text(i), OracleDateTime::DefaultModel, QDate::currentDate());
+    return session().date(text(i));
+  }
+  const SessionSettings& session() const {
+    static const SessionSettings defaults;
+    const auto* settings = static_cast<const SessionSettings*>(sqlite3_user_data(m_ctx));
+    return settings ? *settings : defaults;
   }
 
   void setNull() { sqlite3_result_null(m_ctx); }
@@ -106,6 +111,7 @@ public:
       sqlite3_result_double(m_ctx, v.real);
   }
   void set(const DateTime& d) { set(OracleDateTime::stored(d)); }
+
   void setArgument(int i) {
     if (isNull(i))
       setNull();
@@ -299,7 +305,7 @@ void toChar(Call& c) {
   if (c.isNumber(0))
     return c.set(model ? OracleNumber::format(c.number(0), c.text(1)) : OracleNumber::toText(c.number(0)));
   if (const auto d = c.storedDate(0))
-    return c.set(model ? OracleDateTime::format(*d, c.text(1)) : OracleDateTime::defaultText(*d));
+    return c.set(model ? OracleDateTime::format(*d, c.text(1)) : c.session().dateText(*d));
   c.set(model ? OracleNumber::format(c.number(0), c.text(1)) : c.text(0));
 }
 
@@ -313,7 +319,7 @@ void concat(Call& c) {
     if (c.isNull(i))
       continue;
     const auto date = c.storedDate(i);
-    joined += date ? OracleDateTime::defaultText(*date) : c.text(i);
+    joined += date ? c.session().dateText(*date) : c.text(i);
   }
   c.set(joined);
 }
@@ -321,7 +327,7 @@ void concat(Call& c) {
 void toDate(Call& c) {
   if (c.anyNull())
     return c.setNull();
-  const QString model = c.count() == 2 ? c.text(1) : OracleDateTime::DefaultModel.toString();
+  const QString model = c.count() == 2 ? c.text(1) : c.session().dateModel();
   c.set(OracleDateTime::parse(c.text(0), model, QDate::currentDate()));
 }
 
@@ -358,28 +364,31 @@ void monthsBetween(Call& c) {
   c.set(Decimal::from(Value::of(OracleDateTime::monthsBetween(c.date(0), c.date(1)))).value());
 }
 
+// EXTRACT of a DATE: its year, month or day. A DATE has a time but, to EXTRACT, no hour,
+// minute or second: those are for timestamps (ORA-30076).
+void extract(Call& c) {
+  if (c.isNull(1))
+    return c.setNull();
+  const QString field = c.text(0);
+  const DateTime d = c.date(1);
+  if (field == u"YEAR")
+    return c.set(Value::of(qint64(d.date.year())));
+  if (field == u"MONTH")
+    return c.set(Value::of(qint64(d.date.month())));
+  if (field == u"DAY")
+    return c.set(Value::of(qint64(d.date.day())));
+  throw OraError(30076, QStringLiteral("invalid extract field for extract source"));
+}
+
 void lastDay(Call& c) {
   if (c.isNull(0))
     return c.setNull();
   c.set(OracleDateTime::lastDay(c.date(0)));
 }
 
-// Oracle's binary + and -, which the translator turns into calls of these: a DATE (a text in its
+// Oracle's arithmetic, which the translator turns into calls of these: a DATE (a text in its
 // stored form) moves by a number of days, two DATEs subtract to the days between them, and
-// numbers add as SQLite adds them, a text other than a number being ORA-01722 as in Oracle.
-Value sum(const Value& a, const Value& b) {
-  qint64 whole = 0;
-  if (a.isInteger && b.isInteger && !__builtin_add_overflow(a.integer, b.integer, &whole))
-    return Value::of(whole);
-  return Value::of(a.toDouble() + b.toDouble());
-}
-
-Value negated(const Value& v) {
-  if (v.isInteger && v.integer != std::numeric_limits<qint64>::min())
-    return Value::of(-v.integer);
-  return Value::of(-v.toDouble());
-}
-
+// numbers compute in decimal; a text other than a number is ORA-01722 as in Oracle.
 OraError dateNotNumber() { return OraError(932, QStringLiteral("inconsistent datatypes: expected NUMBER got DATE")); }
 
 void plus(Call& c) {
@@ -393,7 +402,7 @@ void plus(Call& c) {
     return c.set(OracleDateTime::addDays(*a, c.number(1).toDouble()));
   if (b)
     return c.set(OracleDateTime::addDays(*b, c.number(0).toDouble()));
-  c.set(sum(c.number(0), c.number(1)));
+  c.set(OracleNumber::add(c.number(0), c.number(1)));
 }
 
 void minus(Call& c) {
@@ -410,7 +419,41 @@ void minus(Call& c) {
     return c.set(OracleDateTime::addDays(*a, -c.number(1).toDouble()));
   if (b)
     throw dateNotNumber();
-  c.set(sum(c.number(0), negated(c.number(1))));
+  c.set(OracleNumber::add(c.number(0), OracleNumber::negate(c.number(1))));
+}
+
+// Numbers only: a DATE has no product, quotient or sign.
+Value numberOperand(Call& c, int i) {
+  if (c.storedDate(i))
+    throw dateNotNumber();
+  return c.number(i);
+}
+
+template <Value (*Operation)(const Value&, const Value&)> void numeric(Call& c) {
+  if (c.anyNull())
+    return c.setNull();
+  c.set(Operation(numberOperand(c, 0), numberOperand(c, 1)));
+}
+
+void negate(Call& c) {
+  if (c.isNull(0))
+    return c.setNull();
+  c.set(OracleNumber::negate(numberOperand(c, 0)));
+}
+
+// A text literal compared with a value takes the value's kind, as Oracle converts the text side
+// of a comparison with a number.
+void compared(Call& c) {
+  if (!c.isNull(0) && c.isNumber(0))
+    return c.set(c.number(1));
+  c.setArgument(1);
+}
+
+// The value of a query used as a value, given how many rows it has, counted up to two.
+void singleRow(Call& c) {
+  if (c.integer(0) > 1)
+    throw OraError(1427, QStringLiteral("single-row subquery returns more than one row"));
+  c.setArgument(1);
 }
 
 int fractionDigits(const Decimal& d) { return qMax(0, int(d.digits().size()) - d.point()); }
@@ -479,6 +522,18 @@ template <int Sign> void extreme(Call& c) {
 
 void sysdate(Call& c) { c.set(OracleDate::now()); }
 
+// dbsweep_rownum(statement, reference): 1, 2, 3 ... one more each call of the same reference to
+// ROWNUM while the same statement runs.
+void rownum(Call& c) {
+  thread_local qint64 statement = -1;
+  thread_local QHash<qint64, qint64> counts;
+  if (c.integer(0) != statement) {
+    statement = c.integer(0);
+    counts.clear();
+  }
+  c.set(Value::of(++counts[c.integer(1)]));
+}
+
 void systimestamp(Call& c) {
   const qint64 micros =
       std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch())
@@ -508,7 +563,7 @@ struct Function {
 
 namespace OracleFunctions {
 
-void registerAll(sqlite3* db) {
+void registerAll(sqlite3* db, const SessionSettings* settings) {
   static const Function functions[] = {
       {"NVL2", 3, entry<nvl2>},
       {"DECODE", -1, entry<decode>},
@@ -546,18 +601,26 @@ void registerAll(sqlite3* db) {
       {"ADD_MONTHS", 2, entry<addMonths>},
       {"MONTHS_BETWEEN", 2, entry<monthsBetween>},
       {"LAST_DAY", 1, entry<lastDay>},
+      {"dbsweep_extract", 2, entry<extract>},
       {"MOD", 2, entry<mod>},
       {"ABS", 1, entry<abs>},
       {"dbsweep_plus", 2, entry<plus>},
       {"dbsweep_minus", 2, entry<minus>},
+      {"dbsweep_times", 2, entry<numeric<OracleNumber::multiply>>},
+      {"dbsweep_divide", 2, entry<numeric<OracleNumber::divide>>},
+      {"dbsweep_negate", 1, entry<negate>},
+      {"dbsweep_compared", 2, entry<compared>},
+      {"dbsweep_single_row", 2, entry<singleRow>},
       {"GREATEST", -1, entry<extreme<1>>},
       {"LEAST", -1, entry<extreme<-1>>},
       {"SYSTIMESTAMP", 0, entry<systimestamp>, false},
       {"dbsweep_sysdate", 0, entry<sysdate>, false},
+      {"dbsweep_rownum", 2, entry<rownum>, false},
   };
   for (const Function& f : functions)
-    sqlite3_create_function_v2(db, f.name, f.args, SQLITE_UTF8 | (f.deterministic ? SQLITE_DETERMINISTIC : 0), nullptr,
-                               f.call, nullptr, nullptr, nullptr);
+    sqlite3_create_function_v2(db, f.name, f.args,
+                               SQLITE_UTF8 | (f.deterministic ? SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS : 0),
+                               const_cast<SessionSettings*>(settings), f.call, nullptr, nullptr, nullptr);
 }
 
 } // namespace OracleFunctions

@@ -44,12 +44,21 @@ public:
   QByteArray integerDigits() const;
   QByteArray fractionDigits(int places) const;
 
+  // Exact sums and products: the decimal digits of both, as NUMBER keeps them.
+  Decimal plus(const Decimal& other) const;
+  Decimal times(const Decimal& other) const;
+  // The quotient to significant digits, cut rather than rounded beyond them.
+  Decimal dividedBy(const Decimal& other, int significant) const;
+
   Value value() const;
   // As TO_CHAR prints a number without a format model: "1.5", ".5", "-3".
   QString text() const;
 
 private:
   Decimal cut(int places, bool roundUp) const;
+  // The value digits × 10^exponent, digits as ASCII with any leading or trailing zeros.
+  static Decimal make(bool negative, QByteArray digits, int exponent);
+  int exponent() const { return m_point - int(m_digits.size()); }
 
   bool m_negative = false;
   QByteArray m_digits; // no leading or trailing zeros; empty for zero
@@ -61,6 +70,13 @@ std::optional<Value> parse(QStringView text);
 // As parse, raising ORA-01722 for text that is no number.
 Value fromText(QStringView text);
 inline QString toText(const Value& v) { return Decimal::from(v).text(); }
+
+// Oracle's arithmetic on NUMBER, in decimal where SQLite's doubles are binary: 0.1 + 0.2 is 0.3
+// and 0.3 / 0.1 is 3. A division by zero is ORA-01476.
+Value add(const Value& a, const Value& b);
+Value multiply(const Value& a, const Value& b);
+Value divide(const Value& a, const Value& b);
+Value negate(const Value& v);
 
 // TO_CHAR(number, format) and TO_NUMBER(text, format); ORA-01481 for a model they cannot read.
 QString format(const Value& v, QStringView model);

@@ -53,6 +53,11 @@ qint64 limitOf(const Tokens& t, size_t b, size_t e) {
   return -1;
 }
 
+// The OFFSET keeps SQLite from merging the limited query into one around it: merged, an outer
+// ORDER BY would choose the rows the limit keeps, where Oracle numbers them in the order they
+// come, an inline view's order for one.
+SqlToken limitTo(qint64 limit) { return sym(QStringLiteral("LIMIT %1 OFFSET 0").arg(limit)); }
+
 class Rewriter final {
 public:
   explicit Rewriter(const Tokens& t) : m_t(t) {}
@@ -145,7 +150,7 @@ private:
         range(kept[k].first, kept[k].second, out);
       }
       if (limit != std::numeric_limits<qint64>::max())
-        out.push_back(sym(QStringLiteral("LIMIT %1").arg(limit)));
+        out.push_back(limitTo(limit));
       out.push_back(sym(QStringLiteral(")")));
       // An inline view without an alias leaves nothing to qualify its columns by.
       if (qualifier.isName())
@@ -164,7 +169,7 @@ private:
     }
     range(whereEnd, bodyEnd, out);
     if (limit != std::numeric_limits<qint64>::max())
-      out.push_back(sym(QStringLiteral("LIMIT %1").arg(limit)));
+      out.push_back(limitTo(limit));
     out.push_back(sym(QStringLiteral(")")));
     // Outside the subquery the columns are known by their names only.
     for (size_t i = bodyEnd; i < tail; ++i)

@@ -124,6 +124,10 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
        [](const auto& mm) {
          return OraError(904, QStringLiteral("\"%1\": invalid identifier").arg(mm.captured(1).toUpper()));
        }},
+      {QRegularExpression(QStringLiteral("^'(.+)' is not a function$")),
+       [](const auto& mm) {
+         return OraError(904, QStringLiteral("\"%1\": invalid identifier").arg(mm.captured(1).toUpper()));
+       }},
       {QRegularExpression(QStringLiteral("^ambiguous column name: (.+)$")),
        [](const auto&) { return OraError(918, QStringLiteral("column ambiguously defined")); }},
       {QRegularExpression(QStringLiteral("has (\\d+) columns but (\\d+) values were supplied")),
@@ -136,6 +140,11 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
          return mm.captured(1).toInt() > mm.captured(2).toInt() ? OraError(913, QStringLiteral("too many values"))
                                                                 : OraError(947, QStringLiteral("not enough values"));
        }},
+      {QRegularExpression(QStringLiteral("^sub-select returns (\\d+) columns - expected (\\d+)$")),
+       [](const auto& mm) {
+         return mm.captured(1).toInt() > mm.captured(2).toInt() ? OraError(913, QStringLiteral("too many values"))
+                                                                : OraError(947, QStringLiteral("not enough values"));
+       }},
       {QRegularExpression(QStringLiteral("^wrong number of arguments to function")),
        [](const auto&) { return OraError(909, QStringLiteral("invalid number of arguments")); }},
       {QRegularExpression(QStringLiteral("^misuse of aggregate")),
@@ -144,6 +153,28 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
        [](const auto&) {
          return OraError(1732, QStringLiteral("data manipulation operation not legal on this view"));
        }},
+      {QRegularExpression(QStringLiteral("ORDER BY term (out of range|does not match any column)")),
+       [](const auto&) {
+         return OraError(1785, QStringLiteral("ORDER BY item must be the number of a SELECT-list expression"));
+       }},
+      {QRegularExpression(QStringLiteral("^table \\S+ has no column named (.+)$")),
+       [](const auto& mm) { return OraError(904, QStringLiteral("\"%1\": invalid identifier").arg(mm.captured(1))); }},
+      {QRegularExpression(QStringLiteral("^no tables specified$")),
+       [](const auto&) { return OraError(923, QStringLiteral("FROM keyword not found where expected")); }},
+      {QRegularExpression(QStringLiteral("^unrecognized token")),
+       [](const auto&) { return OraError(911, QStringLiteral("invalid character")); }},
+      {QRegularExpression(QStringLiteral("^row value misused$")),
+       [](const auto&) { return OraError(907, QStringLiteral("missing right parenthesis")); }},
+      {QRegularExpression(QStringLiteral("^misuse of window function")),
+       [](const auto&) { return OraError(30483, QStringLiteral("window  functions are not allowed here")); }},
+      {QRegularExpression(QStringLiteral("^default value of column .* is not constant$")),
+       [](const auto&) { return OraError(984, QStringLiteral("column not allowed here")); }},
+      {QRegularExpression(QStringLiteral("^aggregate functions are not allowed in the GROUP BY clause$")),
+       [](const auto&) { return OraError(934, QStringLiteral("group function is not allowed here")); }},
+      {QRegularExpression(QStringLiteral("^HAVING clause on a non-aggregate query$")),
+       [](const auto&) { return OraError(979, QStringLiteral("not a GROUP BY expression")); }},
+      {QRegularExpression(QStringLiteral("^DISTINCT aggregates must have exactly one argument$")),
+       [](const auto&) { return OraError(936, QStringLiteral("missing expression")); }},
       {QRegularExpression(QStringLiteral("^incomplete input$")),
        [](const auto&) { return OraError(921, QStringLiteral("unexpected end of SQL command")); }},
       {QRegularExpression(QStringLiteral("syntax error")),
@@ -156,7 +187,10 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
   for (const Pattern& p : patterns)
     if (const auto match = p.re.match(m); match.hasMatch())
       return p.make(match);
-  return OraError(600, QStringLiteral("internal error code, arguments: [%1]").arg(m));
+  // A failure no Oracle error stands for is the engine's own fault: the text SQLite gave goes
+  // to the log for whoever fixes it, not to the user as if it were Oracle's.
+  qWarning("embedded engine: unexpected SQLite failure %d: %s", f.code, qPrintable(m));
+  return OraError(600, QStringLiteral("internal error code, arguments: [sqlite%1]").arg(f.code));
 }
 
 } // namespace SqlErrors

@@ -1,7 +1,10 @@
 #include "db/local/SqlTranslator.h"
 
 #include "db/OraError.h"
+#include "db/local/CompoundCheck.h"
+#include "db/local/GroupingCheck.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
 
 #include <QSet>
@@ -97,17 +100,81 @@ size_t afterPrimary(const std::vector<SqlToken>& t, size_t i, size_t end) {
   return k;
 }
 
+size_t afterSigns(const std::vector<SqlToken>& t, size_t i, size_t end) {
+  while (i < end && isAdditive(t[i]))
+    ++i;
+  return i;
+}
+
 // Past a product: operands with their signs, joined by * and /.
 size_t afterTerm(const std::vector<SqlToken>& t, size_t i, size_t end) {
   for (;;) {
-    while (i < end && isAdditive(t[i]))
-      ++i;
-    i = afterPrimary(t, i, end);
+    i = afterPrimary(t, afterSigns(t, i, end), end);
     if (i >= end || !(t[i].is(u"*") || t[i].is(u"/")))
       return i;
     ++i;
   }
 }
+
+// Past a sum: products joined by +, - and ||.
+size_t afterSum(const std::vector<SqlToken>& t, size_t i, size_t end) {
+  i = afterTerm(t, i, end);
+  while (i != NoEnd && i < end && (isAdditive(t[i]) || t[i].is(u"||")))
+    i = afterTerm(t, i + 1, end);
+  return i;
+}
+
+bool isComparison(const SqlToken& t) {
+  return t.kind == SqlToken::Kind::Symbol && (t.is(u"=") || t.is(u"<>") || t.is(u"!=") || t.is(u"^=") || t.is(u"<") ||
+                                              t.is(u">") || t.is(u"<=") || t.is(u">="));
+}
+
+bool isTextLiteral(const std::vector<SqlToken>& t, size_t begin, size_t end) {
+  return end == begin + 1 && t[begin].kind == SqlToken::Kind::String && !t[begin].text.isEmpty();
+}
+
+bool isNumberLiteral(const std::vector<SqlToken>& t, size_t begin, size_t end) {
+  begin = afterSigns(t, begin, end);
+  return end == begin + 1 && t[begin].kind == SqlToken::Kind::Number;
+}
+
+// Whether the parenthesis at open holds values: a call's arguments or a VALUES list.
+bool holdsValues(const std::vector<SqlToken>& t, size_t open) {
+  return open > 0 && (t[open - 1].is(u"VALUES") ||
+                      (t[open - 1].kind == SqlToken::Kind::Word && !keywords().contains(t[open - 1].upper())));
+}
+
+// Whether the comma at k separates values (select-list items, arguments, ORDER BY and VALUES
+// items), not FROM items.
+bool separatesValues(const std::vector<SqlToken>& t, size_t k) {
+  int depth = 0;
+  for (size_t j = k; j-- > 0;) {
+    if (t[j].is(u")"))
+      ++depth;
+    else if (t[j].is(u"(") && depth-- == 0)
+      return holdsValues(t, j);
+    else if (depth == 0 && (t[j].is(u"FROM") || t[j].is(u"SELECT") || t[j].is(u"BY")))
+      return !t[j].is(u"FROM");
+  }
+  return false;
+}
+
+// Whether a parenthesised query after the token is a value: a select-list item, an operand, a
+// condition's side, an argument; not a FROM item nor the list of IN, EXISTS or ANY.
+bool isScalarContext(const std::vector<SqlToken>& t, size_t before) {
+  const SqlToken& p = t[before];
+  if (isComparison(p) || isAdditive(p) || p.is(u"*") || p.is(u"/") || p.is(u"||"))
+    return true;
+  if (p.kind == SqlToken::Kind::Word)
+    return p.is(u"SELECT") || p.is(u"DISTINCT") || p.is(u"THEN") || p.is(u"ELSE") || p.is(u"WHEN") || p.is(u"WHERE") ||
+           p.is(u"AND") || p.is(u"OR") || p.is(u"NOT") || p.is(u"HAVING");
+  if (p.is(u","))
+    return separatesValues(t, before);
+  return p.is(u"(") && holdsValues(t, before);
+}
+
+// Whether a declared SQLite type is one of Oracle's character types.
+bool isTextType(const QString& declared) { return declared.contains(u"CHAR") || declared == u"CLOB"; }
 
 // Words that close the list of an ORDER BY: the locking clause, row limits and window frames.
 bool endsOrdering(const SqlToken& t) {
@@ -115,7 +182,97 @@ bool endsOrdering(const SqlToken& t) {
          t.is(u"INTERSECT") || t.is(u"MINUS");
 }
 
+// Whether the token at stands directly within an analytic function's OVER (...).
+bool insideWindow(const std::vector<SqlToken>& t, size_t at) {
+  int depth = 0;
+  for (size_t j = at; j-- > 0;) {
+    if (t[j].is(u")"))
+      ++depth;
+    else if (t[j].is(u"(") && depth-- == 0)
+      return j > 0 && t[j - 1].is(u"OVER");
+  }
+  return false;
+}
+
+// The words of a window clause, which are no names there.
+bool isWindowWord(const QString& upper) {
+  static const QSet<QString> words = {
+      QStringLiteral("PARTITION"), QStringLiteral("ROWS"),      QStringLiteral("RANGE"),   QStringLiteral("UNBOUNDED"),
+      QStringLiteral("PRECEDING"), QStringLiteral("FOLLOWING"), QStringLiteral("CURRENT"), QStringLiteral("ROW")};
+  return words.contains(upper);
+}
+
+// Whether the token at stands within the arguments of an aggregate call.
+bool insideAggregate(const std::vector<SqlToken>& t, size_t at) {
+  int depth = 0;
+  for (size_t j = at; j-- > 0;) {
+    if (t[j].is(u")"))
+      ++depth;
+    else if (t[j].is(u"(") && depth > 0)
+      --depth;
+    else if (t[j].is(u"(") && j > 0 && QueryBlock::isAggregate(t[j - 1]))
+      return true;
+  }
+  return false;
+}
+
+// Where the query block, UPDATE or DELETE holding the token at starts: past the parenthesis or
+// set operator before it, or the statement's start.
+size_t blockStart(const std::vector<SqlToken>& t, size_t at) {
+  int depth = 0;
+  for (size_t j = at; j-- > 0;) {
+    if (t[j].is(u")"))
+      ++depth;
+    else if ((t[j].is(u"(") && depth-- == 0) || (depth == 0 && QueryBlock::isSetOperator(t[j])))
+      return j + 1;
+  }
+  return 0;
+}
+
+// Oracle takes a sequence's values in the select list of a simple query, or in DML: not in a
+// condition, a subquery, a grouped or DISTINCT query, nor a branch of UNION, INTERSECT or MINUS
+// (ORA-02287).
+// The range returned holds the references that share a row's number.
+std::pair<size_t, size_t> sequenceScope(const std::vector<SqlToken>& t, size_t at) {
+  const size_t start = blockStart(t, at);
+  if (!t[start].is(u"SELECT"))
+    return {0, t.size()};
+  const QueryBlock::Block block = QueryBlock::read(t, start, t.size());
+  const bool compound = (start > 0 && QueryBlock::isSetOperator(t[start - 1])) ||
+                        (block.end < t.size() && QueryBlock::isSetOperator(t[block.end]));
+  const bool subquery = start > 0 && t[start - 1].is(u"(");
+  if (compound || subquery || block.group || (block.from && at > block.from) || t[start + 1].is(u"DISTINCT") ||
+      t[start + 1].is(u"UNIQUE"))
+    throw OraError(2287, QStringLiteral("sequence number not allowed here"));
+  return {start, block.from ? block.from : block.end};
+}
+
 } // namespace
+
+// The FROM items [first, second) of the query block, UPDATE or DELETE that token at belongs to.
+std::optional<std::pair<size_t, size_t>> SqlTranslator::fromItems(const std::vector<SqlToken>& t, size_t at) {
+  const size_t start = blockStart(t, at);
+  size_t first = 0;
+  int depth = 0;
+  for (size_t k = start; k < t.size() && t[k].kind != SqlToken::Kind::End; ++k) {
+    if (t[k].is(u"("))
+      ++depth;
+    else if (t[k].is(u")") && --depth < 0)
+      return first ? std::optional(std::pair(first, k)) : std::nullopt;
+    if (depth != 0)
+      continue;
+    if (!first && (t[k].is(u"FROM") || (k == start && (t[k].is(u"UPDATE") || t[k].is(u"DELETE"))))) {
+      first = k + 1;
+      if (t[k].is(u"DELETE") && k + 1 < t.size() && t[k + 1].is(u"FROM"))
+        ++first, ++k;
+    } else if (first &&
+               (t[k].is(u"WHERE") || t[k].is(u"GROUP") || t[k].is(u"HAVING") || t[k].is(u"ORDER") ||
+                t[k].is(u"CONNECT") || t[k].is(u"START") || t[k].is(u"SET") || QueryBlock::isSetOperator(t[k]))) {
+      return std::pair(first, k);
+    }
+  }
+  return first ? std::optional(std::pair(first, t.size() - 1)) : std::nullopt;
+}
 
 QString SqlTranslator::quoteName(const QString& name) {
   QString out = name;
@@ -142,22 +299,36 @@ QString SqlTranslator::labelOf(const std::vector<SqlToken>& t, size_t begin, siz
 }
 
 QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
+  if (begin == 0 && !m_probing && !m_rownumDone)
+    CompoundCheck::check(t, begin, end, [&](size_t b, size_t e) { return declaredType(t, b, e); });
   if (OuterJoins::contains(t, begin, end)) {
     const auto ansi = OuterJoins::rewrite(t, begin, end, m_context.hasColumn);
     return translate(ansi, 0, ansi.size());
   }
   if (RownumLimits::contains(t, begin, end) && !m_rownumDone) {
+    // Checked as written: the limits' rewrite holds pieces of SQL no block structure reads.
+    for (size_t k = begin; k < end; ++k)
+      if (t[k].is(u"SELECT"))
+        GroupingCheck::check(t, k, end);
     const auto limited = RownumLimits::rewrite(t, begin, end);
-    SqlTranslator inner(m_context);
+    SqlTranslator inner(*this);
     inner.m_rownumDone = true;
     return inner.translate(limited, 0, limited.size());
   }
   QStringList out;
   for (size_t i = begin; i < end && t[i].kind != SqlToken::Kind::End;) {
     if (t[i].is(u"SELECT")) {
+      if (!m_rownumDone)
+        GroupingCheck::check(t, i, end);
       out << QStringLiteral("SELECT");
       ++i;
       out << selectList(t, i, end);
+      continue;
+    }
+    if (t[i].is(u"SET")) {
+      out << QStringLiteral("SET");
+      ++i;
+      out << assignments(t, i, end);
       continue;
     }
     if (t[i].is(u"ORDER") && i + 1 < end && t[i + 1].is(u"BY")) {
@@ -166,8 +337,23 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       out << orderBy(t, i, end);
       continue;
     }
-    if (const auto sum = additive(t, i, begin, end)) {
-      out << *sum;
+    if (const auto listed = literalOperands(t, i, begin, end)) {
+      out << *listed;
+      continue;
+    }
+    if (const auto compared = comparison(t, i, begin, end)) {
+      out << *compared;
+      continue;
+    }
+    if (const auto computed = arithmetic(t, i, begin, end)) {
+      out << *computed;
+      continue;
+    }
+    // A query of several columns is a row, as in SET (a, b) = (SELECT ...), which takes one
+    // row by itself.
+    if (i > 0 && isScalarContext(t, i - 1) && QueryBlock::isSubquery(t, i, end) &&
+        QueryBlock::read(t, i + 1, end).items.size() == 1) {
+      out << scalarSubquery(t, i, end);
       continue;
     }
     out << token(t, i, end);
@@ -179,6 +365,7 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
 // "count(*)" is called COUNT(*) as Oracle calls it.
 QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
   QStringList items;
+  QList<bool> texts;
   QString prefix;
   if (t[i].is(u"DISTINCT") || t[i].is(u"UNIQUE") || t[i].is(u"ALL")) {
     prefix = t[i].is(u"ALL") ? QStringLiteral("ALL ") : QStringLiteral("DISTINCT ");
@@ -214,6 +401,8 @@ QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, siz
         (exprEnd - start == 3 && t[start].isName() && t[start + 1].is(u".") &&
          (t[start + 2].isName() || t[start + 2].is(u"*")) && !isPseudoSequence(t[start + 2])) ||
         (exprEnd - start == 5 && t[start + 1].is(u".") && t[start + 3].is(u".") && !isPseudoSequence(t[start + 4]));
+    const size_t valueEnd = !aliased ? exprEnd : t[exprEnd - 2].is(u"AS") ? exprEnd - 2 : exprEnd - 1;
+    texts << CompoundCheck::isText(t, start, valueEnd);
     QString item = translate(t, start, exprEnd);
     if (!aliased && !bareColumn)
       item += QStringLiteral(" AS ") + quoteName(labelOf(t, start, exprEnd));
@@ -228,6 +417,8 @@ QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, siz
     }
     break;
   }
+  if (!m_textColumns->has_value())
+    *m_textColumns = texts;
   return prefix + items.join(QStringLiteral(", "));
 }
 
@@ -273,12 +464,197 @@ QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t
   return items.join(QStringLiteral(", "));
 }
 
+// Oracle compares a number or a DATE with a text by converting the text, so that 1 = '1' holds
+// and a NUMBER column compared with 'x' is ORA-01722, where SQLite holds a number and a text
+// unequal. A text literal compared with a column is converted as the column's declared type
+// says, which keeps the column's index usable; compared with any other expression it takes the
+// kind of that expression's value.
+std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t, size_t& i, size_t begin,
+                                                 size_t end) const {
+  if (i > begin && endsOperand(t[i - 1]))
+    return std::nullopt;
+  const size_t op = afterSum(t, i, end);
+  if (op == NoEnd || op >= end || !isComparison(t[op]))
+    return std::nullopt;
+  const size_t after = afterSum(t, op + 1, end);
+  if (after == NoEnd)
+    return std::nullopt;
+  const bool textLeft = isTextLiteral(t, i, op);
+  const bool textRight = isTextLiteral(t, op + 1, after);
+  const bool numberLeft = isNumberLiteral(t, i, op);
+  const bool numberRight = isNumberLiteral(t, op + 1, after);
+  if (containsToken(t, i, after, u"NEXTVAL") || (textLeft && textRight) || (numberLeft && numberRight) ||
+      !(textLeft || textRight || numberLeft || numberRight))
+    return std::nullopt;
+  // The literal's side and the other.
+  const bool literalLeft = textLeft || (numberLeft && !textRight);
+  const size_t literalAt = literalLeft ? i : op + 1;
+  const size_t literalEnd = literalLeft ? op : after;
+  const size_t otherBegin = literalLeft ? op + 1 : i;
+  const size_t otherEnd = literalLeft ? after : op;
+  QString other = translate(t, otherBegin, otherEnd);
+  QString literal = translate(t, literalAt, literalEnd);
+  const QString type =
+      QueryBlock::isColumn(t, otherBegin, otherEnd) ? declaredType(t, otherBegin, otherEnd) : QString();
+  if (!textLeft && !textRight) {
+    // A number compared with a text converts the text, which may be no number.
+    if (QueryBlock::isColumn(t, otherBegin, otherEnd) && !isTextType(type))
+      return std::nullopt;
+    other = QStringLiteral("TO_NUMBER(%1)").arg(other);
+  } else if (isNumberLiteral(t, otherBegin, otherEnd)) {
+    literal = QStringLiteral("TO_NUMBER(%1)").arg(literal);
+  } else if (!QueryBlock::isColumn(t, otherBegin, otherEnd)) {
+    literal = QStringLiteral("dbsweep_compared(%1, %2)").arg(other, literal);
+  } else if (type == u"NUMBER" || type == u"FLOAT") {
+    literal = QStringLiteral("TO_NUMBER(%1)").arg(literal);
+  } else if (type == u"DATE") {
+    literal = QStringLiteral("TO_DATE(%1)").arg(literal);
+  } else {
+    return std::nullopt;
+  }
+  size_t o = op;
+  i = after;
+  return (literalLeft ? literal : other) + u' ' + token(t, o, end) + u' ' + (literalLeft ? other : literal);
+}
+
+// "column [NOT] IN (literals)" and "column [NOT] BETWEEN literal AND literal": the literals
+// convert to the column's type as in a comparison, so that a NUMBER column IN ('x') is ORA-01722
+// and a DATE column BETWEEN two texts reads them as dates; a character column meeting numbers is
+// converted to a number.
+std::optional<QString> SqlTranslator::literalOperands(const std::vector<SqlToken>& t, size_t& i, size_t begin,
+                                                      size_t end) const {
+  if (i > begin && endsOperand(t[i - 1]))
+    return std::nullopt;
+  const size_t columnEnd = afterSum(t, i, end);
+  if (columnEnd == NoEnd || !QueryBlock::isColumn(t, i, columnEnd))
+    return std::nullopt;
+  size_t k = columnEnd;
+  const bool negated = k < end && t[k].is(u"NOT");
+  k += negated ? 1 : 0;
+  std::vector<QueryBlock::Range> items;
+  size_t after = NoEnd;
+  const bool between = k < end && t[k].is(u"BETWEEN");
+  if (between) {
+    const size_t low = afterSum(t, k + 1, end);
+    if (low == NoEnd || low >= end || !t[low].is(u"AND"))
+      return std::nullopt;
+    after = afterSum(t, low + 1, end);
+    items = {{k + 1, low}, {low + 1, after}};
+  } else if (k + 1 < end && t[k].is(u"IN") && t[k + 1].is(u"(") && !QueryBlock::isSubquery(t, k + 1, end)) {
+    after = afterGroup(t, k + 1, end);
+    if (after != NoEnd)
+      items = QueryBlock::split(t, k + 2, after - 1);
+  }
+  if (after == NoEnd)
+    return std::nullopt;
+  bool texts = false, numbers = false;
+  for (const QueryBlock::Range& item : items) {
+    if (isTextLiteral(t, item.begin, item.end))
+      texts = true;
+    else if (isNumberLiteral(t, item.begin, item.end))
+      numbers = true;
+    else if (!(item.end == item.begin + 1 && t[item.begin].is(u"NULL")))
+      return std::nullopt;
+  }
+  const QString type = (texts || numbers) ? declaredType(t, i, columnEnd) : QString();
+  const bool numeric = type == u"NUMBER" || type == u"FLOAT";
+  QString column = translate(t, i, columnEnd);
+  if (isTextType(type) && numbers && !texts)
+    column = QStringLiteral("TO_NUMBER(%1)").arg(column);
+  else if (!(texts && (numeric || type == u"DATE")))
+    return std::nullopt;
+  QStringList values;
+  for (const QueryBlock::Range& item : items) {
+    const QString value = translate(t, item.begin, item.end);
+    values << (!isTextLiteral(t, item.begin, item.end) || !(numeric || type == u"DATE") ? value
+               : numeric ? QStringLiteral("TO_NUMBER(%1)").arg(value)
+                         : QStringLiteral("TO_DATE(%1)").arg(value));
+  }
+  i = after;
+  const QString no = negated ? QStringLiteral("NOT ") : QString();
+  if (between)
+    return QStringLiteral("%1 %2BETWEEN %3 AND %4").arg(column, no, values[0], values[1]);
+  return QStringLiteral("%1 %2IN (%3)").arg(column, no, values.join(QStringLiteral(", ")));
+}
+
+// The SQLite type a column [begin, end) is declared with, read from a probe of the FROM items of
+// its query block, or of the blocks around it for a column of an outer query; "" where that
+// cannot tell (a computed column, a statement without FROM).
+QString SqlTranslator::declaredType(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
+  if (m_probing || !m_context.declaredType)
+    return {};
+  SqlTranslator probe(m_context);
+  probe.m_probing = true;
+  probe.m_rownumDone = true;
+  for (size_t at = begin;;) {
+    if (const auto from = fromItems(t, at)) {
+      try {
+        if (const auto type = m_context.declaredType(
+                QStringLiteral("SELECT %1 FROM %2 WHERE 0")
+                    .arg(probe.translate(t, begin, end), probe.translate(t, from->first, from->second))))
+          return *type;
+      } catch (const OraError&) {
+        // Out of reach from here; a block further out may tell.
+      }
+    }
+    const size_t start = blockStart(t, at);
+    if (start == 0 || !t[start - 1].is(u"("))
+      return {};
+    at = start - 1;
+  }
+}
+
+// A query used as a value gives at most one row: Oracle raises ORA-01427 for a second, where
+// SQLite would take the first.
+QString SqlTranslator::scalarSubquery(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
+  const size_t close = afterGroup(t, i, end);
+  if (close == NoEnd)
+    throw OraError(907, QStringLiteral("missing right parenthesis"));
+  const QString query = translate(t, i + 1, close - 1);
+  i = close;
+  return QStringLiteral("dbsweep_single_row((SELECT count(*) FROM (SELECT 1 FROM (%1) LIMIT 2)), (%1))").arg(query);
+}
+
+// UPDATE's "SET column = value, ...": assignments, which the comparisons above must not take
+// for conditions.
+QString SqlTranslator::assignments(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
+  QStringList items;
+  while (i < end && t[i].kind != SqlToken::Kind::End) {
+    int depth = 0;
+    size_t k = i;
+    for (; k < end && !(depth == 0 && t[k].is(u"=")); ++k)
+      depth += t[k].is(u"(") ? 1 : t[k].is(u")") ? -1 : 0;
+    if (k >= end)
+      break;
+    const QString target = translate(t, i, k);
+    const size_t value = k + 1;
+    for (k = value; k < end && t[k].kind != SqlToken::Kind::End; ++k) {
+      if (t[k].is(u"("))
+        ++depth;
+      else if (t[k].is(u")"))
+        --depth;
+      else if (depth == 0 && (t[k].is(u",") || t[k].is(u"WHERE") || t[k].is(u"RETURNING")))
+        break;
+    }
+    items << target + QStringLiteral(" = ") + translate(t, value, k);
+    i = k;
+    if (i < end && t[i].is(u",")) {
+      ++i;
+      continue;
+    }
+    break;
+  }
+  return items.join(QStringLiteral(", "));
+}
+
 // Oracle's + and - also move a DATE by days and count the days between two, which SQLite's
 // operators cannot: each becomes a call of an engine function that looks at its values. || ranks
 // with them in Oracle, left to right, and skips a NULL operand, where SQLite's binds tighter
-// than * and / and gives NULL: it becomes the engine's CONCAT in the same chain.
-std::optional<QString> SqlTranslator::additive(const std::vector<SqlToken>& t, size_t& i, size_t begin,
-                                               size_t end) const {
+// than * and / and gives NULL: it becomes the engine's CONCAT in the same chain. * and / and a
+// sign become engine calls too, which compute in decimal and raise Oracle's errors where
+// SQLite would answer: a text that is no number, a division by zero, a DATE multiplied.
+std::optional<QString> SqlTranslator::arithmetic(const std::vector<SqlToken>& t, size_t& i, size_t begin,
+                                                 size_t end) const {
   if (i > begin && endsOperand(t[i - 1]))
     return std::nullopt;
   const size_t first = afterTerm(t, i, end);
@@ -295,19 +671,11 @@ std::optional<QString> SqlTranslator::additive(const std::vector<SqlToken>& t, s
     steps.push_back({k, k + 1, next});
     k = next;
   }
-  if (steps.empty())
-    return std::nullopt;
-  // A text literal in arithmetic is a number to Oracle, also next to a DATE: sysdate - '1' is
-  // yesterday and '2024/01/31' + 1 is ORA-01722, though that text reads as a stored DATE.
-  const auto operand = [&](size_t b, size_t e, bool numeric) {
-    const QString text = translate(t, b, e);
-    if (numeric && e == b + 1 && t[b].kind == SqlToken::Kind::String && !t[b].text.isEmpty())
-      return QStringLiteral("TO_NUMBER(%1)").arg(text);
-    return text;
-  };
-  QString chain = operand(i, first, isAdditive(t[steps.front().op]));
+  if (steps.empty() && afterPrimary(t, i, end) == first)
+    return std::nullopt; // a lone operand, no arithmetic
+  QString chain = term(t, i, first, !steps.empty() && isAdditive(t[steps.front().op]));
   for (const Step& s : steps) {
-    const QString right = operand(s.begin, s.end, isAdditive(t[s.op]));
+    const QString right = term(t, s.begin, s.end, isAdditive(t[s.op]));
     if (t[s.op].is(u"||"))
       chain = QStringLiteral("CONCAT(%1, %2)").arg(chain, right);
     else
@@ -315,8 +683,42 @@ std::optional<QString> SqlTranslator::additive(const std::vector<SqlToken>& t, s
           QStringLiteral("%1(%2, %3)")
               .arg(t[s.op].is(u"+") ? QStringLiteral("dbsweep_plus") : QStringLiteral("dbsweep_minus"), chain, right);
   }
-  i = steps.back().end;
+  i = first;
+  if (!steps.empty())
+    i = steps.back().end;
   return chain;
+}
+
+// A product [begin, end): signed operands joined by * and /. A text literal or character column
+// in arithmetic is a number to Oracle, also next to a DATE: sysdate - '1' is yesterday and
+// '2024/01/31' + 1 is ORA-01722, though that text reads as a stored DATE; a lone operand of +
+// and - is one when numeric says so.
+QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t end, bool numeric) const {
+  const auto factor = [&](size_t b, size_t e, bool arithmetic) {
+    bool negative = false;
+    for (; b < e && isAdditive(t[b]); ++b)
+      negative ^= t[b].is(u"-");
+    arithmetic = arithmetic || negative;
+    QString text = translate(t, b, e);
+    if (arithmetic && ((e == b + 1 && t[b].kind == SqlToken::Kind::String && !t[b].text.isEmpty()) ||
+                       (QueryBlock::isColumn(t, b, e) && isTextType(declaredType(t, b, e)))))
+      text = QStringLiteral("TO_NUMBER(%1)").arg(text);
+    if (!negative)
+      return text;
+    return e == b + 1 && t[b].kind == SqlToken::Kind::Number ? u'-' + text
+                                                             : QStringLiteral("dbsweep_negate(%1)").arg(text);
+  };
+  size_t k = afterPrimary(t, afterSigns(t, begin, end), end);
+  QString out = factor(begin, k, numeric || k < end);
+  while (k < end) {
+    const bool dividing = t[k].is(u"/");
+    const size_t e = afterPrimary(t, afterSigns(t, k + 1, end), end);
+    out = QStringLiteral("%1(%2, %3)")
+              .arg(dividing ? QStringLiteral("dbsweep_divide") : QStringLiteral("dbsweep_times"), out,
+                   factor(k + 1, e, true));
+    k = e;
+  }
+  return out;
 }
 
 QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
@@ -351,6 +753,16 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
     const QString owner = parts.size() == 3 ? parts[0]->name() : m_context.user;
     const QString seq = parts[parts.size() - 2]->name();
     i += k;
+    // Oracle gives every NEXTVAL of a sequence in one row of a statement the same number.
+    const auto [scopeBegin, scopeEnd] = sequenceScope(t, i);
+    qint64 references = 0;
+    for (size_t r = qMax<size_t>(scopeBegin, 2); nextval && r < scopeEnd; ++r)
+      references += t[r].is(u"NEXTVAL") && t[r - 1].is(u".") && t[r - 2].isName() && t[r - 2].name() == seq;
+    if (references > 1)
+      return QStringLiteral("dbsweep_nextval(%1, %2, %3, %4)")
+          .arg(quoteText(owner), quoteText(seq))
+          .arg(m_statement)
+          .arg(references);
     return QStringLiteral("%1(%2, %3)")
         .arg(nextval ? QStringLiteral("dbsweep_nextval") : QStringLiteral("dbsweep_currval"), quoteText(owner),
              quoteText(seq));
@@ -358,13 +770,23 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
   if (parts.size() == 1 && tok.kind == SqlToken::Kind::Word) {
     const QString upper = tok.upper();
     ++i;
+    // EXTRACT(field FROM date) becomes an engine call of the field's name and the date.
+    if (upper == u"EXTRACT" && next(0).is(u"(") && next(2).is(u"FROM")) {
+      const size_t close = afterGroup(t, i, end);
+      if (close == NoEnd)
+        throw OraError(907, QStringLiteral("missing right parenthesis"));
+      const QString field = next(1).upper();
+      const QString date = translate(t, i + 3, close - 1);
+      i = close;
+      return QStringLiteral("dbsweep_extract(%1, %2)").arg(quoteText(field), date);
+    }
     if (next(0).is(u"(") && !keywords().contains(upper))
       return functionName(upper);
     if (upper == u"UNIQUE")
       return QStringLiteral("DISTINCT");
     if (upper == u"MINUS")
       return QStringLiteral("EXCEPT");
-    if (keywords().contains(upper))
+    if (keywords().contains(upper) || (isWindowWord(upper) && insideWindow(t, i - 1)))
       return upper;
     if (upper == u"SYSDATE")
       return QStringLiteral("dbsweep_sysdate()");
@@ -381,9 +803,11 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return QStringLiteral("SYSTIMESTAMP()");
     if (upper == u"USER")
       return quoteText(m_context.user);
-    // ROWNUM outside a limiting condition numbers the rows as they come.
+    // ROWNUM outside a limiting condition numbers the rows as they come; inside an aggregate,
+    // where no window function may stand, a count of the rows the statement has read does.
     if (upper == u"ROWNUM")
-      return QStringLiteral("ROW_NUMBER() OVER ()");
+      return insideAggregate(t, i - 1) ? QStringLiteral("dbsweep_rownum(%1, %2)").arg(m_statement).arg(i)
+                                       : QStringLiteral("ROW_NUMBER() OVER ()");
     if (upper == u"ROWID")
       return QStringLiteral("rowid");
     return quoteName(upper);
@@ -398,6 +822,8 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       first = 1;
     } else {
       const QString schema = m_context.schemaOf ? m_context.schemaOf(owner) : QString();
+      if (!schema.isEmpty() && parts.size() == 2 && !parts[1]->is(u"*") && m_context.checkAccess)
+        m_context.checkAccess(owner, parts[1]->name());
       if (!schema.isEmpty() && (parts.size() == 3 || !parts[1]->is(u"*"))) {
         names << (schema == u"main" ? schema : quoteName(schema));
         first = 1;

@@ -3,14 +3,19 @@
 #include "db/local/OuterJoins.h"
 #include "db/local/SqlLexer.h"
 
+#include <QList>
+
+#include <atomic>
 #include <functional>
+#include <memory>
 #include <optional>
 
 // Turns the Oracle SQL of queries, DML and conditions into SQLite SQL: names are folded and
 // quoted, '' becomes NULL, sequences and pseudo-columns become engine functions, other schemas
-// are reached through their attached names, and select-list labels are Oracle's. Binary + and -
-// become engine functions too, as they also add days to DATEs and subtract DATEs; || ranks with
-// them and treats NULL as Oracle's does, and ORDER BY places NULLs where Oracle places them.
+// are reached through their attached names, and select-list labels are Oracle's. Arithmetic
+// becomes engine functions too, as + and - also add days to DATEs and subtract DATEs and all of
+// it is decimal; || ranks with + and - and treats NULL as Oracle's does, a text literal compared
+// with a number converts to one, and ORDER BY places NULLs where Oracle places them.
 class SqlTranslator final {
 public:
   struct Context {
@@ -19,13 +24,22 @@ public:
     std::function<QString(const QString& owner)> schemaOf;
     // Places a (+) written on an unqualified column.
     OuterJoins::HasColumn hasColumn;
+    // The declared SQLite type of the first column of a probe query, "" when it has none;
+    // nullopt when the probe fails, as for a column its FROM items do not have.
+    std::function<std::optional<QString>(const QString& sql)> declaredType;
+    // Raises the error Oracle raises when the session may not use another schema's table.
+    std::function<void(const QString& owner, const QString& table)> checkAccess;
   };
 
-  explicit SqlTranslator(Context context) : m_context(std::move(context)) {}
+  explicit SqlTranslator(Context context) : m_context(std::move(context)), m_statement(++s_statements) {}
 
   // Translates tokens [begin, end).
   QString translate(const std::vector<SqlToken>& tokens, size_t begin, size_t end) const;
   QString translate(const std::vector<SqlToken>& tokens) const { return translate(tokens, 0, tokens.size()); }
+
+  // Which columns of the first select list translated are text by the way they are written
+  // (TO_CHAR, ||): texts that read like dates, but are no DATE.
+  QList<bool> textColumns() const { return m_textColumns->value_or(QList<bool>{}); }
 
   static QString quoteName(const QString& name);
   static QString quoteText(const QString& text);
@@ -37,8 +51,19 @@ private:
   QString token(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString selectList(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString orderBy(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
-  std::optional<QString> additive(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
+  QString declaredType(const std::vector<SqlToken>& t, size_t begin, size_t end) const;
+  static std::optional<std::pair<size_t, size_t>> fromItems(const std::vector<SqlToken>& t, size_t at);
+  QString scalarSubquery(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
+  QString assignments(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
+  std::optional<QString> literalOperands(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
+  std::optional<QString> comparison(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
+  std::optional<QString> arithmetic(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
+  QString term(const std::vector<SqlToken>& t, size_t begin, size_t end, bool numeric) const;
 
   Context m_context;
   bool m_rownumDone = false; // ROWNUM conditions are already limits
+  bool m_probing = false;    // translating a probe, which probes no further
+  qint64 m_statement;        // tells one statement's sequence references from another's
+  std::shared_ptr<std::optional<QList<bool>>> m_textColumns = std::make_shared<std::optional<QList<bool>>>();
+  static inline std::atomic<qint64> s_statements{0};
 };

@@ -1,0 +1,98 @@
+#include "db/local/DecimalAggregates.h"
+
+#include "db/OraError.h"
+#include "db/local/OracleDateTime.h"
+#include "db/local/OracleNumber.h"
+
+#include <optional>
+
+namespace DecimalAggregates {
+
+namespace {
+
+using OracleNumber::Decimal;
+using OracleNumber::Value;
+
+// The running total of a group or window frame.
+struct Total {
+  Decimal sum;
+  qint64 count = 0;
+};
+
+Total* totalOf(sqlite3_context* ctx, bool create) {
+  auto** slot = static_cast<Total**>(sqlite3_aggregate_context(ctx, create ? int(sizeof(Total*)) : 0));
+  if (!slot)
+    return nullptr;
+  if (!*slot && create)
+    *slot = new Total;
+  return *slot;
+}
+
+// The value of an argument as a number, NULL ('' too) being none.
+std::optional<Value> numberOf(sqlite3_value* v) {
+  switch (sqlite3_value_type(v)) {
+  case SQLITE_NULL: return std::nullopt;
+  case SQLITE_INTEGER: return Value::of(qint64(sqlite3_value_int64(v)));
+  case SQLITE_FLOAT: return Value::of(sqlite3_value_double(v));
+  default: break;
+  }
+  const QString text = QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(v)), sqlite3_value_bytes(v));
+  if (text.isEmpty())
+    return std::nullopt;
+  if (OracleDateTime::parseStored(text))
+    throw OraError(932, QStringLiteral("inconsistent datatypes: expected NUMBER got DATE"));
+  return OracleNumber::fromText(text);
+}
+
+template <int Sign> void add(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  try {
+    const auto v = numberOf(argv[0]);
+    if (!v)
+      return;
+    Total* total = totalOf(ctx, true);
+    if (!total)
+      return sqlite3_result_error_nomem(ctx);
+    const Decimal d = Decimal::from(Sign > 0 ? *v : OracleNumber::negate(*v));
+    total->sum = total->sum.plus(d);
+    total->count += Sign;
+  } catch (const OraError& e) {
+    sqlite3_result_error(ctx, e.what(), -1);
+  }
+}
+
+void result(sqlite3_context* ctx, const Value& v) {
+  if (v.isInteger)
+    sqlite3_result_int64(ctx, v.integer);
+  else
+    sqlite3_result_double(ctx, v.real);
+}
+
+template <bool Average> void current(sqlite3_context* ctx) {
+  const Total* total = totalOf(ctx, false);
+  if (!total || total->count == 0)
+    return sqlite3_result_null(ctx);
+  try {
+    const Value sum = total->sum.value();
+    result(ctx, Average ? OracleNumber::divide(sum, Value::of(total->count)) : sum);
+  } catch (const OraError& e) {
+    sqlite3_result_error(ctx, e.what(), -1);
+  }
+}
+
+template <bool Average> void value(sqlite3_context* ctx) { current<Average>(ctx); }
+
+template <bool Average> void finish(sqlite3_context* ctx) {
+  current<Average>(ctx);
+  if (Total* total = totalOf(ctx, false))
+    delete total;
+}
+
+} // namespace
+
+void registerAll(sqlite3* db) {
+  const int flags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+  sqlite3_create_window_function(db, "SUM", 1, flags, nullptr, add<1>, finish<false>, value<false>, add<-1>, nullptr);
+  sqlite3_create_window_function(db, "AVG", 1, flags, nullptr, add<1>, finish<true>, value<true>, add<-1>, nullptr);
+}
+
+} // namespace DecimalAggregates

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <sqlite3.h>
+
+// SUM and AVG as Oracle computes them over NUMBER, in decimal: three times 0.1 sums to 0.3, where
+// SQLite's doubles give 0.30000000000000004. Both also serve as analytic functions (OVER).
+namespace DecimalAggregates {
+
+void registerAll(sqlite3* db);
+
+} // namespace DecimalAggregates

@@ -1,0 +1,124 @@
+#include "EngineFixture.h"
+
+// NUMBER in the embedded engine as Oracle has it: arithmetic and sums in decimal, a text
+// converted to a number wherever it meets one (ORA-01722 when it is none), a DATE refused where
+// only numbers go and a division by zero refused. Expected values are Oracle's documented
+// results.
+class TestNumbers final : public QObject {
+  Q_OBJECT
+
+  std::unique_ptr<EngineFixture> m_fx;
+  std::shared_ptr<OraDatabase> m_db;
+
+  QString eval(const QString& items) {
+    return rowsOf(*m_db, QStringLiteral("select ") + items + QStringLiteral(" from dual")).value(0);
+  }
+  int error(const QString& sql, QString* text = nullptr) {
+    return errorOf([&] { rowsOf(*m_db, sql); }, text);
+  }
+  QString count(const QString& condition) {
+    return rowsOf(*m_db, QStringLiteral("select count(*) from ledger where ") + condition).value(0);
+  }
+
+private Q_SLOTS:
+  void initTestCase() {
+    m_fx = std::make_unique<EngineFixture>();
+    m_db = m_fx->sales();
+    m_db->ExecuteSQL("create table ledger (id number(4), amount number(8, 2), code varchar2(20), at date)");
+    m_db->ExecuteSQL("insert into ledger values (1, 0.1, '2024/01/31 00:00:00', date '2024-01-31')");
+    m_db->ExecuteSQL("insert into ledger values (2, 0.1, '010', date '2024-02-01')");
+    m_db->ExecuteSQL("insert into ledger values (3, 0.1, 'abc', null)");
+  }
+  void cleanupTestCase() {
+    m_db.reset();
+    m_fx.reset();
+  }
+
+  void arithmeticIsDecimal() {
+    QCOMPARE(eval("to_char(0.1 + 0.2), to_char(0.3 - 0.1), to_char(0.1 * 3), to_char(0.3 / 0.1), to_char(1.1 * 1.1)"),
+             QString(".3|.2|.3|3|1.21"));
+    QCOMPARE(eval("to_char(100 * 1.1), to_char(-0.25), to_char(1 - 0.75), to_char(7 / 2), to_char(2 * -3)"),
+             QString("110|-.25|.25|3.5|-6"));
+    QCOMPARE(eval("-(2), - -3, 9 - 3 * 2, (9 - 3) * 2, 2 * 3 / 4, 2 / 4 * 3"), QString("-2|3|3|12|1.5|1.5"));
+    QCOMPARE(rowsOf(*m_db, "select count(*) from dual where 0.1 + 0.2 = 0.3 and 0.3 / 0.1 = 3 and 1.1 * 1.1 = 1.21"),
+             QStringList({"1"}));
+    // Sums and averages of a column add the same way, also as analytic functions.
+    QCOMPARE(rowsOf(*m_db, "select to_char(sum(amount)), to_char(avg(amount * 3)), count(amount) from ledger"),
+             QStringList({".3|.3|3"}));
+    QCOMPARE(rowsOf(*m_db, "select to_char(sum(amount) over (order by id)) from ledger order by id"),
+             QStringList({".1", ".2", ".3"}));
+    QCOMPARE(rowsOf(*m_db, "select to_char(sum(amount) over (partition by sign(id - 1) order by id rows between 1 "
+                           "preceding and current row)) from ledger order by id"),
+             QStringList({".1", ".1", ".2"}));
+    QCOMPARE(rowsOf(*m_db, "select sum(amount), avg(amount) from ledger where id > 9"), QStringList({"<null>|<null>"}));
+    QCOMPARE(error("select sum(code) from ledger where id > 1"), 1722);
+  }
+
+  void textMeetingANumberIsConvertedToOne() {
+    QCOMPARE(eval("'3' * '4', '10' / 4, 1 + '2', -'5', ' 2 ' * 2"), QString("12|2.5|3|-5|4"));
+    QString text;
+    QCOMPARE(error("select 'x' + 2 from dual", &text), 1722);
+    QCOMPARE(text, QString("ORA-01722: invalid number"));
+    for (const char* items : {"'x' * 2", "2 / 'x'", "-'x'", "'2024/01/31' * 2", "1 + 'x' * 0"})
+      QCOMPARE(error(QString("select %1 from dual").arg(items)), 1722);
+    // A character column is text, even where it reads as a date.
+    QCOMPARE(error("select code + 1 from ledger where id = 1"), 1722);
+    QCOMPARE(error("select code - 1 from ledger where id = 1"), 1722);
+    QCOMPARE(rowsOf(*m_db, "select code + 1, code * 2 from ledger where id = 2"), QStringList({"11|20"}));
+  }
+
+  void numbersCompareWithTextAsNumbers() {
+    QCOMPARE(count("1 = '1'"), QString("3"));
+    QCOMPARE(count("'1.0' = 1"), QString("3"));
+    QCOMPARE(count("2 > '10'"), QString("0")); // ten, not a text after '2'
+    QCOMPARE(count("id = '2'"), QString("1"));
+    QCOMPARE(count("'2' <= id"), QString("2"));
+    QCOMPARE(count("amount = '.1'"), QString("3"));
+    QCOMPARE(count("length(code) = '3'"), QString("2"));
+    QCOMPARE(count("code = '010'"), QString("1")); // text with text stays text
+    QString text;
+    QCOMPARE(error("select count(*) from ledger where id = 'abc'", &text), 1722);
+    QCOMPARE(text, QString("ORA-01722: invalid number"));
+    QCOMPARE(error("select count(*) from ledger where 'x' < amount"), 1722);
+    QCOMPARE(error("select count(*) from ledger where length(code) = 'x'"), 1722);
+    QCOMPARE(error("select count(*) from dual where 1 = 'x'"), 1722);
+    // A column of the outer query, compared in a subquery, is converted as its type says.
+    QCOMPARE(error("select count(*) from ledger l where exists (select 1 from dual where l.id = 'x')"), 1722);
+    QCOMPARE(count("exists (select 1 from dual where ledger.at = '2024/01/31')"), QString("1"));
+    // A character column compared with a number is converted row by row: 'abc' is none.
+    QCOMPARE(error("select count(*) from ledger where code = 10"), 1722);
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("delete from ledger where id = 'abc'"); }), 1722);
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("update ledger set amount = 0 where amount = 'abc'"); }), 1722);
+    // IN lists convert as comparisons do.
+    QCOMPARE(count("id in ('1', '3')"), QString("2"));
+    QCOMPARE(count("id not in ('1')"), QString("2"));
+    QCOMPARE(error("select count(*) from ledger where id in (1, 'x')"), 1722);
+    QCOMPARE(error("select count(*) from ledger where code in (10)"), 1722);
+    QCOMPARE(count("at in ('2024/01/31', '2024/02/01 00:00:00')"), QString("2"));
+    QCOMPARE(count("code in ('010', 'abc')"), QString("2"));
+    QCOMPARE(count("id between '2' and '3'"), QString("2"));
+    QCOMPARE(error("select count(*) from ledger where id between 'a' and 'b'"), 1722);
+    QCOMPARE(count("at not between '2024/1/1' and '2024/1/31'"), QString("1"));
+    QCOMPARE(error("select count(*) from ledger where at between 'abc' and '2024/12/31'"), 1858);
+    // A DATE column compared with a text reads the text in the session's date format.
+    QCOMPARE(count("at = '2024/01/31'"), QString("1"));
+    QCOMPARE(count("at >= '2024/2/1'"), QString("1"));
+    QCOMPARE(error("select count(*) from ledger where at = 'abc'"), 1858);
+  }
+
+  void divisionByZeroAndDatesAreRefused() {
+    QString text;
+    QCOMPARE(error("select 1 / 0 from dual", &text), 1476);
+    QCOMPARE(text, QString("ORA-01476: divisor is equal to zero"));
+    QCOMPARE(error("select amount / (id - id) from ledger"), 1476);
+    QCOMPARE(error("select 0 / 0.0 from dual"), 1476);
+    QCOMPARE(eval("0 / 5, mod(5, 0), 1 / null"), QString("0|5|<null>"));
+    QCOMPARE(error("select sysdate * 2 from dual", &text), 932);
+    QCOMPARE(text, QString("ORA-00932: inconsistent datatypes: expected NUMBER got DATE"));
+    QCOMPARE(error("select 2 / sysdate from dual"), 932);
+    QCOMPARE(error("select -sysdate from dual"), 932);
+  }
+};
+
+QTEST_GUILESS_MAIN(TestNumbers)
+#include "test_numbers.moc"

@@ -1,0 +1,107 @@
+#include "EngineFixture.h"
+
+// Queries Oracle refuses are refused with Oracle's error, where SQLite would answer something:
+// rows mixed with groups, a query used as a value that gives several rows, an ORDER BY position
+// beyond the select list.
+class TestQueryErrors final : public QObject {
+  Q_OBJECT
+
+  std::unique_ptr<EngineFixture> m_fx;
+  std::shared_ptr<OraDatabase> m_db;
+
+  QStringList rows(const QString& sql) { return rowsOf(*m_db, sql); }
+  int error(const QString& sql, QString* text = nullptr) {
+    return errorOf([&] { rowsOf(*m_db, sql); }, text);
+  }
+
+private Q_SLOTS:
+  void initTestCase() {
+    m_fx = std::make_unique<EngineFixture>();
+    m_db = m_fx->sales();
+    m_db->ExecuteSQL("create table staff (name varchar2(10), dept varchar2(5), salary number)");
+    m_db->ExecuteSQL("insert into staff values ('ANN', 'A', 100)");
+    m_db->ExecuteSQL("insert into staff values ('BOB', 'A', 300)");
+    m_db->ExecuteSQL("insert into staff values ('CAT', 'B', 200)");
+  }
+  void cleanupTestCase() {
+    m_db.reset();
+    m_fx.reset();
+  }
+
+  void rowsAndGroupsDoNotMix() {
+    QString text;
+    QCOMPARE(error("select name, count(*) from staff", &text), 937);
+    QCOMPARE(text, QString("ORA-00937: not a single-group group function"));
+    QCOMPARE(error("select name, max(salary) top from staff"), 937);
+    QCOMPARE(error("select name, dept, count(*) from staff group by dept", &text), 979);
+    QCOMPARE(text, QString("ORA-00979: not a GROUP BY expression"));
+    QCOMPARE(error("select name from staff group by dept"), 979);
+    QCOMPARE(error("select salary + 1, count(*) from staff group by salary * 2"), 979);
+    QCOMPARE(error("select * from (select name, sum(salary) from staff)"), 937);
+    // What Oracle accepts: group expressions, aggregates, constants, and analytic functions.
+    QCOMPARE(rows("select dept, count(*), sum(salary) from staff group by dept order by 1"),
+             QStringList({"A|2|400", "B|1|200"}));
+    QCOMPARE(rows("select s.dept || ':' || max(s.salary) from staff s group by dept order by 1"),
+             QStringList({"A:300", "B:200"}));
+    QCOMPARE(rows("select lower(dept) d, count(*) n from staff group by lower(dept) order by d"),
+             QStringList({"a|2", "b|1"}));
+    QCOMPARE(rows("select 1, 'x', count(*), max(salary) - min(salary) from staff"), QStringList({"1|x|3|200"}));
+    QCOMPARE(rows("select name, count(*) over () from staff where dept = 'B'"), QStringList({"CAT|1"}));
+    QCOMPARE(rows("select count(*) from (select dept from staff group by dept)"), QStringList({"2"}));
+    QCOMPARE(rows("select dept from staff group by dept having count(*) > 1"), QStringList({"A"}));
+  }
+
+  void aQueryUsedAsAValueGivesOneRow() {
+    QString text;
+    QCOMPARE(error("select (select name from staff) from dual", &text), 1427);
+    QCOMPARE(text, QString("ORA-01427: single-row subquery returns more than one row"));
+    QCOMPARE(error("select name from staff where salary = (select salary from staff where dept = 'A')"), 1427);
+    QCOMPARE(error("select 1 + (select salary from staff) from dual"), 1427);
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("update staff set salary = (select salary from staff)"); }), 1427);
+    // One row is its value, none is NULL; IN and EXISTS take any number.
+    QCOMPARE(rows("select (select max(salary) from staff), nvl((select name from staff where 1 = 0), 'none') "
+                  "from dual"),
+             QStringList({"300|none"}));
+    QCOMPARE(rows("select name, (select count(*) from staff b where b.dept = a.dept) n from staff a order by name"),
+             QStringList({"ANN|2", "BOB|2", "CAT|1"}));
+    QCOMPARE(rows("select name from staff where salary > (select avg(salary) from staff) order by name"),
+             QStringList({"BOB"}));
+    QCOMPARE(rows("select count(*) from staff where salary in (select salary from staff) and exists (select name "
+                  "from staff)"),
+             QStringList({"3"}));
+    QCOMPARE(rows("select count(*) from (select name from staff), (select dept from staff)"), QStringList({"9"}));
+    // A query of two columns is a row.
+    m_db->ExecuteSQL("update staff set (dept, salary) = (select dept, salary from staff where name = 'ANN') where "
+                     "name = 'CAT'");
+    QCOMPARE(rows("select dept, salary from staff where name = 'CAT'"), QStringList({"A|100"}));
+    m_db->ExecuteSQL("update staff set dept = 'B', salary = 200 where name = 'CAT'");
+  }
+
+  void compoundBranchesAgreeOnTypes() {
+    QString text;
+    QCOMPARE(error("select 1 from dual union select 'a' from dual", &text), 1790);
+    QCOMPARE(text, QString("ORA-01790: expression must have same datatype as corresponding expression"));
+    QCOMPARE(error("select name, salary from staff union all select dept, name from staff"), 1790);
+    QCOMPARE(error("select salary from staff minus select sysdate from dual"), 1790);
+    QCOMPARE(error("select extract(year from sysdate) from dual union select name from staff"), 1790);
+    QCOMPARE(error("select null from dual union select 1 from dual union select 'x' from dual"), 1790);
+    QCOMPARE(error("select count(*) from (select salary from staff intersect select upper(name) from staff)"), 1790);
+    QCOMPARE(rows("select name from staff where dept = 'B' union select dept from staff union select null from dual "
+                  "order by 1"),
+             QStringList({"A", "B", "CAT", "<null>"}));
+    QCOMPARE(rows("select salary * 2 from staff where dept = 'B' union select count(*) from staff"),
+             QStringList({"3", "400"}));
+  }
+
+  void orderByPositionsNameSelectItems() {
+    QString text;
+    QCOMPARE(error("select name from staff order by 2", &text), 1785);
+    QCOMPARE(text, QString("ORA-01785: ORDER BY item must be the number of a SELECT-list expression"));
+    QCOMPARE(error("select name from staff union select dept from staff order by 2"), 1785);
+    QCOMPARE(error("select name from staff order by 0"), 1785);
+    QCOMPARE(rows("select name, salary from staff order by 2 desc"), QStringList({"BOB|300", "CAT|200", "ANN|100"}));
+  }
+};
+
+QTEST_GUILESS_MAIN(TestQueryErrors)
+#include "test_queryerrors.moc"

@@ -1,0 +1,56 @@
+#include "EngineFixture.h"
+
+// ROWNUM numbers the rows a query block produces, in the order they come and before its ORDER
+// BY sorts them: the top-N idiom over an ordered inline view, and ROWNUM in expressions and
+// aggregates.
+class TestRownum final : public QObject {
+  Q_OBJECT
+
+  std::unique_ptr<EngineFixture> m_fx;
+  std::shared_ptr<OraDatabase> m_db;
+
+  QStringList rows(const QString& sql) { return rowsOf(*m_db, sql); }
+
+private Q_SLOTS:
+  void initTestCase() {
+    m_fx = std::make_unique<EngineFixture>();
+    m_db = m_fx->sales();
+    m_db->ExecuteSQL("create table scores (k number, name varchar2(5))");
+    for (const char* row : {"3, 'c'", "1, 'a'", "5, 'e'", "2, 'b'", "4, 'd'"})
+      m_db->ExecuteSQL(QString("insert into scores values (%1)").arg(row));
+  }
+  void cleanupTestCase() {
+    m_db.reset();
+    m_fx.reset();
+  }
+
+  void topNOfAnOrderedInlineView() {
+    const QStringList top = {"5", "4"};
+    QCOMPARE(rows("select k from (select k from scores order by k desc) where rownum <= 2"), top);
+    QCOMPARE(rows("select v.k from (select k from scores order by k desc) v where rownum <= 2"), top);
+    QCOMPARE(rows("select k from (select k from scores order by k desc) v where rownum < 3 and k > 0"), top);
+    // The outer ORDER BY sorts the rows ROWNUM kept, it does not choose them.
+    QCOMPARE(rows("select k from (select k from scores order by k desc) v where rownum <= 2 order by k"),
+             QStringList({"4", "5"}));
+    QCOMPARE(rows("select name from (select name, k from scores order by k) s where rownum <= 3 order by name desc"),
+             QStringList({"c", "b", "a"}));
+    // Pagination: numbered in an inner block, chosen by the number outside it.
+    QCOMPARE(rows("select k from (select rownum rn, k from (select k from scores order by k)) where rn between 2 "
+                  "and 3"),
+             QStringList({"2", "3"}));
+  }
+
+  void rownumInExpressionsAndAggregates() {
+    QCOMPARE(rows("select max(rownum), count(rownum), sum(rownum) from scores"), QStringList({"5|5|15"}));
+    QCOMPARE(rows("select max(rownum) from scores where k > 2"), QStringList({"3"}));
+    QCOMPARE(rows("select sum(nvl(rownum, 0) * 2) from scores"), QStringList({"30"}));
+    QCOMPARE(rows("select rownum * 10, k from (select k from scores order by k) where k >= 4"),
+             QStringList({"10|4", "20|5"}));
+    // Numbered as the rows come, then sorted.
+    QCOMPARE(rows("select rownum, k from (select k from scores order by k desc) order by k"),
+             QStringList({"5|1", "4|2", "3|3", "2|4", "1|5"}));
+  }
+};
+
+QTEST_GUILESS_MAIN(TestRownum)
+#include "test_rownum.moc"
