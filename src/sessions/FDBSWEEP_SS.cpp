@@ -7,7 +7,6 @@
 #include "services/MessageBoxes.h"
 #include "viewers/RefreshFrame.h"
 #include "widgets/FlexGrid.h"
-#include "widgets/FollowResize.h"
 #include "widgets/HourGlass.h"
 #include "widgets/PopPop.h"
 #include "widgets/Twips.h"
@@ -34,16 +33,9 @@ QString text(const QVariant& value) { return value.isValid() ? value.toString() 
 } // namespace
 
 FDBSWEEP_SS::FDBSWEEP_SS(BDBSWEEP& state, MessageBoxes& boxes, int u, PopPop* menu, QWidget* parent)
-    : QDialog(parent), m_state(state), m_boxes(boxes), m_grdData(new FlexGrid(this)), m_lblTable(new QLabel(this)),
-      m_lblTotal(new QLabel(this)), m_frmUpd(new RefreshFrame(0, this)), m_stsDT(new QStatusBar(this)) {
+    : RefreshedList(state, boxes, 0, parent) {
   setObjectName(QStringLiteral("FDBSWEEP_SS"));
   setWindowTitle(QStringLiteral("セッション情報照会"));
-  m_grdData->setObjectName(QStringLiteral("grdData"));
-  m_lblTable->setObjectName(QStringLiteral("lblTable"));
-  m_lblTotal->setObjectName(QStringLiteral("lblTotal"));
-  m_stsDT->setObjectName(QStringLiteral("stsDT"));
-  m_stsDT->setSizeGripEnabled(true);
-  m_lblTotal->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   auto* hint = new QLabel(QStringLiteral("行をクリックするとセッションを削除出来ます"), this);
   hint->setObjectName(QStringLiteral("Label2"));
 
@@ -66,10 +58,7 @@ FDBSWEEP_SS::FDBSWEEP_SS(BDBSWEEP& state, MessageBoxes& boxes, int u, PopPop* me
   m_grdData->setGeometry(px(Left), px(GridTop), px(gridWidth), twipsToPixelsY(this, GridHeight));
   hint->setGeometry(px(Left), m_grdData->geometry().bottom() + 1 + px(560), px(gridWidth), px(300));
   resize(px(Left + gridWidth + 300), hint->geometry().bottom() + 1 + px(120) + m_stsDT->sizeHint().height());
-  m_stsDT->setGeometry(0, height() - m_stsDT->sizeHint().height(), width(), m_stsDT->sizeHint().height());
-  m_loadSize = size();
-  m_loadGridSize = m_grdData->size();
-  placeUpdateFrame();
+  layoutDone();
 
   connect(m_frmUpd, &RefreshFrame::refreshRequested, this, &FDBSWEEP_SS::LoadData);
   connect(m_grdData, &FlexGrid::Click, this, &FDBSWEEP_SS::grdData_Click);
@@ -165,20 +154,4 @@ void FDBSWEEP_SS::grdData_Click() {
     m_grdData->setTextMatrix(row, MarkColumn, QString());
   }
   LoadData();
-}
-
-void FDBSWEEP_SS::placeUpdateFrame() {
-  m_frmUpd->move(m_grdData->x(), m_grdData->geometry().bottom() + 1 + twipsToPixelsY(this, 20));
-  const int left = m_frmUpd->geometry().right() + 1 + twipsToPixelsX(this, 60);
-  m_lblTotal->setGeometry(left, m_frmUpd->y(), std::max(0, m_grdData->geometry().right() + 1 - left),
-                          m_frmUpd->height());
-}
-
-void FDBSWEEP_SS::resizeEvent(QResizeEvent* event) {
-  QDialog::resizeEvent(event);
-  if (m_loadSize.isEmpty())
-    return;
-  FollowWindowResize(*m_grdData, m_loadGridSize, m_loadSize, size());
-  m_stsDT->setGeometry(0, height() - m_stsDT->sizeHint().height(), width(), m_stsDT->sizeHint().height());
-  placeUpdateFrame();
 }

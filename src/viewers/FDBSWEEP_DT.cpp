@@ -7,7 +7,6 @@
 #include "services/MessageBoxes.h"
 #include "viewers/RefreshFrame.h"
 #include "widgets/FlexGrid.h"
-#include "widgets/FollowResize.h"
 #include "widgets/HourGlass.h"
 #include "widgets/PopPop.h"
 #include "widgets/Twips.h"
@@ -28,15 +27,9 @@ constexpr int AskEvery = 500;
 } // namespace
 
 FDBSWEEP_DT::FDBSWEEP_DT(BDBSWEEP& state, MessageBoxes& boxes, int u, PopPop* menu, QWidget* parent)
-    : QDialog(parent), m_state(state), m_boxes(boxes), m_grdData(new FlexGrid(this)), m_lblTable(new QLabel(this)),
-      m_lblTotal(new QLabel(this)), m_frmUpd(new RefreshFrame(10, this)), m_stsDT(new QStatusBar(this)) {
+    : RefreshedList(state, boxes, 10, parent) {
   setObjectName(QStringLiteral("FDBSWEEP_DT"));
   setWindowTitle(QStringLiteral("データ照会"));
-  m_grdData->setObjectName(QStringLiteral("grdData"));
-  m_lblTable->setObjectName(QStringLiteral("lblTable"));
-  m_lblTotal->setObjectName(QStringLiteral("lblTotal"));
-  m_stsDT->setObjectName(QStringLiteral("stsDT"));
-  m_stsDT->setSizeGripEnabled(true);
   const auto px = [this](int twips) { return twipsToPixelsX(this, twips); };
 
   m_grdData->setCols(3);
@@ -47,12 +40,8 @@ FDBSWEEP_DT::FDBSWEEP_DT(BDBSWEEP& state, MessageBoxes& boxes, int u, PopPop* me
   const int gridWidth = (m_grdData->ColWidth(0) + 20) + m_grdData->ColWidth(1) + m_grdData->ColWidth(2) + 350;
   m_lblTable->setGeometry(px(Left), px(60), px(gridWidth), px(330));
   m_grdData->setGeometry(px(Left), px(GridTop), px(gridWidth), px(5000));
-  m_lblTotal->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   resize(px(Left + gridWidth + 300), px(GridTop + 5000 + 20 + 480 + 60) + m_stsDT->sizeHint().height());
-  m_stsDT->setGeometry(0, height() - m_stsDT->sizeHint().height(), width(), m_stsDT->sizeHint().height());
-  m_loadSize = size();
-  m_loadGridSize = m_grdData->size();
-  placeUpdateFrame();
+  layoutDone();
 
   connect(m_frmUpd, &RefreshFrame::refreshRequested, this, &FDBSWEEP_DT::LoadData);
   connect(m_grdData, &FlexGrid::DblClick, this, &FDBSWEEP_DT::grdData_DblClick);
@@ -118,20 +107,4 @@ void FDBSWEEP_DT::grdData_DblClick() {
     return;
   m_state.gPickedValue = m_grdData->Text();
   accept();
-}
-
-void FDBSWEEP_DT::placeUpdateFrame() {
-  m_frmUpd->move(m_grdData->x(), m_grdData->geometry().bottom() + 1 + twipsToPixelsY(this, 20));
-  const int left = m_frmUpd->geometry().right() + 1 + twipsToPixelsX(this, 60);
-  m_lblTotal->setGeometry(left, m_frmUpd->y(), std::max(0, m_grdData->geometry().right() + 1 - left),
-                          m_frmUpd->height());
-}
-
-void FDBSWEEP_DT::resizeEvent(QResizeEvent* event) {
-  QDialog::resizeEvent(event);
-  if (m_loadSize.isEmpty())
-    return;
-  FollowWindowResize(*m_grdData, m_loadGridSize, m_loadSize, size());
-  m_stsDT->setGeometry(0, height() - m_stsDT->sizeHint().height(), width(), m_stsDT->sizeHint().height());
-  placeUpdateFrame();
 }
