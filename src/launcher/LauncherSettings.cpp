@@ -4,16 +4,6 @@
 
 namespace {
 
-const QString Area = QStringLiteral("JVK");
-
-QString readValue(clsREG& registry, const QString& key, const QString& fallback) {
-  return RegSetting(registry, QStringLiteral("R"), Area, key, fallback);
-}
-
-void writeValue(clsREG& registry, const QString& key, const QString& value) {
-  RegSetting(registry, QStringLiteral("W"), Area, key, value);
-}
-
 // The six name-master keys with the member each fills.
 template <typename Names, typename F> void forEachName(Names& names, F&& f) {
   f(QStringLiteral("TBLM"), names.tableMaster);
@@ -36,26 +26,26 @@ const QStringList& HandOverForms() {
 LauncherEntry ReadLauncherEntry(clsREG& registry, int i) {
   const QString n = QString::number(i);
   LauncherEntry entry;
-  entry.caption = readValue(registry, QStringLiteral("CHILDID") + n, QString());
-  entry.program = readValue(registry, QStringLiteral("CHILDNAME") + n, QString());
+  entry.caption = ReadJvkSetting(registry, QStringLiteral("CHILDID") + n, QString());
+  entry.program = ReadJvkSetting(registry, QStringLiteral("CHILDNAME") + n, QString());
   // Text that is no number counts as 0, as the form's list reads it.
-  entry.form = readValue(registry, QStringLiteral("CHILDpara") + n, QStringLiteral("0")).trimmed().toInt();
+  entry.form = ReadJvkSetting(registry, QStringLiteral("CHILDpara") + n, QStringLiteral("0")).trimmed().toInt();
   return entry;
 }
 
 void WriteLauncherEntry(clsREG& registry, int i, const LauncherEntry& entry) {
   const QString n = QString::number(i);
-  writeValue(registry, QStringLiteral("CHILDID") + n, entry.caption);
-  writeValue(registry, QStringLiteral("CHILDNAME") + n, entry.program);
-  writeValue(registry, QStringLiteral("CHILDPARA") + n, QString::number(entry.form));
+  WriteJvkSetting(registry, QStringLiteral("CHILDID") + n, entry.caption);
+  WriteJvkSetting(registry, QStringLiteral("CHILDNAME") + n, entry.program);
+  WriteJvkSetting(registry, QStringLiteral("CHILDPARA") + n, QString::number(entry.form));
 }
 
 NameMasterNames NameMasterNames::read(clsREG& registry) {
   NameMasterNames names;
-  forEachName(names, [&](const QString& key, QString& value) { value = readValue(registry, key, value); });
+  forEachName(names, [&](const QString& key, QString& value) { value = ReadJvkSetting(registry, key, value); });
   return names;
 }
 
 void NameMasterNames::write(clsREG& registry) const {
-  forEachName(*this, [&](const QString& key, const QString& value) { writeValue(registry, key, value); });
+  forEachName(*this, [&](const QString& key, const QString& value) { WriteJvkSetting(registry, key, value); });
 }

@@ -64,3 +64,11 @@ QString RegSetting(clsREG& reg, const QString& mode, const QString& area, const 
   QString copy = value;
   return RegSetting(reg, mode, area, key, copy);
 }
+
+QString ReadJvkSetting(clsREG& registry, const QString& key, const QString& fallback) {
+  return RegSetting(registry, QStringLiteral("R"), QStringLiteral("JVK"), key, fallback);
+}
+
+void WriteJvkSetting(clsREG& registry, const QString& key, const QString& value) {
+  RegSetting(registry, QStringLiteral("W"), QStringLiteral("JVK"), key, value);
+}

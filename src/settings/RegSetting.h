@@ -12,3 +12,8 @@ class clsREG;
 QString RegSetting(clsREG& registry, const QString& mode, const QString& area, const QString& key, QString& value);
 QString RegSetting(clsREG& registry, const QString& mode, const QString& area, const QString& key,
                    const QString& value);
+
+// The program's own settings (area "JVK"): a value, or fallback when it is absent or empty; and
+// writing one.
+QString ReadJvkSetting(clsREG& registry, const QString& key, const QString& fallback);
+void WriteJvkSetting(clsREG& registry, const QString& key, const QString& value);

@@ -4,12 +4,10 @@
 #include "launcher/FDBSWEEP_Dia.h"
 #include "launcher/clsFDia.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTimer>
 
 namespace {
 
@@ -156,15 +154,7 @@ private Q_SLOTS:
     m.setSetting("PATH", m.env.db.programFolder); // not a first start
     Start start(m);
     start.load();
-    bool shown = false;
-    QTimer::singleShot(0, this, [&] {
-      QWidget* window = QApplication::activeModalWidget();
-      QVERIFY(window);
-      shown = window->objectName() == u"FDBSWEEP_Dia";
-      window->close();
-    });
-    QTest::mouseClick(start.find<QPushButton>("cmdOpt"), Qt::LeftButton);
-    QVERIFY(shown);
+    QCOMPARE(ModalOpenedBy(start.find<QPushButton>("cmdOpt")), QString("FDBSWEEP_Dia"));
   }
 };
 

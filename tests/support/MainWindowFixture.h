@@ -12,7 +12,9 @@
 #include "settings/RegSetting.h"
 #include "widgets/StatusPanel.h"
 
+#include <QApplication>
 #include <QFileInfo>
+#include <QTimer>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -66,3 +68,17 @@ struct Start {
   BDBSWEEP state;
   std::unique_ptr<FDBSWEEP> window;
 };
+
+// The name of the modal window a click on widget opens, which is closed again at once; "" when
+// none opens.
+inline QString ModalOpenedBy(QWidget* widget) {
+  QString opened;
+  QTimer::singleShot(0, widget, [&opened] {
+    if (QWidget* window = QApplication::activeModalWidget()) {
+      opened = window->objectName();
+      window->close();
+    }
+  });
+  QTest::mouseClick(widget, Qt::LeftButton);
+  return opened;
+}
