@@ -46,6 +46,24 @@ struct EngineFixture {
   }
 };
 
+// What most engine test programs share: one instance for the whole run and the SALES session on
+// it, opened by initTestCase and closed by cleanupTestCase.
+class SalesSession {
+protected:
+  void openSales() {
+    m_fx = std::make_unique<EngineFixture>();
+    m_db = m_fx->sales();
+  }
+  void closeSales() {
+    m_db.reset();
+    m_fx.reset();
+  }
+  QStringList rows(const QString& sql);
+
+  std::unique_ptr<EngineFixture> m_fx;
+  std::shared_ptr<OraDatabase> m_db;
+};
+
 // The rows of a query as text, fields joined by "|", Null shown as "<null>".
 inline QStringList rowsOf(OraDatabase& db, const QString& sql) {
   QStringList rows;
@@ -84,3 +102,5 @@ inline void killSession(OraDatabase& db, const QString& folder) {
   OraDatabase(LocalEngine::connect(folder, QStringLiteral("system"), QStringLiteral("manager")))
       .ExecuteSQL(QStringLiteral("alter system kill session '") + sessionOf(db) + u'\'');
 }
+
+inline QStringList SalesSession::rows(const QString& sql) { return rowsOf(*m_db, sql); }

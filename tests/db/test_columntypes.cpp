@@ -3,11 +3,8 @@
 // A column holds what its Oracle type holds: numbers within their precision and rounded to
 // their scale, texts within their length in bytes or characters (a CHAR padded with blanks),
 // dates. What does not fit is refused with Oracle's error and text.
-class TestColumnTypes final : public QObject {
+class TestColumnTypes final : public QObject, SalesSession {
   Q_OBJECT
-
-  std::unique_ptr<EngineFixture> m_fx;
-  std::shared_ptr<OraDatabase> m_db;
 
   int insert(const QString& column, const QString& value, QString* text = nullptr) {
     return errorOf([&] { m_db->ExecuteSQL(QStringLiteral("insert into typed (%1) values (%2)").arg(column, value)); },
@@ -19,12 +16,10 @@ class TestColumnTypes final : public QObject {
 
 private Q_SLOTS:
   void initTestCase() {
-    m_fx = std::make_unique<EngineFixture>();
-    m_db = m_fx->sales();
+    openSales();
   }
   void cleanupTestCase() {
-    m_db.reset();
-    m_fx.reset();
+    closeSales();
   }
   void init() {
     m_db->ExecuteSQL("create table typed (price number(5, 2), whole integer, hundreds number(3, -2), name "

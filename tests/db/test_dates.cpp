@@ -3,11 +3,8 @@
 // DATE arithmetic and comparisons in the embedded engine: a DATE plus or minus a number of days
 // is a DATE, the difference of two DATEs is a number of days, and DATEs compare in time order.
 // Expected values are Oracle's documented results.
-class TestDates final : public QObject {
+class TestDates final : public QObject, SalesSession {
   Q_OBJECT
-
-  std::unique_ptr<EngineFixture> m_fx;
-  std::shared_ptr<OraDatabase> m_db;
 
   // The values of "select <items> from dual", joined by "|", Null shown as "<null>".
   QString eval(const QString& items) {
@@ -23,8 +20,7 @@ class TestDates final : public QObject {
 
 private Q_SLOTS:
   void initTestCase() {
-    m_fx = std::make_unique<EngineFixture>();
-    m_db = m_fx->sales();
+    openSales();
     m_db->ExecuteSQL("create table staff (name varchar2(10), hire_date date)");
     m_db->ExecuteSQL("insert into staff values ('ANCIENT', sysdate - 3000)");
     m_db->ExecuteSQL("insert into staff values ('OLD', sysdate - 400)");
@@ -33,8 +29,7 @@ private Q_SLOTS:
     m_db->ExecuteSQL("insert into staff values ('TODAY', sysdate - 0.25)");
   }
   void cleanupTestCase() {
-    m_db.reset();
-    m_fx.reset();
+    closeSales();
   }
 
   void daysAddToADate() {

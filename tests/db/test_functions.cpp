@@ -4,11 +4,8 @@
 #include <QRegularExpression>
 
 // Oracle's SQL functions in the embedded engine; expected values are Oracle's documented results.
-class TestFunctions final : public QObject {
+class TestFunctions final : public QObject, SalesSession {
   Q_OBJECT
-
-  std::unique_ptr<EngineFixture> m_fx;
-  std::shared_ptr<OraDatabase> m_db;
 
   // The values of "select <items> from dual", joined by "|", Null shown as "<null>".
   QString eval(const QString& items) {
@@ -21,12 +18,10 @@ class TestFunctions final : public QObject {
 
 private Q_SLOTS:
   void initTestCase() {
-    m_fx = std::make_unique<EngineFixture>();
-    m_db = m_fx->sales();
+    openSales();
   }
   void cleanupTestCase() {
-    m_db.reset();
-    m_fx.reset();
+    closeSales();
   }
 
   void choicesTreatEmptyTextAsNull() {

@@ -4,11 +4,8 @@
 // converted to a number wherever it meets one (ORA-01722 when it is none), a DATE refused where
 // only numbers go and a division by zero refused. Expected values are Oracle's documented
 // results.
-class TestNumbers final : public QObject {
+class TestNumbers final : public QObject, SalesSession {
   Q_OBJECT
-
-  std::unique_ptr<EngineFixture> m_fx;
-  std::shared_ptr<OraDatabase> m_db;
 
   QString eval(const QString& items) {
     return rowsOf(*m_db, QStringLiteral("select ") + items + QStringLiteral(" from dual")).value(0);
@@ -22,16 +19,14 @@ class TestNumbers final : public QObject {
 
 private Q_SLOTS:
   void initTestCase() {
-    m_fx = std::make_unique<EngineFixture>();
-    m_db = m_fx->sales();
+    openSales();
     m_db->ExecuteSQL("create table ledger (id number(4), amount number(8, 2), code varchar2(20), at date)");
     m_db->ExecuteSQL("insert into ledger values (1, 0.1, '2024/01/31 00:00:00', date '2024-01-31')");
     m_db->ExecuteSQL("insert into ledger values (2, 0.1, '010', date '2024-02-01')");
     m_db->ExecuteSQL("insert into ledger values (3, 0.1, 'abc', null)");
   }
   void cleanupTestCase() {
-    m_db.reset();
-    m_fx.reset();
+    closeSales();
   }
 
   void arithmeticIsDecimal() {

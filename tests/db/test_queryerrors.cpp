@@ -3,29 +3,23 @@
 // Queries Oracle refuses are refused with Oracle's error, where SQLite would answer something:
 // rows mixed with groups, a query used as a value that gives several rows, an ORDER BY position
 // beyond the select list.
-class TestQueryErrors final : public QObject {
+class TestQueryErrors final : public QObject, SalesSession {
   Q_OBJECT
 
-  std::unique_ptr<EngineFixture> m_fx;
-  std::shared_ptr<OraDatabase> m_db;
-
-  QStringList rows(const QString& sql) { return rowsOf(*m_db, sql); }
   int error(const QString& sql, QString* text = nullptr) {
     return errorOf([&] { rowsOf(*m_db, sql); }, text);
   }
 
 private Q_SLOTS:
   void initTestCase() {
-    m_fx = std::make_unique<EngineFixture>();
-    m_db = m_fx->sales();
+    openSales();
     m_db->ExecuteSQL("create table staff (name varchar2(10), dept varchar2(5), salary number)");
     m_db->ExecuteSQL("insert into staff values ('ANN', 'A', 100)");
     m_db->ExecuteSQL("insert into staff values ('BOB', 'A', 300)");
     m_db->ExecuteSQL("insert into staff values ('CAT', 'B', 200)");
   }
   void cleanupTestCase() {
-    m_db.reset();
-    m_fx.reset();
+    closeSales();
   }
 
   void rowsAndGroupsDoNotMix() {

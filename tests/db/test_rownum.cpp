@@ -3,25 +3,18 @@
 // ROWNUM numbers the rows a query block produces, in the order they come and before its ORDER
 // BY sorts them: the top-N idiom over an ordered inline view, and ROWNUM in expressions and
 // aggregates.
-class TestRownum final : public QObject {
+class TestRownum final : public QObject, SalesSession {
   Q_OBJECT
-
-  std::unique_ptr<EngineFixture> m_fx;
-  std::shared_ptr<OraDatabase> m_db;
-
-  QStringList rows(const QString& sql) { return rowsOf(*m_db, sql); }
 
 private Q_SLOTS:
   void initTestCase() {
-    m_fx = std::make_unique<EngineFixture>();
-    m_db = m_fx->sales();
+    openSales();
     m_db->ExecuteSQL("create table scores (k number, name varchar2(5))");
     for (const char* row : {"3, 'c'", "1, 'a'", "5, 'e'", "2, 'b'", "4, 'd'"})
       m_db->ExecuteSQL(QString("insert into scores values (%1)").arg(row));
   }
   void cleanupTestCase() {
-    m_db.reset();
-    m_fx.reset();
+    closeSales();
   }
 
   void topNOfAnOrderedInlineView() {

@@ -6,18 +6,12 @@
 
 // A sequence gives each row of a statement one number, however often the row names NEXTVAL, and
 // is refused where Oracle refuses it.
-class TestSequences final : public QObject {
+class TestSequences final : public QObject, SalesSession {
   Q_OBJECT
-
-  std::unique_ptr<EngineFixture> m_fx;
-  std::shared_ptr<OraDatabase> m_db;
-
-  QStringList rows(const QString& sql) { return rowsOf(*m_db, sql); }
 
 private Q_SLOTS:
   void initTestCase() {
-    m_fx = std::make_unique<EngineFixture>();
-    m_db = m_fx->sales();
+    openSales();
     m_db->ExecuteSQL("create sequence ids start with 10 increment by 5");
     m_db->ExecuteSQL("create table pairs (a number, b number)");
     m_db->ExecuteSQL("create table three (n number)");
@@ -25,8 +19,7 @@ private Q_SLOTS:
       m_db->ExecuteSQL(QString("insert into three values (%1)").arg(n));
   }
   void cleanupTestCase() {
-    m_db.reset();
-    m_fx.reset();
+    closeSales();
   }
 
   void nextvalIsOneNumberARow() {

@@ -2,22 +2,17 @@
 
 #include "db/NullToValue.h"
 
-class TestStatements final : public QObject {
+class TestStatements final : public QObject, SalesSession {
   Q_OBJECT
-
-  std::unique_ptr<EngineFixture> m_fx;
-  std::shared_ptr<OraDatabase> m_db;
 
   void exec(const QString& sql) { m_db->ExecuteSQL(sql); }
   int error(const QString& sql, QString* text = nullptr) {
     return errorOf([&] { m_db->ExecuteSQL(sql); }, text);
   }
-  QStringList rows(const QString& sql) { return rowsOf(*m_db, sql); }
 
 private Q_SLOTS:
   void init() {
-    m_fx = std::make_unique<EngineFixture>();
-    m_db = m_fx->sales();
+    openSales();
     EngineFixture::run(*m_db, QStringLiteral(FIXTURES "/sales_schema.sql"));
     exec("insert into customers (cust_no, cust_name, rank_code) values (1, '山田商店', 'A')");
     exec("insert into customers (cust_no, cust_name) values (2, 'Suzuki Ltd')");
@@ -27,8 +22,7 @@ private Q_SLOTS:
     exec("insert into order_lines (order_no, line_no, item_code, qty) values (10, 2, 'X-2', 1)");
   }
   void cleanup() {
-    m_db.reset();
-    m_fx.reset();
+    closeSales();
   }
 
   void constraintsRaiseOraclesErrors() {
