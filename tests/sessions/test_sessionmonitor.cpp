@@ -1,6 +1,7 @@
 // The session monitor on an embedded instance with three sessions held by other processes:
 // the list, killing a session (answered No and Yes, and refused), the timer's rules, a tick
 // during a question, a failing refresh, and the main window's status panel that opens it.
+#include "../db/EngineFixture.h"
 #include "GridText.h"
 #include "MainWindowFixture.h"
 #include "OciDoubleFixture.h"
@@ -34,18 +35,11 @@ class TestSessionMonitor final : public QObject {
 
   // The grid row of a user's session, 0 when it is not listed.
   int rowOf(FlexGrid& grid, const QString& user) {
-    const QString sid = rowsOfSql("select sid from v$session where username = '" + user + "'").value(0);
+    const QString sid = rowsOf(*state.gDatabase, "select sid from v$session where username = '" + user + "'").value(0);
     for (int r = 1; r < grid.Rows(); ++r)
       if (!sid.isEmpty() && grid.TextMatrix(r, 1) == sid)
         return r;
     return 0;
-  }
-  QStringList rowsOfSql(const QString& sql) {
-    QStringList rows;
-    auto d = state.gDatabase->CreateDynaset(sql, 4);
-    for (qint64 n = d->RecordCount(), r = 0; r < n; ++r, d->MoveNext())
-      rows << d->Fields(0).toString();
-    return rows;
   }
   static QColor colourOf(FlexGrid& g, int row) { return g.CellBackColor(row, 3); }
   static void click(FlexGrid& g, int row) { QTest::mouseClick(g.viewport(), Qt::LeftButton, {}, cellCenter(g, row, 3)); }
@@ -81,7 +75,7 @@ private Q_SLOTS:
     QCOMPARE(window.windowTitle(), QString("セッション情報照会"));
     QCOMPARE(window.findChild<QLabel*>("lblTable")->text(), QString("SELECT SID,SERIAL#,MACHINE,PROGRAM FROM V$SESSION"));
     QCOMPARE(rowOf(g, ""), 0); // no session without a user
-    QCOMPARE(rowOfGridHeadings(g), (QStringList{"", "SID", "ｼﾙｱﾙ", "ｺﾝﾋﾟｭｰﾀ", "ﾌﾟﾛｸﾞﾗﾑ", ""}));
+    QCOMPARE(::rowOf(g, 0), (QStringList{"", "SID", "ｼﾙｱﾙ", "ｺﾝﾋﾟｭｰﾀ", "ﾌﾟﾛｸﾞﾗﾑ", ""}));
     QCOMPARE(g.Rows(), 5);
     QCOMPARE(window.findChild<QLabel*>("lblTotal")->text(), QString("TOTAL 4件"));
     QCOMPARE(column(g, 4).count("engine_session"), 3);
@@ -248,8 +242,6 @@ private Q_SLOTS:
     QCOMPARE(ModalOpenedBy(start.find<StatusPanel>("stsBar_3")), QString("FDBSWEEP_SS"));
   }
 
-private:
-  static QStringList rowOfGridHeadings(FlexGrid& g) { return ::rowOf(g, 0); }
 };
 
 QTEST_MAIN(TestSessionMonitor)
