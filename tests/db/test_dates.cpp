@@ -64,7 +64,7 @@ private Q_SLOTS:
 
   void numbersStillAddAsNumbers() {
     QCOMPARE(eval("1 + 2, 7 - 10, 2 * 3 - 1, 10 - 2 - 3, 1 - -1, 0.5 + 0.25, 9 / 2 - 1"),
-             QString("3|-3|5|5|2|0.75|3.5"));
+             QString("3|-3|5|5|2|.75|3.5"));
     // + and - bind as tightly as ||, left to right.
     QCOMPARE(eval("1 + 2 || 'x', '1' || 5 - 3 || 'z'"), QString("3x|12z"));
     QCOMPARE(error("'a' || 1 + 2"), 1722);

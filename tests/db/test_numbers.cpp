@@ -101,6 +101,23 @@ private Q_SLOTS:
     QCOMPARE(error("select count(*) from ledger where at = 'abc'"), 1858);
   }
 
+  void numberKeepsFortyDigits() {
+    const QString third = "." + QString(40, '3');
+    QCOMPARE(eval("1 / 3, 2 / 3, 10 / 3"),
+             third + "|." + QString(39, '6') + "7|3." + QString(38, '3'));
+    QCOMPARE(eval("12345678901234567890123456789012345678 + 1, -99999999999999999999 * 99999999999999999999"),
+             QString("12345678901234567890123456789012345679|-9999999999999999999800000000000000000001"));
+    QCOMPARE(eval("to_char(3 * 0.5), 9223372036854775807 + 1, 0.5, -0.25, 1e-131"),
+             QString("1.5|9223372036854775808|.5|-.25|0"));
+    QCOMPARE(eval("greatest(1 / 3, 0.3333333333333333), abs(-1 / 3), round(1 / 3, 3)"), third + "|" + third + "|.333");
+    QCOMPARE(rowsOf(*m_db, "select amount from ledger where id = 1"), QStringList({".1"}));
+    QString text;
+    QCOMPARE(error("select 1e126 from dual", &text), 1426);
+    QCOMPARE(text, QString("ORA-01426: numeric overflow"));
+    QCOMPARE(error("select 9.9e125 * 10 from dual"), 1426);
+    QCOMPARE(eval("9.9e125 * -1"), QString("-9.9E+125"));
+  }
+
   void divisionByZeroAndDatesAreRefused() {
     QString text;
     QCOMPARE(error("select 1 / 0 from dual", &text), 1476);

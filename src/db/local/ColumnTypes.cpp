@@ -4,6 +4,7 @@
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
 #include "db/local/SessionSettings.h"
+#include "db/local/SqliteNumber.h"
 #include "db/local/SqlTranslator.h"
 
 namespace ColumnTypes {
@@ -29,17 +30,9 @@ QString text(sqlite3_value* v) {
   return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(v)), sqlite3_value_bytes(v));
 }
 
-Value numberOf(sqlite3_value* v) {
-  switch (sqlite3_value_type(v)) {
-  case SQLITE_INTEGER: return Value::of(qint64(sqlite3_value_int64(v)));
-  case SQLITE_FLOAT: return Value::of(sqlite3_value_double(v));
-  default: return OracleNumber::fromText(text(v));
-  }
-}
-
 // dbsweep_fits(value, type, maximum, characters, precision, scale, owner, table, column)
 void checkNumber(sqlite3_value** argv) {
-  const Value v = numberOf(argv[0]);
+  const Value v = SqliteNumber::read(argv[0]);
   if (sqlite3_value_type(argv[4]) == SQLITE_NULL)
     return;
   const int precision = sqlite3_value_int(argv[4]);
@@ -95,11 +88,7 @@ void storedNumber(sqlite3_context* ctx, int, sqlite3_value** argv) {
       sqlite3_result_null(ctx);
       return;
     }
-    const Value v = Decimal::from(numberOf(argv[0])).rounded(sqlite3_value_int(argv[1])).value();
-    if (v.isInteger)
-      sqlite3_result_int64(ctx, v.integer);
-    else
-      sqlite3_result_double(ctx, v.real);
+    SqliteNumber::result(ctx, Decimal::from(SqliteNumber::read(argv[0])).rounded(sqlite3_value_int(argv[1])).value());
   } catch (const OraError& e) {
     sqlite3_result_error(ctx, e.what(), -1);
   }

@@ -3,6 +3,7 @@
 #include "db/OraError.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
+#include "db/local/SqliteNumber.h"
 
 #include <optional>
 
@@ -30,18 +31,13 @@ Total* totalOf(sqlite3_context* ctx, bool create) {
 
 // The value of an argument as a number, NULL ('' too) being none.
 std::optional<Value> numberOf(sqlite3_value* v) {
-  switch (sqlite3_value_type(v)) {
-  case SQLITE_NULL: return std::nullopt;
-  case SQLITE_INTEGER: return Value::of(qint64(sqlite3_value_int64(v)));
-  case SQLITE_FLOAT: return Value::of(sqlite3_value_double(v));
-  default: break;
-  }
-  const QString text = QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(v)), sqlite3_value_bytes(v));
-  if (text.isEmpty())
+  const int type = sqlite3_value_type(v);
+  if (type == SQLITE_NULL || (type == SQLITE_TEXT && sqlite3_value_bytes(v) == 0))
     return std::nullopt;
-  if (OracleDateTime::parseStored(text))
+  if (type == SQLITE_TEXT &&
+      OracleDateTime::parseStored(QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(v)))))
     throw OraError(932, QStringLiteral("inconsistent datatypes: expected NUMBER got DATE"));
-  return OracleNumber::fromText(text);
+  return SqliteNumber::read(v);
 }
 
 template <int Sign> void add(sqlite3_context* ctx, int, sqlite3_value** argv) {
@@ -60,12 +56,6 @@ template <int Sign> void add(sqlite3_context* ctx, int, sqlite3_value** argv) {
   }
 }
 
-void result(sqlite3_context* ctx, const Value& v) {
-  if (v.isInteger)
-    sqlite3_result_int64(ctx, v.integer);
-  else
-    sqlite3_result_double(ctx, v.real);
-}
 
 template <bool Average> void current(sqlite3_context* ctx) {
   const Total* total = totalOf(ctx, false);
@@ -73,7 +63,7 @@ template <bool Average> void current(sqlite3_context* ctx) {
     return sqlite3_result_null(ctx);
   try {
     const Value sum = total->sum.value();
-    result(ctx, Average ? OracleNumber::divide(sum, Value::of(total->count)) : sum);
+    SqliteNumber::result(ctx, Average ? OracleNumber::divide(sum, Value::of(total->count)) : sum);
   } catch (const OraError& e) {
     sqlite3_result_error(ctx, e.what(), -1);
   }

@@ -1,138 +1,24 @@
 #include "db/local/OracleFunctions.h"
 
-#include "db/OraError.h"
+#include "db/local/FunctionCall.h"
 #include "db/local/OracleDate.h"
-#include "db/local/OracleDateTime.h"
-#include "db/local/OracleNumber.h"
-#include "db/local/SessionSettings.h"
 
 #include <QDateTime>
 #include <QHash>
 
 #include <chrono>
 #include <cmath>
-#include <limits>
 
 namespace {
 
+using FunctionCall::Call;
+using FunctionCall::Chars;
+using FunctionCall::entry;
+using FunctionCall::fromChars;
+using FunctionCall::Function;
 using OracleDateTime::DateTime;
 using OracleNumber::Decimal;
 using OracleNumber::Value;
-
-// Positions and lengths count characters, not UTF-16 units: a character beyond the BMP is one.
-using Chars = QList<uint>;
-
-QString fromChars(const uint* begin, qsizetype count) {
-  return QString::fromUcs4(reinterpret_cast<const char32_t*>(begin), count);
-}
-
-int compare(const Value& a, const Value& b) {
-  if (a.isInteger && b.isInteger)
-    return a.integer < b.integer ? -1 : a.integer > b.integer ? 1 : 0;
-  const double x = a.toDouble();
-  const double y = b.toDouble();
-  return x < y ? -1 : x > y ? 1 : 0;
-}
-
-// The arguments of one call, converted as Oracle converts implicitly, and its result.
-class Call final {
-public:
-  Call(sqlite3_context* ctx, int argc, sqlite3_value** argv) : m_ctx(ctx), m_argc(argc), m_argv(argv) {}
-
-  int count() const { return m_argc; }
-  // '' is NULL to Oracle.
-  bool isNull(int i) const {
-    const int type = sqlite3_value_type(m_argv[i]);
-    return type == SQLITE_NULL || (type == SQLITE_TEXT && sqlite3_value_bytes(m_argv[i]) == 0);
-  }
-  bool anyNull() const {
-    for (int i = 0; i < m_argc; ++i)
-      if (isNull(i))
-        return true;
-    return false;
-  }
-  bool isNumber(int i) const {
-    const int type = sqlite3_value_type(m_argv[i]);
-    return type == SQLITE_INTEGER || type == SQLITE_FLOAT;
-  }
-
-  QByteArray utf8(int i) const {
-    if (isNumber(i))
-      return OracleNumber::toText(number(i)).toUtf8();
-    const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(m_argv[i]));
-    return QByteArray(text, sqlite3_value_bytes(m_argv[i]));
-  }
-  // A number as TO_CHAR prints it.
-  QString text(int i) const { return QString::fromUtf8(utf8(i)); }
-  Chars chars(int i) const { return text(i).toUcs4(); }
-
-  Value number(int i) const {
-    switch (sqlite3_value_type(m_argv[i])) {
-    case SQLITE_INTEGER: return Value::of(qint64(sqlite3_value_int64(m_argv[i])));
-    case SQLITE_FLOAT: return Value::of(sqlite3_value_double(m_argv[i]));
-    default: return OracleNumber::fromText(text(i));
-    }
-  }
-  // Oracle truncates the fraction of a position, length or count.
-  qint64 integer(int i) const {
-    const Value v = number(i);
-    if (v.isInteger)
-      return v.integer;
-    return qint64(std::clamp(std::trunc(v.real), -9.0e18, 9.0e18));
-  }
-
-  std::optional<DateTime> storedDate(int i) const {
-    if (sqlite3_value_type(m_argv[i]) != SQLITE_TEXT)
-      return std::nullopt;
-    return OracleDateTime::parseStored(text(i));
-  }
-  DateTime date(int i) const {
-    if (isNumber(i))
-      throw OraError(932, QStringLiteral("inconsistent datatypes: expected DATE got NUMBER"));
-    return session().date(text(i));
-  }
-  const SessionSettings& session() const {
-    static const SessionSettings defaults;
-    const auto* settings = static_cast<const SessionSettings*>(sqlite3_user_data(m_ctx));
-    return settings ? *settings : defaults;
-  }
-
-  void setNull() { sqlite3_result_null(m_ctx); }
-  void set(const QString& text) {
-    if (text.isEmpty())
-      return setNull();
-    const QByteArray utf8 = text.toUtf8();
-    sqlite3_result_text(m_ctx, utf8.constData(), int(utf8.size()), SQLITE_TRANSIENT);
-  }
-  void set(const Value& v) {
-    if (v.isInteger)
-      sqlite3_result_int64(m_ctx, v.integer);
-    else
-      sqlite3_result_double(m_ctx, v.real);
-  }
-  void set(const DateTime& d) { set(OracleDateTime::stored(d)); }
-
-  void setArgument(int i) {
-    if (isNull(i))
-      setNull();
-    else
-      sqlite3_result_value(m_ctx, m_argv[i]);
-  }
-  // Argument i in the type of argument model, as DECODE, GREATEST and LEAST return it.
-  void setArgumentAs(int i, int model) {
-    if (isNull(i))
-      setNull();
-    else if (isNumber(model))
-      set(number(i));
-    else
-      set(text(i));
-  }
-
-private:
-  sqlite3_context* m_ctx;
-  int m_argc;
-  sqlite3_value** m_argv;
-};
 
 OraError wrongArgumentCount() { return OraError(909, QStringLiteral("invalid number of arguments")); }
 
@@ -153,7 +39,7 @@ void decode(Call& c) {
     } else if (numeric) {
       if (!number)
         number = c.number(0);
-      match = compare(*number, c.number(k)) == 0;
+      match = OracleNumber::compare(*number, c.number(k)) == 0;
     } else {
       if (!text)
         text = c.utf8(0);
@@ -486,9 +372,7 @@ void abs(Call& c) {
   if (c.isNull(0))
     return c.setNull();
   const Value v = c.number(0);
-  if (v.isInteger && v.integer != std::numeric_limits<qint64>::min())
-    return c.set(Value::of(v.integer < 0 ? -v.integer : v.integer));
-  c.set(Value::of(std::fabs(v.toDouble())));
+  c.set(v.isNegative() ? OracleNumber::negate(v) : v);
 }
 
 // In the type of the first argument: numbers compare as numbers, anything else as text.
@@ -502,7 +386,7 @@ template <int Sign> void extreme(Call& c) {
     Value top = c.number(0);
     for (int i = 1; i < c.count(); ++i) {
       const Value v = c.number(i);
-      if (compare(v, top) * Sign > 0) {
+      if (OracleNumber::compare(v, top) * Sign > 0) {
         top = v;
         best = i;
       }
@@ -542,22 +426,6 @@ void systimestamp(Call& c) {
   c.set(now.toString(QStringLiteral("yyyy/MM/dd HH:mm:ss.")) +
         QString::number(micros % 1000000).rightJustified(6, u'0'));
 }
-
-template <void (*F)(Call&)> void entry(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
-  try {
-    Call call(ctx, argc, argv);
-    F(call);
-  } catch (const OraError& e) {
-    sqlite3_result_error(ctx, e.what(), -1);
-  }
-}
-
-struct Function {
-  const char* name;
-  int args; // -1: any number, checked by the function
-  void (*call)(sqlite3_context*, int, sqlite3_value**);
-  bool deterministic = true;
-};
 
 } // namespace
 
@@ -617,10 +485,7 @@ void registerAll(sqlite3* db, const SessionSettings* settings) {
       {"dbsweep_sysdate", 0, entry<sysdate>, false},
       {"dbsweep_rownum", 2, entry<rownum>, false},
   };
-  for (const Function& f : functions)
-    sqlite3_create_function_v2(db, f.name, f.args,
-                               SQLITE_UTF8 | (f.deterministic ? SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS : 0),
-                               const_cast<SessionSettings*>(settings), f.call, nullptr, nullptr, nullptr);
+  FunctionCall::registerAll(db, settings, functions);
 }
 
 } // namespace OracleFunctions

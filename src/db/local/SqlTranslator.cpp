@@ -4,11 +4,13 @@
 #include "db/local/CompoundCheck.h"
 #include "db/local/GroupingCheck.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/OracleNumber.h"
 #include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
 
 #include <QSet>
 
+#include <algorithm>
 #include <optional>
 
 namespace {
@@ -36,6 +38,17 @@ QString functionName(const QString& upper) {
   if (upper == u"NVL")
     return QStringLiteral("COALESCE");
   return upper;
+}
+
+// A number literal as SQLite reads it: its own text where an integer or a double holds it, the
+// exact text otherwise (a wide NUMBER); ORA-01426 beyond NUMBER's range, zero below it.
+QString numberLiteral(const QString& text) {
+  if (text.size() <= 18 && std::all_of(text.begin(), text.end(), [](QChar c) { return c.isDigit(); }))
+    return text;
+  const OracleNumber::Value v = OracleNumber::fromText(text);
+  if (v.isWide())
+    return SqlTranslator::quoteText(QString::fromLatin1(v.wide));
+  return v.isInteger ? QString::number(v.integer) : text;
 }
 
 bool isPseudoSequence(const SqlToken& t) {
@@ -705,8 +718,9 @@ QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t
       text = QStringLiteral("TO_NUMBER(%1)").arg(text);
     if (!negative)
       return text;
-    return e == b + 1 && t[b].kind == SqlToken::Kind::Number ? u'-' + text
-                                                             : QStringLiteral("dbsweep_negate(%1)").arg(text);
+    return e == b + 1 && t[b].kind == SqlToken::Kind::Number && !text.startsWith(u'\'')
+               ? u'-' + text
+               : QStringLiteral("dbsweep_negate(%1)").arg(text);
   };
   size_t k = afterPrimary(t, afterSigns(t, begin, end), end);
   QString out = factor(begin, k, numeric || k < end);
@@ -726,7 +740,7 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
   const auto next = [&](size_t k) -> const SqlToken& { return i + k < end ? t[i + k] : t.back(); };
   switch (tok.kind) {
   case SqlToken::Kind::String: ++i; return tok.text.isEmpty() ? QStringLiteral("NULL") : quoteText(tok.text);
-  case SqlToken::Kind::Number: ++i; return tok.text;
+  case SqlToken::Kind::Number: ++i; return numberLiteral(tok.text);
   case SqlToken::Kind::Bind: throw OraError(1008, QStringLiteral("not all variables bound"));
   case SqlToken::Kind::Symbol:
     ++i;
