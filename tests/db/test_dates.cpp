@@ -80,10 +80,6 @@ private Q_SLOTS:
     // Text is a number in arithmetic, even text in the form of a date.
     QCOMPARE(error("'2024/01/31' + 1"), 1722);
     QCOMPARE(eval("to_date('2024/01/31', 'YYYY/MM/DD') - '1', '5' + 3"), QString("2024/01/30|8"));
-    // Interval and timestamp literals are not available; they fail rather than compute a wrong value.
-    QCOMPARE(error("sysdate - interval '1' day", &text), 3001);
-    QCOMPARE(text, QString("ORA-03001: unimplemented feature"));
-    QCOMPARE(error("timestamp '2024-01-31 10:00:00' + 1"), 3001);
     QCOMPARE(error("to_date('9999/12/31', 'YYYY/MM/DD') + 1"), 1841);
     QCOMPARE(error("to_date('0001/01/01', 'YYYY/MM/DD') - 1"), 1841);
   }
@@ -120,6 +116,44 @@ private Q_SLOTS:
     QCOMPARE(error("extract(hour from " + d + ")", &text), 30076);
     QCOMPARE(text, QString("ORA-30076: invalid extract field for extract source"));
     QCOMPARE(error("extract(minute from sysdate)"), 30076);
+  }
+
+  void timestampsAndIntervals() {
+    QCOMPARE(eval("timestamp '2024-01-31 10:00:00.5', to_timestamp('10-Sep-02 14:10:10.123000', "
+                  "'DD-Mon-RR HH24:MI:SS.FF')"),
+             QString("2024/01/31 10:00:00.500000000|2002/09/10 14:10:10.123000000"));
+    QCOMPARE(eval("interval '2' day, interval '1-6' year to month, interval '0 10:00:00' day to second"),
+             QString("+02 00:00:00|+01-06|+00 10:00:00.000000"));
+    QCOMPARE(eval("interval '123-2' year(3) to month, interval '300' month(3), interval '4 5:12:10.222' day to "
+                  "second(3), interval '30.12345' second(2, 4)"),
+             QString("+123-02|+25-00|+04 05:12:10.222|+00 00:00:30.1235"));
+    QString text;
+    QCOMPARE(error("interval '123' year", &text), 1873);
+    QCOMPARE(text, QString("ORA-01873: the leading precision of the interval is too small"));
+    QCOMPARE(error("interval '1 25' day to hour"), 1850);
+    QCOMPARE(eval("numtodsinterval(100, 'MINUTE'), numtoyminterval(30, 'month')"),
+             QString("+000000000 01:40:00.000000000|+000000002-06"));
+    // A moment moved by an interval keeps its type; two moments give an INTERVAL DAY TO SECOND.
+    const QString t = "timestamp '2024-01-31 10:00:00.5'";
+    QCOMPARE(eval(t + " + interval '0 10:00:00' day to second, " + t + " - interval '1' year, timestamp '2024-01-31 10:00:00' + 1"),
+             QString("2024/01/31 20:00:00.500000000|2023/01/31 10:00:00.500000000|2024/02/01 10:00:00"));
+    QCOMPARE(eval("date '2024-01-15' + interval '1-6' year to month, date '2024-01-15' - interval '36' hour"),
+             QString("2025/07/15|2024/01/13 12:00:00"));
+    QCOMPARE(eval("timestamp '2024-01-02 00:00:00' - timestamp '2024-01-01 00:00:00', date '2024-01-01' - " + t),
+             QString("+000000001 00:00:00.000000000|-000000030 10:00:00.500000000"));
+    // SYSTIMESTAMP is one moment for the whole statement.
+    QCOMPARE(eval("systimestamp - systimestamp, extract(hour from interval '1' day - interval '2' hour)"),
+             QString("+000000000 00:00:00.000000|22"));
+    QCOMPARE(eval("extract(second from " + t + "), extract(hour from " + t + "), extract(day from interval '4 "
+                  "5:12:10' day to second), extract(hour from interval '1' hour * 3)"),
+             QString(".5|10|4|3"));
+    QCOMPARE(eval("to_char(" + t + ", 'HH24:MI:SS.FF3'), trunc(" + t + "), length(to_char(systimestamp, 'FF'))"),
+             QString("10:00:00.500|2024/01/31|6"));
+    QCOMPARE(error("date '2024-01-31' + interval '1' month", &text), 1839);
+    QCOMPARE(text, QString("ORA-01839: date not valid for month specified"));
+    QCOMPARE(error("1 + interval '1' day", &text), 30081);
+    QCOMPARE(text, QString("ORA-30081: invalid data type for datetime/interval arithmetic"));
+    QCOMPARE(error("interval '1' day + interval '1' month"), 30081);
   }
 
   void theSessionsDateFormatReadsAndWritesDates() {

@@ -3,6 +3,7 @@
 #include "db/OraError.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
+#include "db/local/OracleTimestamp.h"
 #include "db/local/SessionSettings.h"
 #include "db/local/SqliteNumber.h"
 
@@ -72,6 +73,22 @@ public:
     if (sqlite3_value_type(m_argv[i]) != SQLITE_TEXT)
       return std::nullopt;
     return OracleDateTime::parseStored(text(i));
+  }
+  std::optional<OracleTimestamp::Timestamp> storedTimestamp(int i) const {
+    if (sqlite3_value_type(m_argv[i]) != SQLITE_TEXT)
+      return std::nullopt;
+    const auto v = OracleTimestamp::read(text(i));
+    if (!v || !std::holds_alternative<OracleTimestamp::Timestamp>(*v))
+      return std::nullopt;
+    return std::get<OracleTimestamp::Timestamp>(*v);
+  }
+  // A DATE, or a TIMESTAMP where a DATE is wanted, as TRUNC and ROUND take one.
+  std::optional<DateTime> storedDateOrTimestamp(int i) const {
+    if (const auto d = storedDate(i))
+      return d;
+    if (const auto t = storedTimestamp(i))
+      return OracleTimestamp::toDate(*t);
+    return std::nullopt;
   }
   DateTime date(int i) const {
     if (isNumber(i))

@@ -14,6 +14,7 @@ namespace OracleDateTime {
 struct DateTime {
   QDate date;
   int seconds = 0; // since midnight
+  int nanos = 0;   // into the second: a TIMESTAMP's fraction, which a DATE has not
 };
 
 // The session's date format, in which the stored form is written.
@@ -26,8 +27,9 @@ QString stored(const DateTime& d);
 QString defaultText(const DateTime& d);
 
 // TO_CHAR(date, model) and TO_DATE(text, model). Elements left out of the text take Oracle's
-// defaults: the current year and month of today, the first day, midnight.
-QString format(const DateTime& d, QStringView model);
+// defaults: the current year and month of today, the first day, midnight. FF without its digits
+// prints fraction digits of the second.
+QString format(const DateTime& d, QStringView model, int fraction = 9);
 DateTime parse(QStringView text, QStringView model, QDate today);
 
 // TRUNC and ROUND of a date to a unit such as 'DD', 'MM', 'YYYY', 'HH24'.

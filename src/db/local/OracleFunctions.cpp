@@ -1,12 +1,11 @@
 #include "db/local/OracleFunctions.h"
 
+#include "db/local/DatetimeFunctions.h"
 #include "db/local/FunctionCall.h"
 #include "db/local/OracleDate.h"
 
-#include <QDateTime>
 #include <QHash>
 
-#include <chrono>
 #include <cmath>
 
 namespace {
@@ -192,6 +191,8 @@ void toChar(Call& c) {
     return c.set(model ? OracleNumber::format(c.number(0), c.text(1)) : OracleNumber::toText(c.number(0)));
   if (const auto d = c.storedDate(0))
     return c.set(model ? OracleDateTime::format(*d, c.text(1)) : c.session().dateText(*d));
+  if (const auto t = c.storedTimestamp(0))
+    return c.set(model ? OracleDateTime::format(t->at, c.text(1), t->precision) : c.text(0));
   c.set(model ? OracleNumber::format(c.number(0), c.text(1)) : c.text(0));
 }
 
@@ -229,7 +230,7 @@ void toNumber(Call& c) {
 template <bool Round> void truncOrRound(Call& c) {
   if (c.anyNull())
     return c.setNull();
-  if (const auto d = c.storedDate(0)) {
+  if (const auto d = c.storedDateOrTimestamp(0)) {
     const QString unit = c.count() == 2 ? c.text(1) : QStringLiteral("DD");
     return c.set(Round ? OracleDateTime::round(*d, unit) : OracleDateTime::truncate(*d, unit));
   }
@@ -250,81 +251,10 @@ void monthsBetween(Call& c) {
   c.set(Decimal::from(Value::of(OracleDateTime::monthsBetween(c.date(0), c.date(1)))).value());
 }
 
-// EXTRACT of a DATE: its year, month or day. A DATE has a time but, to EXTRACT, no hour,
-// minute or second: those are for timestamps (ORA-30076).
-void extract(Call& c) {
-  if (c.isNull(1))
-    return c.setNull();
-  const QString field = c.text(0);
-  const DateTime d = c.date(1);
-  if (field == u"YEAR")
-    return c.set(Value::of(qint64(d.date.year())));
-  if (field == u"MONTH")
-    return c.set(Value::of(qint64(d.date.month())));
-  if (field == u"DAY")
-    return c.set(Value::of(qint64(d.date.day())));
-  throw OraError(30076, QStringLiteral("invalid extract field for extract source"));
-}
-
 void lastDay(Call& c) {
   if (c.isNull(0))
     return c.setNull();
   c.set(OracleDateTime::lastDay(c.date(0)));
-}
-
-// Oracle's arithmetic, which the translator turns into calls of these: a DATE (a text in its
-// stored form) moves by a number of days, two DATEs subtract to the days between them, and
-// numbers compute in decimal; a text other than a number is ORA-01722 as in Oracle.
-OraError dateNotNumber() { return OraError(932, QStringLiteral("inconsistent datatypes: expected NUMBER got DATE")); }
-
-void plus(Call& c) {
-  if (c.anyNull())
-    return c.setNull();
-  const auto a = c.storedDate(0);
-  const auto b = c.storedDate(1);
-  if (a && b)
-    throw OraError(975, QStringLiteral("date + date not allowed"));
-  if (a)
-    return c.set(OracleDateTime::addDays(*a, c.number(1).toDouble()));
-  if (b)
-    return c.set(OracleDateTime::addDays(*b, c.number(0).toDouble()));
-  c.set(OracleNumber::add(c.number(0), c.number(1)));
-}
-
-void minus(Call& c) {
-  if (c.anyNull())
-    return c.setNull();
-  const auto a = c.storedDate(0);
-  const auto b = c.storedDate(1);
-  if (a && b) {
-    const qint64 seconds = OracleDateTime::secondsBetween(*b, *a);
-    constexpr qint64 day = 86400;
-    return c.set(seconds % day == 0 ? Value::of(seconds / day) : Value::of(double(seconds) / day));
-  }
-  if (a)
-    return c.set(OracleDateTime::addDays(*a, -c.number(1).toDouble()));
-  if (b)
-    throw dateNotNumber();
-  c.set(OracleNumber::add(c.number(0), OracleNumber::negate(c.number(1))));
-}
-
-// Numbers only: a DATE has no product, quotient or sign.
-Value numberOperand(Call& c, int i) {
-  if (c.storedDate(i))
-    throw dateNotNumber();
-  return c.number(i);
-}
-
-template <Value (*Operation)(const Value&, const Value&)> void numeric(Call& c) {
-  if (c.anyNull())
-    return c.setNull();
-  c.set(Operation(numberOperand(c, 0), numberOperand(c, 1)));
-}
-
-void negate(Call& c) {
-  if (c.isNull(0))
-    return c.setNull();
-  c.set(OracleNumber::negate(numberOperand(c, 0)));
 }
 
 // A text literal compared with a value takes the value's kind, as Oracle converts the text side
@@ -418,15 +348,6 @@ void rownum(Call& c) {
   c.set(Value::of(++counts[c.integer(1)]));
 }
 
-void systimestamp(Call& c) {
-  const qint64 micros =
-      std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch())
-          .count();
-  const QDateTime now = QDateTime::fromMSecsSinceEpoch(micros / 1000);
-  c.set(now.toString(QStringLiteral("yyyy/MM/dd HH:mm:ss.")) +
-        QString::number(micros % 1000000).rightJustified(6, u'0'));
-}
-
 } // namespace
 
 namespace OracleFunctions {
@@ -469,23 +390,17 @@ void registerAll(sqlite3* db, const SessionSettings* settings) {
       {"ADD_MONTHS", 2, entry<addMonths>},
       {"MONTHS_BETWEEN", 2, entry<monthsBetween>},
       {"LAST_DAY", 1, entry<lastDay>},
-      {"dbsweep_extract", 2, entry<extract>},
       {"MOD", 2, entry<mod>},
       {"ABS", 1, entry<abs>},
-      {"dbsweep_plus", 2, entry<plus>},
-      {"dbsweep_minus", 2, entry<minus>},
-      {"dbsweep_times", 2, entry<numeric<OracleNumber::multiply>>},
-      {"dbsweep_divide", 2, entry<numeric<OracleNumber::divide>>},
-      {"dbsweep_negate", 1, entry<negate>},
       {"dbsweep_compared", 2, entry<compared>},
       {"dbsweep_single_row", 2, entry<singleRow>},
       {"GREATEST", -1, entry<extreme<1>>},
       {"LEAST", -1, entry<extreme<-1>>},
-      {"SYSTIMESTAMP", 0, entry<systimestamp>, false},
       {"dbsweep_sysdate", 0, entry<sysdate>, false},
       {"dbsweep_rownum", 2, entry<rownum>, false},
   };
   FunctionCall::registerAll(db, settings, functions);
+  DatetimeFunctions::registerAll(db, settings);
 }
 
 } // namespace OracleFunctions

@@ -256,6 +256,26 @@ std::optional<Value> parse(QStringView text) {
   return Decimal::read(ascii).value();
 }
 
+QString toText(const Value& v) {
+  if (v.isInteger)
+    return QString::number(v.integer);
+  // The common case without building the digits one by one: a double's shortest plain text,
+  // without the zero Oracle leaves out before the point.
+  const double magnitude = std::fabs(v.real);
+  if (!v.isWide() && magnitude >= 1e-30 && magnitude < 1e30) {
+    char buf[80];
+    const char* end = std::to_chars(buf, buf + sizeof buf, v.real, std::chars_format::fixed).ptr;
+    char* begin = buf;
+    if (magnitude < 1) { // "0.5" or "-0.5": the sign, if any, moves onto the zero
+      ++begin;
+      if (v.real < 0)
+        *begin = '-';
+    }
+    return QString::fromLatin1(begin, end - begin);
+  }
+  return Decimal::from(v).text();
+}
+
 Value fromText(QStringView text) {
   const auto v = parse(text);
   if (!v)

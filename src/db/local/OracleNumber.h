@@ -82,7 +82,8 @@ private:
 std::optional<Value> parse(QStringView text);
 // As parse, raising ORA-01722 for text that is no number.
 Value fromText(QStringView text);
-inline QString toText(const Value& v) { return Decimal::from(v).text(); }
+// As TO_CHAR prints a number without a format model.
+QString toText(const Value& v);
 
 // Oracle's arithmetic on NUMBER, in decimal where SQLite's doubles are binary: 0.1 + 0.2 is 0.3
 // and 0.3 / 0.1 is 3. A division by zero is ORA-01476.

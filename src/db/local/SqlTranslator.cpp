@@ -3,10 +3,10 @@
 #include "db/OraError.h"
 #include "db/local/CompoundCheck.h"
 #include "db/local/GroupingCheck.h"
-#include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
 #include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
+#include "db/local/TypedLiterals.h"
 
 #include <QSet>
 
@@ -93,10 +93,8 @@ size_t afterPrimary(const std::vector<SqlToken>& t, size_t i, size_t end) {
     return i + 1;
   if (a.is(u"(") || a.is(u"CASE"))
     return afterGroup(t, i, end);
-  // A typed literal: DATE '...', also those the translation refuses.
-  if ((a.is(u"DATE") || a.is(u"TIMESTAMP") || a.is(u"INTERVAL")) && i + 1 < end &&
-      t[i + 1].kind == SqlToken::Kind::String)
-    return i + 2;
+  if (const auto literal = TypedLiterals::end(t, i, end))
+    return *literal;
   if (a.kind != SqlToken::Kind::Quoted && (a.kind != SqlToken::Kind::Word || keywords().contains(a.upper())))
     return NoEnd;
   size_t k = i + 1;
@@ -804,17 +802,14 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return upper;
     if (upper == u"SYSDATE")
       return QStringLiteral("dbsweep_sysdate()");
-    // Literals of the types a DATE has no place for are refused rather than misread.
-    if ((upper == u"INTERVAL" || upper == u"TIMESTAMP") && next(0).kind == SqlToken::Kind::String)
-      throw OraError(3001, QStringLiteral("unimplemented feature"));
-    // DATE 'YYYY-MM-DD', the ANSI literal, is a DATE at midnight in the stored form.
-    if (upper == u"DATE" && next(0).kind == SqlToken::Kind::String) {
-      ++i;
-      return quoteText(
-          OracleDateTime::stored(OracleDateTime::parse(t[i - 1].text, u"YYYY-MM-DD", QDate::currentDate())));
+    // DATE, TIMESTAMP and INTERVAL literals become the stored text of their value.
+    if (const auto literal = TypedLiterals::read(t, i - 1, end)) {
+      i = literal->end;
+      return quoteText(literal->value);
     }
+    // One moment for the whole statement, as Oracle takes it.
     if (upper == u"SYSTIMESTAMP")
-      return QStringLiteral("SYSTIMESTAMP()");
+      return QStringLiteral("dbsweep_systimestamp(%1)").arg(m_statement);
     if (upper == u"USER")
       return quoteText(m_context.user);
     // ROWNUM outside a limiting condition numbers the rows as they come; inside an aggregate,
