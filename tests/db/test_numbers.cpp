@@ -56,8 +56,17 @@ private Q_SLOTS:
     QCOMPARE(text, QString("ORA-01722: invalid number"));
     for (const char* items : {"'x' * 2", "2 / 'x'", "-'x'", "'2024/01/31' * 2", "1 + 'x' * 0"})
       QCOMPARE(error(QString("select %1 from dual").arg(items)), 1722);
-    // A character column is text, even where it reads as a date.
+    // A character column or function is text, even where it reads as a date.
     QCOMPARE(error("select code + 1 from ledger where id = 1"), 1722);
+    QCOMPARE(error("select substr(code, 1, 10) - 1 from ledger where id = 1"), 1722);
+    QCOMPARE(error("select sum(code) from ledger where id = 1"), 1722);
+    QCOMPARE(rowsOf(*m_db, "select sum(distinct code), avg(code) over () from ledger where id = 2"),
+             QStringList({"10|10"}));
+    // A DATE compared with a number is no conversion but an error, also as an expression.
+    QCOMPARE(error("select count(*) from ledger where at > 5", &text), 932);
+    QCOMPARE(text, QString("ORA-00932: inconsistent datatypes: expected DATE got NUMBER"));
+    QCOMPARE(error("select count(*) from ledger where at + 1 = 5"), 932);
+    QCOMPARE(error("select count(*) from dual where 1 = systimestamp"), 932);
     QCOMPARE(error("select code - 1 from ledger where id = 1"), 1722);
     QCOMPARE(rowsOf(*m_db, "select code + 1, code * 2 from ledger where id = 2"), QStringList({"11|20"}));
   }
@@ -71,6 +80,10 @@ private Q_SLOTS:
     QCOMPARE(count("amount = '.1'"), QString("3"));
     QCOMPARE(count("length(code) = '3'"), QString("2"));
     QCOMPARE(count("code = '010'"), QString("1")); // text with text stays text
+    // A view's computed column has no declared type: the literal takes the kind of its values.
+    m_db->ExecuteSQL("create view ledger_view as select id * 1 n, code || '' c from ledger");
+    QCOMPARE(rowsOf(*m_db, "select count(*) from ledger_view where n = '2' or '1.0' = n or c = '010'"),
+             QStringList({"2"}));
     QString text;
     QCOMPARE(error("select count(*) from ledger where id = 'abc'", &text), 1722);
     QCOMPARE(text, QString("ORA-01722: invalid number"));

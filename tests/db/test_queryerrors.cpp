@@ -43,6 +43,13 @@ private Q_SLOTS:
     QCOMPARE(rows("select name, count(*) over () from staff where dept = 'B'"), QStringList({"CAT|1"}));
     QCOMPARE(rows("select count(*) from (select dept from staff group by dept)"), QStringList({"2"}));
     QCOMPARE(rows("select dept from staff group by dept having count(*) > 1"), QStringList({"A"}));
+    // HAVING and ORDER BY see the groups too; an ORDER BY alias or position stands for its item.
+    QCOMPARE(error("select dept from staff group by dept having salary > 100"), 979);
+    QCOMPARE(error("select dept, count(*) from staff group by dept order by name"), 979);
+    QCOMPARE(error("select count(*) from staff order by salary desc"), 937);
+    QCOMPARE(rows("select dept d, sum(salary) total from staff group by dept having max(salary) > 250 order by "
+                  "total desc, d, 2 nulls last"),
+             QStringList({"A|400"}));
   }
 
   void aQueryUsedAsAValueGivesOneRow() {

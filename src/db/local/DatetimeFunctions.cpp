@@ -29,10 +29,13 @@ std::optional<Temporal> temporalOf(const Call& c, int i) {
   return std::nullopt;
 }
 
-OraError notNumber(const Temporal& t) {
+QLatin1StringView typeName(const Temporal& t) {
   static const char* names[] = {"DATE", "TIMESTAMP", "INTERVAL DAY TO SECOND", "INTERVAL YEAR TO MONTH"};
-  return OraError(932, QStringLiteral("inconsistent datatypes: expected NUMBER got %1")
-                           .arg(QLatin1StringView(names[t.index()])));
+  return QLatin1StringView(names[t.index()]);
+}
+
+OraError notNumber(const Temporal& t) {
+  return OraError(932, QStringLiteral("inconsistent datatypes: expected NUMBER got %1").arg(typeName(t)));
 }
 
 void set(Call& c, const Temporal& t) {
@@ -212,6 +215,18 @@ void extract(Call& c) {
   throw invalid();
 }
 
+// dbsweep_as_number(value): the side of a comparison with a number literal, which converts a
+// text and refuses a DATE, TIMESTAMP or interval.
+void asNumber(Call& c) {
+  if (c.isNull(0))
+    return c.setNull();
+  if (c.isNumber(0))
+    return c.setArgument(0);
+  if (const auto t = temporalOf(c, 0))
+    throw OraError(932, QStringLiteral("inconsistent datatypes: expected %1 got NUMBER").arg(typeName(*t)));
+  c.set(c.number(0));
+}
+
 // TO_TIMESTAMP(text [, model]): without a model, in the form the session prints timestamps.
 void toTimestamp(Call& c) {
   if (c.anyNull())
@@ -255,6 +270,7 @@ void registerAll(sqlite3* db, const SessionSettings* settings) {
       {"dbsweep_divide", 2, entry<product<true>>},
       {"dbsweep_negate", 1, entry<negate>},
       {"dbsweep_extract", 2, entry<extract>},
+      {"dbsweep_as_number", 1, entry<asNumber>},
       {"TO_TIMESTAMP", 1, entry<toTimestamp>},
       {"TO_TIMESTAMP", 2, entry<toTimestamp>},
       {"NUMTODSINTERVAL", 2, entry<numToDsInterval>},

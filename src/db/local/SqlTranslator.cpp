@@ -479,7 +479,8 @@ QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t
 // and a NUMBER column compared with 'x' is ORA-01722, where SQLite holds a number and a text
 // unequal. A text literal compared with a column is converted as the column's declared type
 // says, which keeps the column's index usable; compared with any other expression it takes the
-// kind of that expression's value.
+// kind of that expression's value. A number literal makes the other side a number, which a DATE
+// refuses (ORA-00932).
 std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t, size_t& i, size_t begin,
                                                  size_t end) const {
   if (i > begin && endsOperand(t[i - 1]))
@@ -508,13 +509,19 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   const QString type =
       QueryBlock::isColumn(t, otherBegin, otherEnd) ? declaredType(t, otherBegin, otherEnd) : QString();
   if (!textLeft && !textRight) {
-    // A number compared with a text converts the text, which may be no number.
-    if (QueryBlock::isColumn(t, otherBegin, otherEnd) && !isTextType(type))
+    // A number compared with a text converts the text, which may be no number; a DATE cannot
+    // be compared with a number at all.
+    if (type == u"DATE")
+      throw OraError(932, QStringLiteral("inconsistent datatypes: expected DATE got NUMBER"));
+    if (QueryBlock::isColumn(t, otherBegin, otherEnd) && !type.isEmpty() && !isTextType(type))
       return std::nullopt;
-    other = QStringLiteral("TO_NUMBER(%1)").arg(other);
+    other = (isTextValue(t, otherBegin, otherEnd) ? QStringLiteral("TO_NUMBER(%1)")
+                                                  : QStringLiteral("dbsweep_as_number(%1)"))
+                .arg(other);
   } else if (isNumberLiteral(t, otherBegin, otherEnd)) {
     literal = QStringLiteral("TO_NUMBER(%1)").arg(literal);
-  } else if (!QueryBlock::isColumn(t, otherBegin, otherEnd)) {
+  } else if (!QueryBlock::isColumn(t, otherBegin, otherEnd) || type.isEmpty()) {
+    // An expression, or a view's computed column: the literal takes the kind of its value.
     literal = QStringLiteral("dbsweep_compared(%1, %2)").arg(other, literal);
   } else if (type == u"NUMBER" || type == u"FLOAT") {
     literal = QStringLiteral("TO_NUMBER(%1)").arg(literal);
@@ -700,10 +707,19 @@ std::optional<QString> SqlTranslator::arithmetic(const std::vector<SqlToken>& t,
   return chain;
 }
 
-// A product [begin, end): signed operands joined by * and /. A text literal or character column
-// in arithmetic is a number to Oracle, also next to a DATE: sysdate - '1' is yesterday and
-// '2024/01/31' + 1 is ORA-01722, though that text reads as a stored DATE; a lone operand of +
-// and - is one when numeric says so.
+// Whether [begin, end) is text by its type: a text literal, a character column, a function that
+// returns text, a concatenation.
+bool SqlTranslator::isTextValue(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
+  if (end == begin + 1 && t[begin].kind == SqlToken::Kind::String)
+    return !t[begin].text.isEmpty();
+  if (QueryBlock::isColumn(t, begin, end))
+    return isTextType(declaredType(t, begin, end));
+  return CompoundCheck::isText(t, begin, end);
+}
+
+// A product [begin, end): signed operands joined by * and /. Text in arithmetic is a number to
+// Oracle, also next to a DATE: sysdate - '1' is yesterday and '2024/01/31' + 1 is ORA-01722,
+// though that text reads as a stored DATE; a lone operand of + and - is one when numeric says so.
 QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t end, bool numeric) const {
   const auto factor = [&](size_t b, size_t e, bool arithmetic) {
     bool negative = false;
@@ -711,8 +727,7 @@ QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t
       negative ^= t[b].is(u"-");
     arithmetic = arithmetic || negative;
     QString text = translate(t, b, e);
-    if (arithmetic && ((e == b + 1 && t[b].kind == SqlToken::Kind::String && !t[b].text.isEmpty()) ||
-                       (QueryBlock::isColumn(t, b, e) && isTextType(declaredType(t, b, e)))))
+    if (arithmetic && isTextValue(t, b, e))
       text = QStringLiteral("TO_NUMBER(%1)").arg(text);
     if (!negative)
       return text;
@@ -791,6 +806,17 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       const QString date = translate(t, i + 3, close - 1);
       i = close;
       return QStringLiteral("dbsweep_extract(%1, %2)").arg(quoteText(field), date);
+    }
+    // SUM and AVG of text add it up as numbers, text that reads as a date too (ORA-01722).
+    if ((upper == u"SUM" || upper == u"AVG") && next(0).is(u"(")) {
+      const size_t close = afterGroup(t, i, end);
+      const size_t argument = i + 1 + (next(1).is(u"DISTINCT") || next(1).is(u"ALL") ? 1 : 0);
+      if (close != NoEnd && close > argument + 1 && isTextValue(t, argument, close - 1)) {
+        const QString quantifier = argument > i + 1 ? t[i + 1].upper() + u' ' : QString();
+        const QString sum = QStringLiteral("%1(%2TO_NUMBER(%3))").arg(upper, quantifier, translate(t, argument, close - 1));
+        i = close;
+        return sum;
+      }
     }
     if (next(0).is(u"(") && !keywords().contains(upper))
       return functionName(upper);
