@@ -1,4 +1,6 @@
 #include "db/local/LocalConnection.h"
+
+#include "db/local/SessionContext.h"
 #include "db/local/OracleFunctions.h"
 
 #include "db/local/Catalogue.h"
@@ -7,6 +9,7 @@
 #include "db/local/DecimalAggregates.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/SessionContext.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
 
@@ -185,6 +188,7 @@ void LocalConnection::registerFunctions() {
   OracleFunctions::registerAll(m_db, &m_settings);
   ColumnTypes::registerFunctions(m_db, &m_settings);
   DecimalAggregates::registerAll(m_db);
+  SessionContext::registerAll(m_db, this);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);

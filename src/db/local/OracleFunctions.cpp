@@ -3,6 +3,9 @@
 #include "db/local/DatetimeFunctions.h"
 #include "db/local/FunctionCall.h"
 #include "db/local/OracleDate.h"
+#include "db/local/RegexpFunctions.h"
+#include "db/local/TextFunctions.h"
+#include "db/local/ValueFunctions.h"
 
 #include <QHash>
 
@@ -305,13 +308,25 @@ void abs(Call& c) {
   c.set(v.isNegative() ? OracleNumber::negate(v) : v);
 }
 
-// In the type of the first argument: numbers compare as numbers, anything else as text.
+// In the type of the first argument: numbers compare as numbers, DATEs as DATEs (a text read in
+// the session's format), anything else as text.
 template <int Sign> void extreme(Call& c) {
   if (c.count() == 0)
     throw wrongArgumentCount();
   if (c.anyNull())
     return c.setNull();
   int best = 0;
+  if (const auto first = c.storedDate(0)) {
+    DateTime top = *first;
+    for (int i = 1; i < c.count(); ++i) {
+      const DateTime d = c.date(i);
+      if (OracleDateTime::secondsBetween(top, d) * Sign > 0) {
+        top = d;
+        best = i;
+      }
+    }
+    return c.set(top);
+  }
   if (c.isNumber(0)) {
     Value top = c.number(0);
     for (int i = 1; i < c.count(); ++i) {
@@ -401,6 +416,9 @@ void registerAll(sqlite3* db, const SessionSettings* settings) {
   };
   FunctionCall::registerAll(db, settings, functions);
   DatetimeFunctions::registerAll(db, settings);
+  TextFunctions::registerAll(db, settings);
+  RegexpFunctions::registerAll(db, settings);
+  ValueFunctions::registerAll(db, settings);
 }
 
 } // namespace OracleFunctions

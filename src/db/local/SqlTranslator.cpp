@@ -807,6 +807,24 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       i = close;
       return QStringLiteral("dbsweep_extract(%1, %2)").arg(quoteText(field), date);
     }
+    // TRIM([LEADING | TRAILING | BOTH] [character] FROM text)
+    if (upper == u"TRIM" && next(0).is(u"(")) {
+      const size_t close = afterGroup(t, i, end);
+      size_t from = i + 1;
+      for (int depth = 0; close != NoEnd && from + 1 < close && !(depth == 0 && t[from].is(u"FROM")); ++from)
+        depth += t[from].is(u"(") ? 1 : t[from].is(u")") ? -1 : 0;
+      if (close != NoEnd && from + 1 < close && t[from].is(u"FROM")) {
+        size_t set = i + 1;
+        QString mode = QStringLiteral("BOTH");
+        if (t[set].is(u"LEADING") || t[set].is(u"TRAILING") || t[set].is(u"BOTH"))
+          mode = t[set++].upper();
+        const QString character = set < from ? translate(t, set, from) : QStringLiteral("' '");
+        const QString trimmed =
+            QStringLiteral("dbsweep_trim('%1', %2, %3)").arg(mode, character, translate(t, from + 1, close - 1));
+        i = close;
+        return trimmed;
+      }
+    }
     // SUM and AVG of text add it up as numbers, text that reads as a date too (ORA-01722).
     if ((upper == u"SUM" || upper == u"AVG") && next(0).is(u"(")) {
       const size_t close = afterGroup(t, i, end);
@@ -838,6 +856,8 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return QStringLiteral("dbsweep_systimestamp(%1)").arg(m_statement);
     if (upper == u"USER")
       return quoteText(m_context.user);
+    if (upper == u"UID")
+      return QStringLiteral("(SELECT user_id FROM CAT.users WHERE username = %1)").arg(quoteText(m_context.user));
     // ROWNUM outside a limiting condition numbers the rows as they come; inside an aggregate,
     // where no window function may stand, a count of the rows the statement has read does.
     if (upper == u"ROWNUM")
