@@ -2,7 +2,7 @@
 
 // Queries Oracle refuses are refused with Oracle's error, where SQLite would answer something:
 // rows mixed with groups, a query used as a value that gives several rows, an ORDER BY position
-// beyond the select list.
+// beyond the select list; and parser errors that say what is missing where.
 class TestQueryErrors final : public QObject, SalesSession {
   Q_OBJECT
 
@@ -50,6 +50,50 @@ private Q_SLOTS:
     QCOMPARE(rows("select dept d, sum(salary) total from staff group by dept having max(salary) > 250 order by "
                   "total desc, d, 2 nulls last"),
              QStringList({"A|400"}));
+  }
+
+  void parserErrorsNameWhatIsMissing() {
+    QString text;
+    QCOMPARE(error("select from staff", &text), 936);
+    QCOMPARE(text, QString("ORA-00936: missing expression"));
+    for (const char* sql : {"select name, from staff", "select salary + from staff", "select count( from staff",
+                            "select * from staff where salary = and dept = 'A'", "select 1 from staff order by ,"})
+      QCOMPARE(error(sql), 936);
+    QCOMPARE(error("select name dept salary from staff", &text), 923);
+    QCOMPARE(text, QString("ORA-00923: FROM keyword not found where expected"));
+    QCOMPARE(error("select 1 2 from dual"), 923);
+    QCOMPARE(error("select 1"), 923);
+    QCOMPARE(error("select * from staff where salary >", &text), 921);
+    QCOMPARE(text, QString("ORA-00921: unexpected end of SQL command"));
+    QCOMPARE(error("select * from"), 903);
+    QCOMPARE(error("select nothing from staff", &text), 904);
+    QCOMPARE(text, QString("ORA-00904: \"NOTHING\": invalid identifier"));
+    QCOMPARE(error("select s.nothing from staff s", &text), 904);
+    QCOMPARE(text, QString("ORA-00904: \"S\".\"NOTHING\": invalid identifier"));
+    // What reads alike but is Oracle's SQL: aliases, typed literals, analytic calls.
+    QCOMPARE(rows("select name n, salary as s, interval '1' day d, count(*) over () c from staff where dept = 'B'"),
+             QStringList({"CAT|200|+01 00:00:00|1"}));
+  }
+
+  void foreignKeyErrorsNameTheKeyViolated() {
+    m_db->ExecuteSQL("create table parent (id number primary key)");
+    m_db->ExecuteSQL("create table child (id number, a number constraint fk_a references parent, "
+                     "b number constraint fk_b references parent)");
+    m_db->ExecuteSQL("insert into parent values (1)");
+    QString text;
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("insert into child values (1, 1, 9)"); }, &text), 2291);
+    QCOMPARE(text, QString("ORA-02291: integrity constraint (SALES.FK_B) violated - parent key not found"));
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("insert into child values (1, 9, 1)"); }, &text), 2291);
+    QCOMPARE(text, QString("ORA-02291: integrity constraint (SALES.FK_A) violated - parent key not found"));
+    m_db->ExecuteSQL("insert into child values (2, 1, null)");
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("update child set b = 5 where id = 2"); }, &text), 2291);
+    QCOMPARE(text, QString("ORA-02291: integrity constraint (SALES.FK_B) violated - parent key not found"));
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("delete from parent"); }, &text), 2292);
+    QCOMPARE(text, QString("ORA-02292: integrity constraint (SALES.FK_A) violated - child record found"));
+    // The failed statements changed nothing.
+    QCOMPARE(rows("select count(*) from child"), QStringList({"1"}));
+    m_db->ExecuteSQL("drop table child");
+    m_db->ExecuteSQL("drop table parent");
   }
 
   void aQueryUsedAsAValueGivesOneRow() {

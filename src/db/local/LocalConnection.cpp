@@ -306,10 +306,10 @@ void LocalConnection::commitPending() {
 }
 
 OraError LocalConnection::oracleError(const SqliteFailure& failure, const QString& owner, const QString& table,
-                                      SqlErrors::Dml dml) const {
+                                      SqlErrors::Dml dml, const std::optional<SqlErrors::ForeignKey>& violated) const {
   if ((failure.code & 0xff) == SQLITE_INTERRUPT && m_watch && m_watch->killed())
     return killedError();
-  return SqlErrors::toOracle(m_db, failure, owner.isEmpty() ? m_logon.user : owner, table, dml);
+  return SqlErrors::toOracle(m_db, failure, owner.isEmpty() ? m_logon.user : owner, table, dml, violated);
 }
 
 void LocalConnection::interrupt() {
@@ -426,10 +426,15 @@ qint64 LocalConnection::runDml(const std::vector<SqlToken>& source) {
     }
     return sqlite3_changes64(m_db);
   } catch (const SqliteFailure& f) {
+    // Running the statement again to name the key would take sequence numbers a second time.
+    std::optional<SqlErrors::ForeignKey> violated;
+    if (f.code == SQLITE_CONSTRAINT_FOREIGNKEY && !containsToken(t, 0, t.size(), u"NEXTVAL"))
+      violated = SqlErrors::violatedForeignKey(m_db, sqlite, schemaOf(m_targetOwner), m_targetOwner);
     const OraError error = oracleError(f, owner, table,
                                        deleting             ? SqlErrors::Dml::Delete
                                        : t[0].is(u"INSERT") ? SqlErrors::Dml::Insert
-                                                            : SqlErrors::Dml::Update);
+                                                            : SqlErrors::Dml::Update,
+                                       violated);
     if (began)
       abandonPending();
     throw error;

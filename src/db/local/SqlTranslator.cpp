@@ -6,6 +6,7 @@
 #include "db/local/OracleNumber.h"
 #include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
+#include "db/local/SyntaxCheck.h"
 #include "db/local/TypedLiterals.h"
 
 #include <QSet>
@@ -310,8 +311,10 @@ QString SqlTranslator::labelOf(const std::vector<SqlToken>& t, size_t begin, siz
 }
 
 QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
-  if (begin == 0 && !m_probing && !m_rownumDone)
+  if (begin == 0 && !m_probing && !m_rownumDone) {
+    SyntaxCheck::check(t);
     CompoundCheck::check(t, begin, end, [&](size_t b, size_t e) { return declaredType(t, b, e); });
+  }
   if (OuterJoins::contains(t, begin, end)) {
     const auto ansi = OuterJoins::rewrite(t, begin, end, m_context.hasColumn);
     return translate(ansi, 0, ansi.size());
