@@ -49,6 +49,11 @@ const QStringList Seeds = {
     "truncate table order_lines",
     "drop table work1 cascade constraints",
     "select * from (select cust_no, count(*) n from orders group by cust_no) where n > 1 and rownum <= 10",
+    "select regexp_replace(cust_name, '(a)(b)?', '\\1x', 1, 0, 'i'), regexp_substr(cust_name, '[^ ]+', 1, 2), "
+    "translate(cust_name, 'ab', 'x'), trim(leading 'S' from cust_name), dump(credit), nullif(cust_no, 2), "
+    "timestamp '2024-01-31 10:00:00.5' + interval '1 02:03:04.5' day to second, interval '1-6' year to month, "
+    "numtodsinterval(credit, 'hour'), sys_context('USERENV', 'SID'), 1 / 3, remainder(cust_no, 3) from customers "
+    "where regexp_like(cust_name, '^S', 'i') and sysdate - timestamp '2004-01-01 00:00:00' > interval '1' day",
 };
 
 const QStringList Interesting = {
@@ -60,6 +65,7 @@ const QStringList Interesting = {
     "CASE", "WHEN",   "THEN",       "END",     "LIKE",  "ESCAPE",     "BETWEEN", ":b",     "--",
     "/*",   "*/",     ";",          "\\",      "\t",    "日本",       "TABLE",   "CREATE", "ALTER",
     "DROP", "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
+    "TIMESTAMP", "INTERVAL", "DAY", "TO", "SECOND", "YEAR", "1e126", "LEADING", "99999999999999999999999",
 };
 
 QString mutate(const QString& seed, QRandomGenerator& random) {

@@ -149,6 +149,13 @@ private Q_SLOTS:
              QString(".5|10|4|3"));
     QCOMPARE(eval("to_char(" + t + ", 'HH24:MI:SS.FF3'), trunc(" + t + "), length(to_char(systimestamp, 'FF'))"),
              QString("10:00:00.500|2024/01/31|6"));
+    // They compare by value, not by their text.
+    QCOMPARE(rowsOf(*m_db, "select count(*) from dual where systimestamp - timestamp '2004-01-01 00:00:00' > "
+                           "interval '1' day and interval '2' day > interval '36' hour and interval '-1' day < "
+                           "interval '1' hour and " + t + " > timestamp '2024-01-31 10:00:00.25' and "
+                           "date '2024-01-31' < timestamp '2024-01-31 00:00:00.1'"),
+             QStringList({"1"}));
+    QCOMPARE(error("case when interval '1' day > interval '1' month then 1 end"), 932);
     QCOMPARE(error("date '2024-01-31' + interval '1' month", &text), 1839);
     QCOMPARE(text, QString("ORA-01839: date not valid for month specified"));
     QCOMPARE(error("1 + interval '1' day", &text), 30081);

@@ -227,6 +227,30 @@ void asNumber(Call& c) {
   c.set(c.number(0));
 }
 
+// dbsweep_compare(a, b): below, at or above zero as a is less than, equal to or more than b, in
+// time order for moments and in length for intervals; moments and intervals of different kinds
+// do not compare (ORA-00932).
+void compare(Call& c) {
+  if (c.anyNull())
+    return c.setNull();
+  const auto a = temporalOf(c, 0);
+  const auto b = temporalOf(c, 1);
+  const auto sign = [&](auto x, auto y) { c.set(Value::of(qint64(x < y ? -1 : x > y ? 1 : 0))); };
+  if (a && b && isMoment(*a) && isMoment(*b))
+    return sign(OracleTimestamp::between(asTimestamp(*a), asTimestamp(*b)).nanos, OracleTimestamp::Nanos(0));
+  if (a && b && a->index() == b->index()) {
+    if (const auto* d = std::get_if<DaySecond>(&*a))
+      return sign(d->nanos, std::get<DaySecond>(*b).nanos);
+    return sign(std::get<YearMonth>(*a).months, std::get<YearMonth>(*b).months);
+  }
+  if (a || b)
+    throw OraError(932, QStringLiteral("inconsistent datatypes: expected %1 got %2")
+                            .arg(a ? typeName(*a) : QLatin1StringView("CHAR"), b ? typeName(*b) : QLatin1StringView("CHAR")));
+  if (c.isNumber(0) || c.isNumber(1))
+    return c.set(Value::of(qint64(OracleNumber::compare(c.number(0), c.number(1)))));
+  c.set(Value::of(qint64(c.utf8(0).compare(c.utf8(1)))));
+}
+
 // TO_TIMESTAMP(text [, model]): without a model, in the form the session prints timestamps.
 void toTimestamp(Call& c) {
   if (c.anyNull())
@@ -271,6 +295,7 @@ void registerAll(sqlite3* db, const SessionSettings* settings) {
       {"dbsweep_negate", 1, entry<negate>},
       {"dbsweep_extract", 2, entry<extract>},
       {"dbsweep_as_number", 1, entry<asNumber>},
+      {"dbsweep_compare", 2, entry<compare>},
       {"TO_TIMESTAMP", 1, entry<toTimestamp>},
       {"TO_TIMESTAMP", 2, entry<toTimestamp>},
       {"NUMTODSINTERVAL", 2, entry<numToDsInterval>},

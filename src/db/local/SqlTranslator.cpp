@@ -141,6 +141,17 @@ bool isComparison(const SqlToken& t) {
                                               t.is(u">") || t.is(u"<=") || t.is(u">="));
 }
 
+// Whether [begin, end) holds a TIMESTAMP or INTERVAL by the way it is written: a literal, or a
+// function that returns one.
+bool holdsTimestampOrInterval(const std::vector<SqlToken>& t, size_t begin, size_t end) {
+  for (size_t k = begin; k < end; ++k)
+    if (((t[k].is(u"TIMESTAMP") || t[k].is(u"INTERVAL")) && k + 1 < end && t[k + 1].kind == SqlToken::Kind::String) ||
+        t[k].is(u"SYSTIMESTAMP") || t[k].is(u"TO_TIMESTAMP") || t[k].is(u"NUMTODSINTERVAL") ||
+        t[k].is(u"NUMTOYMINTERVAL"))
+      return true;
+  return false;
+}
+
 bool isTextLiteral(const std::vector<SqlToken>& t, size_t begin, size_t end) {
   return end == begin + 1 && t[begin].kind == SqlToken::Kind::String && !t[begin].text.isEmpty();
 }
@@ -494,6 +505,15 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   const size_t after = afterSum(t, op + 1, end);
   if (after == NoEnd)
     return std::nullopt;
+  // TIMESTAMPs and INTERVALs are held as their printed text, which does not order as their
+  // values: a comparison that holds one compares by value.
+  if (holdsTimestampOrInterval(t, i, after)) {
+    const QString left = translate(t, i, op);
+    const QString right = translate(t, op + 1, after);
+    size_t o = op;
+    i = after;
+    return QStringLiteral("dbsweep_compare(%1, %2) %3 0").arg(left, right, token(t, o, end));
+  }
   const bool textLeft = isTextLiteral(t, i, op);
   const bool textRight = isTextLiteral(t, op + 1, after);
   const bool numberLeft = isNumberLiteral(t, i, op);
