@@ -16,6 +16,8 @@
 #include "jobs/PendingTransaction.h"
 #include "jobs/ResultList.h"
 #include "launcher/FDBSWEEP_Dia.h"
+#include "launcher/LaunchCommand.h"
+#include "launcher/LauncherButtons.h"
 #include "launcher/TrayAutoStart.h"
 #include "platform/DateTimeSettings.h"
 #include "printing/clsPrinter.h"
@@ -64,6 +66,8 @@ constexpr int RowHeight = 315;
 constexpr int ButtonHeight = 375;
 constexpr int ButtonWidth = 1100;
 constexpr int FilterLabelWidth = 450;
+// The launcher column: an icon and eight full-width letters.
+constexpr int LauncherWidth = 2100;
 
 const QString JVK = QStringLiteral("JVK");
 
@@ -101,6 +105,7 @@ FDBSWEEP::FDBSWEEP(BDBSWEEP& state, Services& services, QWidget* parent)
   buildTopBand(central);
   buildGrids(central);
   buildFilterAndButtons(central);
+  buildLaunchers(central);
   connectBrowser();
   buildStatusBar();
   connectToolBar();
@@ -189,6 +194,20 @@ void FDBSWEEP::buildFilterAndButtons(QWidget* central) {
   connect(m_cmdOpt, &QPushButton::clicked, this, &FDBSWEEP::cmdOpt_Click);
 }
 
+void FDBSWEEP::buildLaunchers(QWidget* central) {
+  m_launchers = new LauncherButtons(central);
+  m_launchers->attachMenu(m_tbar->launcherMenu());
+  connect(m_launchers, &LauncherButtons::childClicked, this, [this](int i) {
+    StartLauncherEntry(*m_state.gRegistry, m_services.launcher, i, currentLogon());
+  });
+  connect(m_launchers, &LauncherButtons::cloneClicked, this, &FDBSWEEP::startClone);
+  connect(m_tbar->clone(), &QAction::triggered, this, &FDBSWEEP::startClone);
+}
+
+Logon FDBSWEEP::currentLogon() const { return {m_state.gUser, m_state.gPassword, m_state.gHost}; }
+
+void FDBSWEEP::startClone() { StartClone(m_services.launcher, m_services.env.db.programFolder, currentLogon()); }
+
 void FDBSWEEP::buildStatusBar() {
   const QStringList tips = {QStringLiteral("クローン"), QStringLiteral("オラクルとｏｏ４ｏのバージョンを表示"),
                             QStringLiteral("セッション情報を表示"),
@@ -208,6 +227,7 @@ void FDBSWEEP::buildStatusBar() {
   m_panels[4]->setMinimumWidth(
       m_panels[4]->fontMetrics().horizontalAdvance(ClockPanelText(QDateTime::currentDateTime())) + 12);
   connect(m_panels[0], &StatusPanel::Click, this, &FDBSWEEP::CmdLogon_Click);
+  connect(m_panels[0], &StatusPanel::DblClick, this, &FDBSWEEP::startClone);
   connect(m_panels[1], &StatusPanel::Click, this, &FDBSWEEP::showVersionMessage);
   connect(m_panels[1], &StatusPanel::DblClick, this, &FDBSWEEP::showVersionMessage);
   connect(m_panels[2], &StatusPanel::Click, this, &FDBSWEEP::showSessions);
@@ -280,6 +300,7 @@ void FDBSWEEP::load() {
   m_state.gLogonCaption = QStringLiteral("User:\r\nHost:");
   showLogonCaption();
   logonFromCommandLine();
+  m_launchers->LoadLauncherButtons(*m_state.gRegistry);
   timerTick();
   m_timer1->start();
 }
@@ -359,6 +380,7 @@ void FDBSWEEP::timerTick() {
     jobs[i]->setVisible(!m_cmdJOB[size_t(i)]->isHidden());
     jobs[i]->setText(m_cmdJOB[size_t(i)]->text());
   }
+  m_launchers->mirror();
   const bool resident = TrayAutoStartRegistered(*m_state.gRegistry);
   m_tbar->residentOn()->setVisible(!resident);
   m_tbar->residentOff()->setVisible(resident);
@@ -406,6 +428,7 @@ void FDBSWEEP::showSessions() {
 void FDBSWEEP::cmdOpt_Click() {
   FDBSWEEP_Dia dialog(m_state, m_services, this);
   dialog.exec();
+  m_launchers->LoadLauncherButtons(*m_state.gRegistry);
 }
 
 void FDBSWEEP::cmdVer_Click() {
@@ -457,8 +480,11 @@ void FDBSWEEP::closeEvent(QCloseEvent* event) {
 }
 
 bool FDBSWEEP::event(QEvent* event) {
-  if (event->type() == QEvent::WindowActivate && m_u > 0)
+  // Another copy may have changed the launcher entries while this window was in the background.
+  if (event->type() == QEvent::WindowActivate && m_u > 0) {
+    m_launchers->LoadLauncherButtons(*m_state.gRegistry);
     LayoutMainWindow();
+  }
   return QMainWindow::event(event);
 }
 
@@ -553,4 +579,6 @@ void FDBSWEEP::LayoutMainWindow() {
   y += ButtonHeight + 30;
   m_grdCount->setColWidth(0, int(std::lround(2.9 * u)));
   placeGrid(m_grdCount, left, y, m_grdCount->ColWidth(0) + 240);
+  m_launchers->setGeometry(m_grdCount->geometry().right() + 1 + px(Margin), m_grdCount->y(), px(LauncherWidth),
+                           m_grdCount->height());
 }

@@ -11,6 +11,8 @@ class HourGlass;
 class clsPrinter;
 class FilterPanel;
 class FlexGrid;
+class LauncherButtons;
+struct Logon;
 class PopPop;
 class MainToolBar;
 class QCheckBox;
@@ -123,6 +125,10 @@ private:
   void cmdVer_Click();
   // The options: launcher entries and name-master names.
   void cmdOpt_Click();
+  void buildLaunchers(QWidget* central);
+  // The connection handed to launched programs and clones.
+  Logon currentLogon() const;
+  void startClone();
   // The session monitor.
   void showSessions();
   // The manual beside the program, in the desktop's browser.
@@ -159,6 +165,7 @@ private:
   QPushButton* m_cmdPrint = nullptr;
   QPushButton* m_cmdVer = nullptr;
   QPushButton* m_cmdEnd = nullptr;
+  LauncherButtons* m_launchers = nullptr;
   std::array<StatusPanel*, 5> m_panels{};
   MainToolBar* m_tbar = nullptr;
   BrowserGrids* m_browser = nullptr;

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QWidget>
+
+#include <array>
+
+class QMenu;
+class QPushButton;
+class clsREG;
+
+// The clone button and the ten launcher buttons, one below the other, each with its program's
+// icon. Buttons of entries without a caption are hidden.
+class LauncherButtons final : public QWidget {
+  Q_OBJECT
+  Q_DISABLE_COPY_MOVE(LauncherButtons)
+
+public:
+  explicit LauncherButtons(QWidget* parent = nullptr);
+
+  // Reads the ten entries again: captions, visibility and icons.
+  void LoadLauncherButtons(clsREG& registry);
+  // Gives menu one entry per launcher button, each starting that entry; mirror() keeps them
+  // in line with the buttons.
+  void attachMenu(QMenu* menu);
+  // Copies each button's caption and visibility to its menu entry.
+  void mirror();
+
+Q_SIGNALS:
+  void cloneClicked();
+  void childClicked(int index);
+
+private:
+  QPushButton* m_cmdClone;
+  std::array<QPushButton*, 10> m_cmdChild{};
+  QList<QAction*> m_menuEntries;
+};
