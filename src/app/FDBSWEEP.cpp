@@ -48,6 +48,7 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -579,6 +580,9 @@ void FDBSWEEP::LayoutMainWindow() {
   y += ButtonHeight + 30;
   m_grdCount->setColWidth(0, int(std::lround(2.9 * u)));
   placeGrid(m_grdCount, left, y, m_grdCount->ColWidth(0) + 240);
-  m_launchers->setGeometry(m_grdCount->geometry().right() + 1 + px(Margin), m_grdCount->y(), px(LauncherWidth),
+  // The launcher column takes the room left beside the result list, up to its own width.
+  const int launchersLeft = m_grdCount->geometry().right() + 1 + px(Margin);
+  const int room = centralWidget()->width() - launchersLeft - px(Margin);
+  m_launchers->setGeometry(launchersLeft, m_grdCount->y(), std::clamp(room, px(ButtonWidth), px(LauncherWidth)),
                            m_grdCount->height());
 }
