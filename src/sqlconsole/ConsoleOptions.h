@@ -18,6 +18,8 @@ struct ConsoleOptions final {
   // Left out ("USER@HOST"), it is asked for.
   std::optional<QString> password;
   QString host;
+  // "/NOLOG": no logon at the start.
+  bool noLog = false;
   // Empty: statements come from standard input.
   QString script;
 
