@@ -40,11 +40,13 @@ ConsoleOptions ConsoleOptions::parse(const QStringList& arguments) {
       options.systemPassword = value();
       if (!options.systemPassword)
         return invalid(QStringLiteral("--system-password needs a password"));
+    } else if (!options.script.isEmpty()) {
+      options.scriptArguments += arg;
     } else if (arg.startsWith(u'-') && arg.size() > 1) {
       return invalid(QStringLiteral("unknown option %1").arg(arg));
     } else if (arg.startsWith(u'@')) {
-      if (arg.size() == 1 || !options.script.isEmpty())
-        return invalid(QStringLiteral("give one script, as @script.sql"));
+      if (arg.size() == 1)
+        return invalid(QStringLiteral("give the script as @script.sql"));
       options.script = arg.mid(1);
     } else if (logon.isEmpty()) {
       logon = arg;
@@ -82,7 +84,7 @@ ConsoleOptions ConsoleOptions::parse(const QStringList& arguments) {
 }
 
 QString ConsoleOptions::usage() {
-  return QStringLiteral("Usage: dbsweep-sql [--csv] [--continue] USER[/PASSWORD]@HOST|/NOLOG [@script.sql]\n"
+  return QStringLiteral("Usage: dbsweep-sql [--csv] [--continue] USER[/PASSWORD]@HOST|/NOLOG [@script.sql [ARG...]]\n"
                         "       dbsweep-sql --create-instance local:NAME [--system-password PASSWORD]\n"
                         "\n"
                         "Runs SQL in the manner of SQL*Plus, from the script or else from standard input.\n"

@@ -22,6 +22,8 @@ struct ConsoleOptions final {
   bool noLog = false;
   // Empty: statements come from standard input.
   QString script;
+  // The words after the script, its &1, &2 ...
+  QStringList scriptArguments;
 
   // --create-instance local:NAME
   QString instance;

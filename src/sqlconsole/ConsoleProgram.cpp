@@ -83,13 +83,7 @@ int runStatements(const ConsoleOptions& options, const DbEnvironment& env, QText
 
   ConsoleScript reader(runner);
   if (script) {
-    const QStringList lines = script->split(u'\n');
-    qsizetype index = 0;
-    reader.run(
-        [&lines, &index](const ScriptReader&) {
-          return index < lines.size() ? std::optional<QString>(lines[index++]) : std::nullopt;
-        },
-        {QFileInfo(options.script).absolutePath(), {}, false});
+    reader.runFile(*script, options.script, options.scriptArguments, {});
   } else if (interactive) {
     LineEditor editor;
     reader.run(

@@ -58,6 +58,14 @@ void ConsoleScript::run(const NextLine& next, const Source& source) {
     if (text != *line)
       m_changes += Change{statementLine, *line, text};
     reader.addLine(text);
+    // The ';' that ends a statement is no part of it, nor of the lines SET VERIFY lists.
+    if (!reader.inStatement() && !m_changes.isEmpty() && m_changes.last().before == *line) {
+      for (QString* end : {&m_changes.last().before, &m_changes.last().after}) {
+        *end = end->trimmed();
+        if (end->endsWith(u';'))
+          end->chop(1);
+      }
+    }
     for (const ScriptItem& item : reader.takeItems()) {
       if (item.kind != ScriptItem::Kind::Prompt && item.kind != ScriptItem::Kind::ErrorMode)
         showChanges();
@@ -105,19 +113,25 @@ bool ConsoleScript::runNested(const QString& line, const Source& source) {
     m_runner.commandError(error);
     return true;
   }
-  // The words after the file name are the script's &1, &2 ...
-  for (qsizetype i = 1; i < words.size(); ++i) {
+  ConsoleScript(m_runner, m_depth + 1).runFile(*script, path, words.mid(1), QFileInfo(path).fileName());
+  return true;
+}
+
+void ConsoleScript::runFile(const QString& text, const QString& path, const QStringList& arguments,
+                            const QString& name) {
+  for (qsizetype i = 0; i < arguments.size(); ++i) {
     QString ignored;
-    m_runner.substitution().define(QStringLiteral("%1 = %2").arg(i).arg(words[i]), ignored);
+    m_runner.substitution().define(QStringLiteral("%1 = %2").arg(i + 1).arg(arguments[i]), ignored);
   }
-  const QStringList lines = script->split(u'\n');
+  QStringList lines = text.split(u'\n');
+  // A last line's end is no further, empty line.
+  if (lines.size() > 1 && lines.last().isEmpty())
+    lines.removeLast();
   qsizetype index = 0;
   const NextLine next = [&lines, &index](const ScriptReader&) {
     return index < lines.size() ? std::optional<QString>(lines[index++]) : std::nullopt;
   };
-  ConsoleScript(m_runner, m_depth + 1)
-      .run(next, Source{QFileInfo(path).absolutePath(), QFileInfo(path).fileName(), false});
-  return true;
+  run(next, Source{QFileInfo(path).absolutePath(), name, false});
 }
 
 QString ConsoleScript::substituted(const QString& line) {

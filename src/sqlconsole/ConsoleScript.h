@@ -32,6 +32,10 @@ public:
   // Runs the lines until they end or the run stops.
   void run(const NextLine& next, const Source& source);
 
+  // Runs a script file's text, read from path; the arguments are its &1, &2 ...; name names it
+  // in error messages.
+  void runFile(const QString& text, const QString& path, const QStringList& arguments, const QString& name);
+
   // A script file's text; SQL*Plus's @name finds name.sql. Sets error when it cannot be read.
   static std::optional<QString> read(const QString& path, QString& error);
 
