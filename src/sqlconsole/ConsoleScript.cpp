@@ -60,10 +60,11 @@ void ConsoleScript::run(const NextLine& next, const Source& source) {
     reader.addLine(text);
     // The ';' that ends a statement is no part of it, nor of the lines SET VERIFY lists.
     if (!reader.inStatement() && !m_changes.isEmpty() && m_changes.last().before == *line) {
-      for (QString* end : {&m_changes.last().before, &m_changes.last().after}) {
-        *end = end->trimmed();
-        if (end->endsWith(u';'))
-          end->chop(1);
+      for (QString* text : {&m_changes.last().before, &m_changes.last().after}) {
+        while (!text->isEmpty() && text->back().isSpace())
+          text->chop(1);
+        if (text->endsWith(u';'))
+          text->chop(1);
       }
     }
     for (const ScriptItem& item : reader.takeItems()) {
