@@ -103,7 +103,8 @@ void connect(QString text, ConsoleRunner& runner) {
     connection.connect(logon.user, logon.password.value_or(QString()), logon.host);
     runner.output().printLine(QStringLiteral("Connected."));
   } catch (const OraError& e) {
-    runner.commandError(QStringLiteral("ERROR:\n%1\n\nWarning: You are no longer connected to ORACLE.").arg(e.message()));
+    runner.commandError(
+        QStringLiteral("ERROR:\n%1\n\nWarning: You are no longer connected to ORACLE.").arg(e.message()));
   }
 }
 
@@ -132,8 +133,7 @@ QStringView rest(QStringView line) {
 } // namespace
 
 bool ConsoleCommands::abbreviates(const QString& word, QLatin1StringView command, qsizetype shortest) {
-  return word.size() >= shortest && word.size() <= command.size() &&
-         command.startsWith(word, Qt::CaseInsensitive);
+  return word.size() >= shortest && word.size() <= command.size() && command.startsWith(word, Qt::CaseInsensitive);
 }
 
 QStringList ConsoleCommands::words(QStringView line) {

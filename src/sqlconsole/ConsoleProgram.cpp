@@ -81,12 +81,12 @@ int runStatements(const ConsoleOptions& options, const DbEnvironment& env, QText
   if (interactive && connection.connected())
     output.printLine(QStringLiteral("Connected."));
 
-  ConsoleScript reader(runner);
+  ConsoleScript statements(runner);
   if (script) {
-    reader.runFile(*script, options.script, options.scriptArguments, {});
+    statements.runFile(*script, options.script, options.scriptArguments, {});
   } else if (interactive) {
     LineEditor editor;
-    reader.run(
+    statements.run(
         [&editor, &output](const ScriptReader& statement) {
           const QString prompt = ConsoleScript::prompt(statement);
           if (!statement.inStatement())
@@ -99,7 +99,7 @@ int runStatements(const ConsoleOptions& options, const DbEnvironment& env, QText
         },
         {QDir::currentPath(), {}, true});
   } else {
-    reader.run([](const ScriptReader&) { return Terminal::readLine(); }, {QDir::currentPath(), {}, false});
+    statements.run([](const ScriptReader&) { return Terminal::readLine(); }, {QDir::currentPath(), {}, false});
   }
   return runner.finish();
 }

@@ -74,8 +74,8 @@ void ConsoleRunner::execute(const ScriptItem& item) {
   QTextStream out(&text);
   if (StatementFeedback::isQuery(item.text)) {
     auto rows = m_connection.database().CreateDynaset(item.text, OraDynaset::ReadOnly);
-    const ResultLayout layout{m_settings.lineSize, m_settings.pageSize, m_settings.heading,
-                                       m_settings.feedback, &m_columns};
+    const ResultLayout layout{m_settings.lineSize, m_settings.pageSize, m_settings.heading, m_settings.feedback,
+                              &m_columns};
     ResultPrinter(m_options.format, layout).print(*rows, out);
     rows->Close();
   } else {
@@ -89,9 +89,7 @@ void ConsoleRunner::execute(const ScriptItem& item) {
   m_output.print(text);
 }
 
-void ConsoleRunner::commandError(const QString& message) {
-  m_output.error(message);
-}
+void ConsoleRunner::commandError(const QString& message) { m_output.error(message); }
 
 bool ConsoleRunner::fail(const ScriptItem& item, const QString& script, const QString& message) {
   m_failed = true;

@@ -144,7 +144,8 @@ QString ConsoleScript::substituted(const QString& line) {
 void ConsoleScript::showChanges() {
   if (m_runner.settings().verify && !m_runner.csv()) {
     for (const Change& change : std::as_const(m_changes))
-      m_runner.output().print(QStringLiteral("old%1: %2\nnew%1: %3\n").arg(change.line, 4).arg(change.before, change.after));
+      m_runner.output().print(
+          QStringLiteral("old%1: %2\nnew%1: %3\n").arg(change.line, 4).arg(change.before, change.after));
   }
   m_changes.clear();
 }

@@ -22,8 +22,9 @@ QString typeOf(OraDynaset& column) {
   if (type == u"NUMBER") {
     if (precision.isNull())
       return scale.isNull() ? type : QStringLiteral("NUMBER(38)");
-    return scale.isNull() || scale.toInt() == 0 ? QStringLiteral("NUMBER(%1)").arg(precision.toInt())
-                                                : QStringLiteral("NUMBER(%1,%2)").arg(precision.toInt()).arg(scale.toInt());
+    return scale.isNull() || scale.toInt() == 0
+               ? QStringLiteral("NUMBER(%1)").arg(precision.toInt())
+               : QStringLiteral("NUMBER(%1,%2)").arg(precision.toInt()).arg(scale.toInt());
   }
   if (type == u"FLOAT")
     return QStringLiteral("FLOAT(%1)").arg(precision.toInt());
@@ -56,9 +57,10 @@ QString Describe::columns(OraDatabase& database, const QString& name, const QStr
   QString text = line(QStringLiteral("Name"), QStringLiteral("Null?"), QStringLiteral("Type")) +
                  line(QString(41, u'-'), QString(8, u'-'), QString(28, u'-'));
   for (; !columns->IsEOF(); columns->MoveNext())
-    text += line(columns->Fields(QStringLiteral("COLUMN_NAME")).toString(),
-                 columns->Fields(QStringLiteral("NULLABLE")).toString() == u"N" ? QStringLiteral("NOT NULL") : QString(),
-                 typeOf(*columns));
+    text +=
+        line(columns->Fields(QStringLiteral("COLUMN_NAME")).toString(),
+             columns->Fields(QStringLiteral("NULLABLE")).toString() == u"N" ? QStringLiteral("NOT NULL") : QString(),
+             typeOf(*columns));
   columns->Close();
   return text;
 }

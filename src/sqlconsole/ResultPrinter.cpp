@@ -79,8 +79,8 @@ qint64 ResultPrinter::printText(OraDynaset& rows, const QStringList& labels, QTe
         anyValue[i] = true;
         numeric[i] = numeric[i] && isNumber(value);
       }
-      row += present && format && !format->numberFormat.isEmpty() ? format->formatNumber(value)
-                                                                  : flattened(text(value));
+      row +=
+          present && format && !format->numberFormat.isEmpty() ? format->formatNumber(value) : flattened(text(value));
       layout[i].width = std::max(layout[i].width, displayWidth(row.last()));
     }
     table += row;
@@ -147,15 +147,16 @@ QList<QList<int>> ResultPrinter::lineGroups(const QList<Column>& layout) const {
   QList<QList<int>> groups(1);
   int used = 0;
   for (int i = 0; i < layout.size(); ++i) {
-    const int needed = layout[i].width + (groups.last().isEmpty() ? 0 : 1);
-    if (m_layout.lineSize > 0 && !groups.last().isEmpty() && used + needed > m_layout.lineSize) {
-      groups.append(QList<int>());
-      used = 0;
-      --i;
-      continue;
+    if (!groups.last().isEmpty()) {
+      if (m_layout.lineSize > 0 && used + 1 + layout[i].width > m_layout.lineSize) {
+        groups.append(QList<int>());
+        used = 0;
+      } else {
+        ++used; // the blank between columns
+      }
     }
     groups.last() += i;
-    used += needed;
+    used += layout[i].width;
   }
   return groups;
 }
@@ -167,8 +168,8 @@ QStringList ResultPrinter::recordLines(const QStringList& row, const QList<Colum
     QList<QStringList> pieces;
     qsizetype height = 1;
     for (const int i : group) {
-      pieces += layout[i].format && layout[i].format->textWidth > 0 ? wrapped(row[i], layout[i].width)
-                                                                    : QStringList{row[i]};
+      pieces +=
+          layout[i].format && layout[i].format->textWidth > 0 ? wrapped(row[i], layout[i].width) : QStringList{row[i]};
       height = std::max(height, pieces.last().size());
     }
     for (qsizetype k = 0; k < height; ++k) {

@@ -42,6 +42,6 @@ struct ConsoleProcess {
   QString createInstance(const QString& name) const {
     const QString host = QStringLiteral("local:") + dir.filePath(name);
     return run({"--create-instance", host, "--system-password", "x"}).status == 0 ? QStringLiteral("SYSTEM/x@") + host
-                                                                                   : QString();
+                                                                                  : QString();
   }
 };

@@ -13,7 +13,9 @@ using Result = ConsoleProcess::Result;
 class TestDbsweepSql final : public QObject {
   Q_OBJECT
 
-  Result sql(const QStringList& arguments, const QByteArray& input = {}) const { return m_console.run(arguments, input); }
+  Result sql(const QStringList& arguments, const QByteArray& input = {}) const {
+    return m_console.run(arguments, input);
+  }
   QString script(const QString& name, const QByteArray& text) const { return m_console.script(name, text); }
 
   QString count(const QString& where) const {

@@ -95,8 +95,8 @@ private Q_SLOTS:
     ColumnFormats columns;
     QCOMPARE(columns.define({"ename", "format", "a3", "heading", "Name"}), QString());
     QCOMPARE(columns.define({"empno", "for", "9,990.9", "hea", "No"}), QString());
-    QCOMPARE(printed(ResultPrinter::Format::Text, {"EMPNO", "ENAME"}, {{7369, QString("SMITH")}, {QVariant(), QString("東京都")}},
-                     {0, -1, true, 1, &columns}),
+    QCOMPARE(printed(ResultPrinter::Format::Text, {"EMPNO", "ENAME"},
+                     {{7369, QString("SMITH")}, {QVariant(), QString("東京都")}}, {0, -1, true, 1, &columns}),
              QString("\n      No Nam\n-------- ---\n 7,369.0 SMI\n         TH\n         東\n         京\n         都\n"
                      "\n2 rows selected.\n"));
     QVERIFY(columns.define({"sal", "format", "9x9"}).startsWith("SP2-0246"));

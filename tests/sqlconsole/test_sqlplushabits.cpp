@@ -52,18 +52,17 @@ private Q_SLOTS:
   }
 
   void substitutionVariables() {
-    const QString script = m_console.script(
-        "vars.sql", "define tab = emp\n"
-                    "select ename\n  from &tab where empno = &1;\n"
-                    "select '&&who.s' as w from dual;\n"
-                    "prompt &who again, &nothing.\n"
-                    "define who\n"
-                    "undefine who\n"
-                    "set verify off\n"
-                    "select '&who' as w from dual;\n"
-                    "set define off\n"
-                    "prompt R&D\n"
-                    "define tab\n");
+    const QString script = m_console.script("vars.sql", "define tab = emp\n"
+                                                        "select ename\n  from &tab where empno = &1;\n"
+                                                        "select '&&who.s' as w from dual;\n"
+                                                        "prompt &who again, &nothing.\n"
+                                                        "define who\n"
+                                                        "undefine who\n"
+                                                        "set verify off\n"
+                                                        "select '&who' as w from dual;\n"
+                                                        "set define off\n"
+                                                        "prompt R&D\n"
+                                                        "define tab\n");
     const Result run = m_console.run({"--continue", m_logon, script, "7499"}, "SCOTT\n\nKING\n");
     QCOMPARE(run.out, QString("old   2:   from &tab where empno = &1\n"
                               "new   2:   from emp where empno = 7499\n"
@@ -117,11 +116,13 @@ private Q_SLOTS:
     const QString host = m_logon.mid(m_logon.indexOf('@'));
     const Result session = m_console.run({"/nolog"}, "show user\n"
                                                      "select count(*) from emp;\n"
-                                                     "connect system" + host.toUtf8() + "\nx\n"
-                                                     "show user\n"
-                                                     "select empno from emp where empno < 7000;\n"
-                                                     "disconnect\n"
-                                                     "connect nobody/none\n");
+                                                     "connect system" +
+                                                         host.toUtf8() +
+                                                         "\nx\n"
+                                                         "show user\n"
+                                                         "select empno from emp where empno < 7000;\n"
+                                                         "disconnect\n"
+                                                         "connect nobody/none\n");
     QCOMPARE(session.out, QString("USER is \"\"\nConnected.\nUSER is \"SYSTEM\"\n"
                                   "\nEMPNO\n-----\n    1\n\n1 row selected.\n"
                                   "Disconnected from 19.0.0.0.0\n"));
