@@ -21,7 +21,7 @@ QString elapsed(qint64 ms) {
 ConsoleRunner::ConsoleRunner(ConsoleConnection& connection, ConsoleOutput& output, Options options)
     : m_connection(connection), m_output(output), m_options(options) {
   if (!options.continueOnError)
-    m_errorExit = ErrorExit{};
+    m_errorExit = Exit{};
 }
 
 bool ConsoleRunner::run(const ScriptItem& item, const QString& script) {
@@ -31,9 +31,9 @@ bool ConsoleRunner::run(const ScriptItem& item, const QString& script) {
     if (item.continueOnError)
       m_errorExit.reset();
     else
-      m_errorExit = ErrorExit{item.exitCode, item.sqlCode, item.commit};
+      m_errorExit = Exit{item.exitCode, item.sqlCode, item.commit};
     break;
-  case ScriptItem::Kind::Exit: stop(item); break;
+  case ScriptItem::Kind::Exit: stop(Exit{item.exitCode, item.sqlCode, item.commit}); break;
   case ScriptItem::Kind::Unterminated:
     m_output.error(
         QStringLiteral("line %1: not run: the statement does not end with ';' or a '/' line").arg(item.line));
@@ -91,24 +91,18 @@ void ConsoleRunner::execute(const ScriptItem& item) {
 
 void ConsoleRunner::commandError(const QString& message) { m_output.error(message); }
 
-bool ConsoleRunner::fail(const ScriptItem& item, const QString& script, const QString& message) {
+void ConsoleRunner::fail(const ScriptItem& item, const QString& script, const QString& message) {
   m_failed = true;
   QString where;
   if (m_options.lineNumbers)
     where = QStringLiteral("%1line %2: ").arg(script.isEmpty() ? QString() : script + u' ').arg(item.line);
   m_output.error(where + message);
-  if (!m_errorExit)
-    return true;
-  ScriptItem exit;
-  exit.exitCode = m_errorExit->code;
-  exit.sqlCode = m_errorExit->sqlCode;
-  exit.commit = m_errorExit->commit;
-  stop(exit);
-  return false;
+  if (m_errorExit)
+    stop(*m_errorExit);
 }
 
-void ConsoleRunner::stop(const ScriptItem& exit) {
-  m_exitCode = exit.sqlCode ? std::optional<int>(m_lastSqlCode) : exit.exitCode;
+void ConsoleRunner::stop(const Exit& exit) {
+  m_exitCode = exit.sqlCode ? std::optional<int>(m_lastSqlCode) : exit.code;
   m_commitAtEnd = exit.commit;
   m_stopped = true;
 }

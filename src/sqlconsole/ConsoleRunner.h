@@ -43,16 +43,16 @@ public:
   bool csv() const { return m_options.format == ResultPrinter::Format::Csv; }
 
 private:
-  // What a failing statement does: go on, or stop with a status, keeping or dropping the work.
-  struct ErrorExit {
+  // How the run ends: its status, and whether the work is kept.
+  struct Exit {
     std::optional<int> code;
     bool sqlCode = false;
     bool commit = false;
   };
 
   void execute(const ScriptItem& item);
-  bool fail(const ScriptItem& item, const QString& script, const QString& message);
-  void stop(const ScriptItem& exit);
+  void fail(const ScriptItem& item, const QString& script, const QString& message);
+  void stop(const Exit& exit);
 
   ConsoleConnection& m_connection;
   ConsoleOutput& m_output;
@@ -60,7 +60,8 @@ private:
   ConsoleSettings m_settings;
   ColumnFormats m_columns;
   Substitution m_substitution;
-  std::optional<ErrorExit> m_errorExit;
+  // What a failing statement does; none: the run goes on.
+  std::optional<Exit> m_errorExit;
   bool m_failed = false;
   bool m_stopped = false;
   // After a statement of a block fails, the rest of that block does not run.
