@@ -95,7 +95,8 @@ QString ConsoleOptions::usage() {
                         "DEFINE, TERMOUT); without SET LINESIZE or PAGESIZE rows are neither wrapped nor paged.\n"
                         "BEGIN ... END; blocks may hold SQL statements only.\n"
                         "All work is one transaction: committed at the end of the input, rolled back when an\n"
-                        "error stops the run. COMMIT and ROLLBACK statements end it earlier.\n"
+                        "error stops the run (WHENEVER SQLERROR EXIT commits unless it says ROLLBACK).\n"
+                        "COMMIT and ROLLBACK statements end it earlier; CONNECT and DISCONNECT commit it.\n"
                         "\n"
                         "HOST is local:NAME (an embedded instance under $DBSWEEP_DATA_DIR/instances) or\n"
                         "local:/folder. Without /PASSWORD the password is asked for; /NOLOG starts without a\n"
@@ -109,5 +110,6 @@ QString ConsoleOptions::usage() {
                         "  --system-password PW  password of its SYSTEM user; asked for twice when left out\n"
                         "  -h, --help            show this text\n"
                         "\n"
-                        "Exit status: 0 when all went well, 1 after an error, 2 for a bad command line.\n");
+                        "Exit status: 0 when all went well, 1 after an error, 2 for a bad command line, or what\n"
+                        "EXIT n or EXIT SQL.SQLCODE (the last ORA- number) gives.\n");
 }

@@ -60,11 +60,11 @@ void ConsoleScript::run(const NextLine& next, const Source& source) {
     reader.addLine(text);
     // The ';' that ends a statement is no part of it, nor of the lines SET VERIFY lists.
     if (!reader.inStatement() && !m_changes.isEmpty() && m_changes.last().before == *line) {
-      for (QString* text : {&m_changes.last().before, &m_changes.last().after}) {
-        while (!text->isEmpty() && text->back().isSpace())
-          text->chop(1);
-        if (text->endsWith(u';'))
-          text->chop(1);
+      for (QString* shown : {&m_changes.last().before, &m_changes.last().after}) {
+        while (!shown->isEmpty() && shown->back().isSpace())
+          shown->chop(1);
+        if (shown->endsWith(u';'))
+          shown->chop(1);
       }
     }
     for (const ScriptItem& item : reader.takeItems()) {
@@ -98,6 +98,8 @@ bool ConsoleScript::runNested(const QString& line, const Source& source) {
   } else {
     return false;
   }
+  if (!words.isEmpty() && words[0].isEmpty()) // "@ file.sql"
+    words.removeFirst();
   if (words.value(0).isEmpty()) {
     m_runner.commandError(QStringLiteral("SP2-1506: START, @ or @@ command has no arguments"));
     return true;

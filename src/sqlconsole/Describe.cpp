@@ -38,7 +38,10 @@ QString typeOf(OraDynaset& column) {
 }
 
 QString line(const QString& name, const QString& null, const QString& type) {
-  return (u' ' + name.leftJustified(41) + u' ' + null.leftJustified(8) + u' ' + type).trimmed().prepend(u' ') + u'\n';
+  QString text = u' ' + name.leftJustified(41) + u' ' + null.leftJustified(8) + u' ' + type;
+  while (text.endsWith(u' '))
+    text.chop(1);
+  return text + u'\n';
 }
 
 } // namespace
