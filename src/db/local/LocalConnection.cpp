@@ -5,6 +5,7 @@
 #include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/DecimalAggregates.h"
+#include "db/local/HierarchicalQueries.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/SqlErrors.h"
@@ -185,6 +186,7 @@ void LocalConnection::registerFunctions() {
   OracleFunctions::registerAll(m_db, &m_settings);
   ColumnTypes::registerFunctions(m_db, &m_settings);
   DecimalAggregates::registerAll(m_db);
+  HierarchicalQueries::registerFunctions(m_db);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);
@@ -239,7 +241,7 @@ QString LocalConnection::schemaOf(const QString& owner) {
 }
 
 SqlTranslator LocalConnection::translator() {
-  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}};
+  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}, {}};
   context.hasColumn = [this](std::vector<SqlToken> item, const QString& column) {
     item.push_back(SqlToken{});
     try {
@@ -262,6 +264,17 @@ SqlTranslator LocalConnection::translator() {
       return SqliteStmt(m_db, sql).declaredType(0);
     } catch (const SqliteFailure&) {
       return std::nullopt; // a column of an outer query, or none at all
+    }
+  };
+  context.columnNames = [this](const QString& sql) -> std::optional<QStringList> {
+    try {
+      SqliteStmt probe(m_db, sql);
+      QStringList names;
+      for (int i = 0; i < probe.columnCount(); ++i)
+        names << probe.columnName(i);
+      return names;
+    } catch (const SqliteFailure&) {
+      return std::nullopt;
     }
   };
   return SqlTranslator(context);

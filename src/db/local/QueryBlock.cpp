@@ -38,6 +38,7 @@ bool isNoColumn(const SqlToken& t) {
                                       QStringLiteral("ROWNUM"),       QStringLiteral("LEVEL"),
                                       QStringLiteral("LEADING"),      QStringLiteral("TRAILING"),
                                       QStringLiteral("BOTH"),         QStringLiteral("PRIOR"),
+                                      QStringLiteral("CONNECT_BY_ROOT"),
                                       QStringLiteral("ANY"),          QStringLiteral("SOME"),
                                       QStringLiteral("CURRENT_DATE"), QStringLiteral("CURRENT_TIMESTAMP")};
   return t.kind != SqlToken::Kind::Quoted && words.contains(t.upper());
