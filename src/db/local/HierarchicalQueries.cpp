@@ -219,10 +219,16 @@ private:
         columns << QStringLiteral("\"UP$") + prior.column.mid(7);
     out.push_back(raw(QStringLiteral("%1(%2) AS").arg(Tree, columns.join(QStringLiteral(", ")))));
     out.push_back(sym(u"("));
-    // The roots.
-    // The path: the identities of the row and its ancestors, of one width so that it sorts.
+    // The path: the identities of the row and its ancestors, of one width so that it sorts. A
+    // walk without PRIOR, the row generator of CONNECT BY LEVEL <= n, joins every row to every
+    // row of the level before and has no loop to find: its rows go by LEVEL, which keeps the
+    // path from growing with the depth.
     const QString padded = QStringLiteral("printf('%012d', ") + m_id + u')';
-    out.push_back(raw(QStringLiteral("SELECT %1, '/' || %2 || '/', 1, 0").arg(m_id, padded)));
+    const QString rootKey = loops ? QStringLiteral("'/' || %1 || '/'").arg(padded) : QStringLiteral("1");
+    const QString childKey = loops ? QStringLiteral("%1.\"DBSWEEP$KEY\" || %2 || '/'").arg(Parent, padded)
+                                   : QStringLiteral("%1.\"LEVEL\" + 1").arg(Parent);
+    // The roots.
+    out.push_back(raw(QStringLiteral("SELECT %1, %2, 1, 0").arg(m_id, rootKey)));
     carried(false, out);
     out.push_back(raw(QStringLiteral("FROM")));
     append(out, treeSource());
@@ -231,9 +237,9 @@ private:
       range(c.start.begin, c.start.end, out);
     }
     // Their children, and theirs.
-    out.push_back(raw(QStringLiteral("UNION ALL SELECT %1, %2.\"DBSWEEP$KEY\" || %3 || '/', %2.\"LEVEL\" + 1, %4")
-                          .arg(m_id, Parent, padded,
-                               loops ? QStringLiteral("instr(%1.\"DBSWEEP$KEY\", '/' || %2 || '/') > 0").arg(Parent, padded)
+    out.push_back(raw(QStringLiteral("UNION ALL SELECT %1, %2, %3.\"LEVEL\" + 1, %4")
+                          .arg(m_id, childKey, Parent,
+                               loops ? QStringLiteral("%1.\"DBSWEEP$KEY\" GLOB '*/' || %2 || '/*'").arg(Parent, padded)
                                      : QStringLiteral("0"))));
     carried(true, out);
     out.push_back(raw(QStringLiteral("FROM %1 AS %2 JOIN").arg(Tree, Parent)));
