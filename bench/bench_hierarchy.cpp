@@ -14,7 +14,8 @@ int main(int argc, char* argv[]) {
 
   const BenchInstance instance;
   OraDatabase db = instance.logOn(QStringLiteral("system"));
-  db.ExecuteSQL(QStringLiteral("create table NODES (ID number(10) primary key, PARENT_ID number(10), NAME varchar2(12))"));
+  db.ExecuteSQL(
+      QStringLiteral("create table NODES (ID number(10) primary key, PARENT_ID number(10), NAME varchar2(12))"));
   db.ExecuteSQL(QStringLiteral("insert into NODES select level, case when level > 1 then trunc((level - 2) / 10) + 1 "
                                "end, 'N' || level from dual connect by level <= %1")
                     .arg(rows));

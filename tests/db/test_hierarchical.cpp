@@ -78,7 +78,8 @@ private Q_SLOTS:
   }
 
   void levelGeneratesRows() {
-    QCOMPARE(rows("select level from dual connect by level <= 4"), QStringList({"1", "2", "3", "4"}));
+    QCOMPARE(rows("select level, connect_by_isleaf from dual connect by level <= 3"),
+             QStringList({"1|0", "2|0", "3|1"}));
     QCOMPARE(rows("select sum(level) from dual connect by level <= 100"), QStringList({"5050"}));
     QCOMPARE(rows("select to_char(date '2024-01-30' + level - 1, 'MM/DD') from dual connect by level <= 3"),
              QStringList({"01/30", "01/31", "02/01"}));

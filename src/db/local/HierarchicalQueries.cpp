@@ -31,7 +31,8 @@ void append(Tokens& out, const Tokens& more) { out.insert(out.end(), more.begin(
 
 bool isClauseStart(const Tokens& t, size_t k, size_t end) {
   const bool by = k + 1 < end && t[k + 1].is(u"BY");
-  return t[k].is(u"FROM") || t[k].is(u"WHERE") || t[k].is(u"HAVING") || (t[k].is(u"START") && k + 1 < end && t[k + 1].is(u"WITH")) ||
+  return t[k].is(u"FROM") || t[k].is(u"WHERE") || t[k].is(u"HAVING") ||
+         (t[k].is(u"START") && k + 1 < end && t[k + 1].is(u"WITH")) ||
          ((t[k].is(u"CONNECT") || t[k].is(u"GROUP")) && by) ||
          (t[k].is(u"ORDER") && (by || (k + 2 < end && t[k + 1].is(u"SIBLINGS") && t[k + 2].is(u"BY"))));
 }
@@ -121,8 +122,8 @@ public:
       if (m_t[i].is(u"SELECT")) {
         const size_t blockEnd = QueryBlock::read(m_t, i, end).end;
         if (hasConnectBy(m_t, i, blockEnd)) {
-          const bool whole = (i == begin && blockEnd == end);
-          block(i, blockEnd, !whole, out);
+          // Each block has a walk of its own, also one in a subquery of another's.
+          Rewriter(m_t, m_columnsOf).block(i, blockEnd, !(i == begin && blockEnd == end), out);
           i = blockEnd;
           continue;
         }
@@ -143,8 +144,8 @@ public:
 private:
   // An expression the query asks of a row's ancestors, and the column of the tree that keeps it.
   struct Carried {
-    size_t begin, end;    // the expression
-    size_t sepBegin = 0;  // SYS_CONNECT_BY_PATH: its separator
+    size_t begin, end;   // the expression
+    size_t sepBegin = 0; // SYS_CONNECT_BY_PATH: its separator
     QString column;
   };
 
@@ -153,18 +154,15 @@ private:
     if (!c.from)
       TokenCursor::fail(923);
     readFromItem(c.from.begin, c.from.end);
-    m_priors.clear();
-    m_roots.clear();
-    m_paths.clear();
-    m_parentUses.clear();
     const bool numbered = c.siblings || !m_columnsOf(source(), true);
     m_id = numbered ? m_alias + QStringLiteral(".\"DBSWEEP$ID\"") : m_alias + QStringLiteral(".rowid");
     m_numbered = numbered;
     m_nocycle = c.nocycle;
+    m_prior = containsToken(m_t, c.connect.begin, c.connect.end, u"PRIOR");
 
     // The select list, WHERE, GROUP BY and ORDER BY, over the rows of the tree.
     Tokens items;
-    selectList(select + 1, c.from.at, items);
+    selectList(select, c.from.at, items);
     Tokens where, group, order;
     if (c.where)
       outer(c.where.begin, c.where.end, where);
@@ -186,7 +184,6 @@ private:
         condition.push_back(m_t[k++]);
       }
     }
-    const bool loops = !m_priors.empty();
 
     if (wrap) {
       out.push_back(raw(QStringLiteral("SELECT * FROM")));
@@ -209,8 +206,8 @@ private:
       out.push_back(sym(u")"));
       out.push_back(sym(u","));
     }
-    QStringList columns{QStringLiteral("\"DBSWEEP$ID\""), QStringLiteral("\"DBSWEEP$KEY\""), QStringLiteral("\"LEVEL\""),
-                        QStringLiteral("\"DBSWEEP$CYCLE\"")};
+    QStringList columns{QStringLiteral("\"DBSWEEP$ID\""), QStringLiteral("\"DBSWEEP$KEY\""),
+                        QStringLiteral("\"LEVEL\""), QStringLiteral("\"DBSWEEP$CYCLE\"")};
     for (const auto* list : {&m_priors, &m_roots, &m_paths})
       for (const Carried& carried : *list)
         columns << carried.column;
@@ -224,9 +221,9 @@ private:
     // row of the level before and has no loop to find: its rows go by LEVEL, which keeps the
     // path from growing with the depth.
     const QString padded = QStringLiteral("printf('%012d', ") + m_id + u')';
-    const QString rootKey = loops ? QStringLiteral("'/' || %1 || '/'").arg(padded) : QStringLiteral("1");
-    const QString childKey = loops ? QStringLiteral("%1.\"DBSWEEP$KEY\" || %2 || '/'").arg(Parent, padded)
-                                   : QStringLiteral("%1.\"LEVEL\" + 1").arg(Parent);
+    const QString rootKey = m_prior ? QStringLiteral("'/' || %1 || '/'").arg(padded) : QStringLiteral("1");
+    const QString childKey = m_prior ? QStringLiteral("%1.\"DBSWEEP$KEY\" || %2 || '/'").arg(Parent, padded)
+                                     : QStringLiteral("%1.\"LEVEL\" + 1").arg(Parent);
     // The roots.
     out.push_back(raw(QStringLiteral("SELECT %1, %2, 1, 0").arg(m_id, rootKey)));
     carried(false, out);
@@ -237,10 +234,11 @@ private:
       range(c.start.begin, c.start.end, out);
     }
     // Their children, and theirs.
-    out.push_back(raw(QStringLiteral("UNION ALL SELECT %1, %2, %3.\"LEVEL\" + 1, %4")
-                          .arg(m_id, childKey, Parent,
-                               loops ? QStringLiteral("%1.\"DBSWEEP$KEY\" GLOB '*/' || %2 || '/*'").arg(Parent, padded)
-                                     : QStringLiteral("0"))));
+    out.push_back(
+        raw(QStringLiteral("UNION ALL SELECT %1, %2, %3.\"LEVEL\" + 1, %4")
+                .arg(m_id, childKey, Parent,
+                     m_prior ? QStringLiteral("%1.\"DBSWEEP$KEY\" GLOB '*/' || %2 || '/*'").arg(Parent, padded)
+                             : QStringLiteral("0"))));
     carried(true, out);
     out.push_back(raw(QStringLiteral("FROM %1 AS %2 JOIN").arg(Tree, Parent)));
     append(out, treeSource());
@@ -393,13 +391,19 @@ private:
         if (!leaf && !m_nocycle)
           throw OraError(30930, QStringLiteral("NOCYCLE keyword is required with CONNECT_BY_ISCYCLE pseudocolumn"));
         // A row's children are the rows whose path is its path and one identity more: a leaf has
-        // none, and a row in a cycle has one that stands for an ancestor.
-        out.push_back(raw(QStringLiteral("(CASE WHEN %1.\"DBSWEEP$KEY\" IN (SELECT substr(c.\"DBSWEEP$KEY\", 1, "
-                                         "length(c.\"DBSWEEP$KEY\") - 13) FROM %1 c WHERE c.\"DBSWEEP$CYCLE\" = %2 "
-                                         "AND c.\"LEVEL\" > 1) THEN %3 ELSE %4 END)")
-                              .arg(Tree, leaf ? QStringLiteral("0") : QStringLiteral("1"),
-                                   leaf ? QStringLiteral("0") : QStringLiteral("1"),
-                                   leaf ? QStringLiteral("1") : QStringLiteral("0"))));
+        // none, and a row in a cycle has one that stands for an ancestor. Without PRIOR every row
+        // of a level has the rows of the next for children.
+        if (leaf && !m_prior)
+          out.push_back(
+              raw(QStringLiteral("(CASE WHEN %1.\"LEVEL\" + 1 IN (SELECT c.\"LEVEL\" FROM %1 c) THEN 0 ELSE 1 END)")
+                      .arg(Tree)));
+        else
+          out.push_back(raw(QStringLiteral("(CASE WHEN %1.\"DBSWEEP$KEY\" IN (SELECT substr(c.\"DBSWEEP$KEY\", 1, "
+                                           "length(c.\"DBSWEEP$KEY\") - 13) FROM %1 c WHERE c.\"DBSWEEP$CYCLE\" = %2 "
+                                           "AND c.\"LEVEL\" > 1) THEN %3 ELSE %4 END)")
+                                .arg(Tree, leaf ? QStringLiteral("0") : QStringLiteral("1"),
+                                     leaf ? QStringLiteral("0") : QStringLiteral("1"),
+                                     leaf ? QStringLiteral("1") : QStringLiteral("0"))));
         m_replaced = true;
         ++k;
       } else if (m_t[k].is(u"SYS_CONNECT_BY_PATH") && k + 1 < end && m_t[k + 1].is(u"(")) {
@@ -435,11 +439,12 @@ private:
 
   // The select list: an item the tree's columns replace keeps Oracle's label, and * stands for
   // the FROM item's columns, without the number a numbered copy adds.
-  void selectList(size_t begin, size_t end, Tokens& out) {
-    size_t listBegin = begin;
-    if (m_t[begin].is(u"DISTINCT") || m_t[begin].is(u"UNIQUE") || m_t[begin].is(u"ALL"))
+  void selectList(size_t select, size_t end, Tokens& out) {
+    size_t listBegin = select + 1;
+    if (m_t[listBegin].is(u"DISTINCT") || m_t[listBegin].is(u"UNIQUE") || m_t[listBegin].is(u"ALL"))
       out.push_back(m_t[listBegin++]);
     const auto parts = QueryBlock::split(m_t, listBegin, end);
+    const auto bareItems = QueryBlock::read(m_t, select, end).items;
     for (size_t n = 0; n < parts.size(); ++n) {
       if (n)
         out.push_back(sym(u","));
@@ -460,7 +465,7 @@ private:
         append(out, oracle(columns.join(QStringLiteral(", "))));
         continue;
       }
-      const QueryBlock::Range bare = QueryBlock::read(m_t, select(begin), end).items.at(n);
+      const QueryBlock::Range bare = bareItems.at(n);
       m_replaced = false;
       outer(bare.begin, bare.end, out);
       if (bare.end != item.end) {
@@ -473,19 +478,13 @@ private:
     }
   }
 
-  size_t select(size_t listBegin) const {
-    size_t k = listBegin - 1;
-    while (!m_t[k].is(u"SELECT"))
-      --k;
-    return k;
-  }
-
   const Tokens& m_t;
   const ColumnsOf& m_columnsOf;
   size_t m_sourceBegin = 0, m_sourceEnd = 0;
   QString m_alias, m_id;
   bool m_numbered = false;
   bool m_nocycle = false;
+  bool m_prior = false;    // the CONNECT BY condition reads the parent row
   bool m_replaced = false; // the tree's columns stand for something in the item just read
   std::vector<Carried> m_priors, m_roots, m_paths;
   QStringList m_parentUses;

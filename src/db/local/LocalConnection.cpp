@@ -278,7 +278,8 @@ QString LocalConnection::schemaOf(const QString& owner) {
 }
 
 SqlTranslator LocalConnection::translator() {
-  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}, {}};
+  SqlTranslator::Context context{
+      m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}, {}};
   context.hasColumn = [this](std::vector<SqlToken> item, const QString& column) {
     item.push_back(SqlToken{});
     try {

@@ -109,7 +109,7 @@ private:
   std::unique_ptr<SessionWatch> m_watch;
   bool m_explicit = false; // after begin(): changes wait for commit() or rollback()
   bool m_inTransaction = false;
-  QStringList m_attached; // other schemas, least recently used first
+  QStringList m_attached;   // other schemas, least recently used first
   QStringList m_savepoints; // of the pending transaction, oldest first
   QHash<QString, qint64> m_currval;
   QHash<QString, RowValue> m_rowValues;

@@ -303,21 +303,22 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
   if (begin == 0 && !m_probing && !m_rownumDone && !m_rewritten)
     CompoundCheck::check(t, begin, end, [&](size_t b, size_t e) { return declaredType(t, b, e); });
   if (HierarchicalQueries::contains(t, begin, end)) {
-    const auto tree = HierarchicalQueries::rewrite(t, begin, end, [this](const std::vector<SqlToken>& item, bool rowid) {
-      if (!m_context.columnNames || !m_context.declaredType)
-        return std::optional<QStringList>();
-      std::vector<SqlToken> probe = item;
-      probe.push_back(SqlToken{});
-      SqlTranslator inner(*this);
-      inner.m_probing = true;
-      const QString from = inner.translate(probe);
-      if (!rowid)
-        return m_context.columnNames(QStringLiteral("SELECT * FROM %1 WHERE 0").arg(from));
-      // A view answers for a rowid too, with NULLs; only a table's is an INTEGER.
-      if (m_context.declaredType(QStringLiteral("SELECT rowid FROM %1 WHERE 0").arg(from)) != u"INTEGER")
-        return std::optional<QStringList>();
-      return std::optional<QStringList>(QStringList{QStringLiteral("ROWID")});
-    });
+    const auto tree =
+        HierarchicalQueries::rewrite(t, begin, end, [this](const std::vector<SqlToken>& item, bool rowid) {
+          if (!m_context.columnNames || !m_context.declaredType)
+            return std::optional<QStringList>();
+          std::vector<SqlToken> probe = item;
+          probe.push_back(SqlToken{});
+          SqlTranslator inner(*this);
+          inner.m_probing = true;
+          const QString from = inner.translate(probe);
+          if (!rowid)
+            return m_context.columnNames(QStringLiteral("SELECT * FROM %1 WHERE 0").arg(from));
+          // A view answers for a rowid too, with NULLs; only a table's is an INTEGER.
+          if (m_context.declaredType(QStringLiteral("SELECT rowid FROM %1 WHERE 0").arg(from)) != u"INTEGER")
+            return std::optional<QStringList>();
+          return std::optional<QStringList>(QStringList{QStringLiteral("ROWID")});
+        });
     SqlTranslator inner(*this);
     inner.m_rewritten = true;
     return inner.translate(tree, 0, tree.size());
