@@ -445,6 +445,8 @@ private:
       out.push_back(m_t[listBegin++]);
     const auto parts = QueryBlock::split(m_t, listBegin, end);
     const auto bareItems = QueryBlock::read(m_t, select, end).items;
+    if (bareItems.size() != parts.size())
+      TokenCursor::fail(936);
     for (size_t n = 0; n < parts.size(); ++n) {
       if (n)
         out.push_back(sym(u","));

@@ -302,7 +302,9 @@ QString SqlTranslator::labelOf(const std::vector<SqlToken>& t, size_t begin, siz
 QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
   if (begin == 0 && !m_probing && !m_rownumDone && !m_rewritten)
     CompoundCheck::check(t, begin, end, [&](size_t b, size_t e) { return declaredType(t, b, e); });
-  if (HierarchicalQueries::contains(t, begin, end)) {
+  // One rewrite takes every block it can; CONNECT BY left where no block holds it is an error of
+  // the statement, for SQLite to find.
+  if (!m_rewritten && HierarchicalQueries::contains(t, begin, end)) {
     const auto tree =
         HierarchicalQueries::rewrite(t, begin, end, [this](const std::vector<SqlToken>& item, bool rowid) {
           if (!m_context.columnNames || !m_context.declaredType)
