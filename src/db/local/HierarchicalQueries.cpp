@@ -101,7 +101,7 @@ bool hasConnectBy(const Tokens& t, size_t select, size_t end) {
 // Past the operand of PRIOR or CONNECT_BY_ROOT at k: a name, a dotted name, a call or a
 // parenthesised expression.
 size_t afterOperand(const Tokens& t, size_t k, size_t end) {
-  if (k >= end)
+  if (k >= end || !(t[k].isName() || t[k].is(u"(")))
     TokenCursor::fail(936);
   if (t[k].is(u"("))
     return QueryBlock::closing(t, k, end);
