@@ -21,7 +21,9 @@ private Q_SLOTS:
     exec("insert into order_lines (order_no, line_no, item_code, qty) values (10, 1, 'X-1', 3)");
     exec("insert into order_lines (order_no, line_no, item_code, qty) values (10, 2, 'X-2', 1)");
   }
-  void cleanup() { closeSales(); }
+  void cleanup() {
+    closeSales();
+  }
 
   void constraintsRaiseOraclesErrors() {
     QString text;
