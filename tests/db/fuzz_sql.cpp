@@ -49,17 +49,23 @@ const QStringList Seeds = {
     "truncate table order_lines",
     "drop table work1 cascade constraints",
     "select * from (select cust_no, count(*) n from orders group by cust_no) where n > 1 and rownum <= 10",
+    "select level, cust_no, sys_connect_by_path(cust_name, '/'), connect_by_root cust_no, prior cust_name from "
+    "customers where level <= 3 start with rank_code = 'A' connect by nocycle prior cust_no = credit order "
+    "siblings by cust_name",
+    "select cust_no, row_number() over (partition by rank_code order by credit desc) from customers order by 1 "
+    "offset 1 rows fetch next 2 rows only",
 };
 
 const QStringList Interesting = {
-    "(+)",  "(",      ")",          ",",       "'",     "''",         "'x'",     "\"",     "\"Q\"",
-    "1",    "-1",     "1e309",      ".",       "*",     "/",          "||",      "=",      "<=",
-    "<>",   "!=",     ">",          "SELECT",  "FROM",  "WHERE",      "AND",     "OR",     "NOT",
-    "IN",   "EXISTS", "UNION",      "ALL",     "MINUS", "ROWNUM",     "DUAL",    "NULL",   "NVL(",
-    "(+",   "+)",     "SYSDATE",    "NEXTVAL", "ORDER", "BY",         "GROUP",   "HAVING", "DISTINCT",
-    "CASE", "WHEN",   "THEN",       "END",     "LIKE",  "ESCAPE",     "BETWEEN", ":b",     "--",
-    "/*",   "*/",     ";",          "\\",      "\t",    "日本",       "TABLE",   "CREATE", "ALTER",
-    "DROP", "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
+    "(+)",     "(",      ")",          ",",       "'",     "''",         "'x'",     "\"",     "\"Q\"",
+    "1",       "-1",     "1e309",      ".",       "*",     "/",          "||",      "=",      "<=",
+    "<>",      "!=",     ">",          "SELECT",  "FROM",  "WHERE",      "AND",     "OR",     "NOT",
+    "IN",      "EXISTS", "UNION",      "ALL",     "MINUS", "ROWNUM",     "DUAL",    "NULL",   "NVL(",
+    "(+",      "+)",     "SYSDATE",    "NEXTVAL", "ORDER", "BY",         "GROUP",   "HAVING", "DISTINCT",
+    "CASE",    "WHEN",   "THEN",       "END",     "LIKE",  "ESCAPE",     "BETWEEN", ":b",     "--",
+    "/*",      "*/",     ";",          "\\",      "\t",    "日本",       "TABLE",   "CREATE", "ALTER",
+    "DROP",    "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
+    "CONNECT", "PRIOR",  "LEVEL",      "START",   "WITH",  "FETCH",      "OFFSET",  "ROWS",   "OVER",
 };
 
 QString mutate(const QString& seed, QRandomGenerator& random) {
