@@ -306,8 +306,8 @@ void FDBSWEEP::appendDroppedName() {
 
 void FDBSWEEP::showIndexBrowser() {
   // One index browser at a time: while it is open a further drop only brings it forward, with
-  // the table it already shows.
-  if (!m_idx) {
+  // the table it already shows. A closed one is on its way out.
+  if (!m_idx || !m_idx->isVisible()) {
     m_idx = new FDBSWEEP_Idx(m_state, m_services, *m_grdTable, *m_printer, this);
     m_idx->load();
   }
