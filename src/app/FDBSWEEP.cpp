@@ -38,30 +38,15 @@ namespace {
 
 // The size a first start opens with, and the default-size button's width.
 constexpr int DefaultWidthTwips = 12015;
-constexpr int DefaultHeightTwips = 9840;
-// The reference column width the grids are designed for.
-constexpr int DesignU = 800;
-// Vertical design: the band of logon controls, then the grids.
-constexpr int GridsTop = 600;
-constexpr int Margin = 60;
-constexpr int KeyButtonHeight = 300;
 constexpr int RowHeight = 315;
-constexpr int ButtonHeight = 375;
-constexpr int ButtonWidth = 1100;
 constexpr int FilterLabelWidth = 450;
+using namespace WindowDesign;
 
 QString readSetting(BDBSWEEP& state, const QString& area, const QString& key, const QString& def) {
   return RegSetting(*state.gRegistry, QStringLiteral("R"), area, key, def);
 }
 QString readSetting(BDBSWEEP& state, const QString& key, const QString& def) {
   return readSetting(state, QStringLiteral("JVK"), key, def);
-}
-
-QPushButton* button(QWidget* parent, const QString& name, const QString& caption) {
-  auto* b = new QPushButton(caption, parent);
-  b->setObjectName(name);
-  b->setAutoDefault(false);
-  return b;
 }
 
 QLabel* label(QWidget* parent, const QString& name, const QString& text = QString()) {
@@ -80,7 +65,7 @@ FDBSWEEP::FDBSWEEP(BDBSWEEP& state, Services& services, QWidget* parent)
   central->setObjectName(QStringLiteral("central"));
   setCentralWidget(central);
   m_frame = new WindowFrame(*this, central, state, services,
-                            {QString(), DefaultWidthTwips, DefaultHeightTwips, DesignU});
+                            {QString(), DefaultWidthTwips, DefaultHeight, U});
   m_frame->setJobSource({[this] { return takePlan(); }, true});
   buildTopBand(central);
   buildGrids(central);
@@ -97,7 +82,7 @@ FDBSWEEP::FDBSWEEP(BDBSWEEP& state, Services& services, QWidget* parent)
 FDBSWEEP::~FDBSWEEP() = default;
 
 void FDBSWEEP::buildTopBand(QWidget* central) {
-  m_cmdLogon = button(central, QStringLiteral("CmdLogon"), QStringLiteral("接続"));
+  m_cmdLogon = NamedButton(central, QStringLiteral("CmdLogon"), QStringLiteral("接続"));
   m_cmdLogon->setToolTip(QStringLiteral("接続します"));
   m_label3 = label(central, QStringLiteral("Label3"));
   m_chkTabNM = m_frame->chkTabNM();
@@ -125,17 +110,9 @@ void FDBSWEEP::buildTopBand(QWidget* central) {
 }
 
 void FDBSWEEP::buildGrids(QWidget* central) {
-  const auto grid = [central](const QString& name, int cols) {
-    auto* g = new FlexGrid(central);
-    g->setObjectName(name);
-    g->setCols(cols);
-    g->setRows(1);
-    g->setFixedRows(1);
-    return g;
-  };
-  m_grdTable = grid(QStringLiteral("grdTable"), 1);
-  m_grdFIELD = grid(QStringLiteral("grdFIELD"), 5);
-  m_grdKey = grid(QStringLiteral("grdKey"), 9);
+  m_grdTable = NamedGrid(central, QStringLiteral("grdTable"), 1);
+  m_grdFIELD = NamedGrid(central, QStringLiteral("grdFIELD"), 5);
+  m_grdKey = NamedGrid(central, QStringLiteral("grdKey"), 9);
   m_grdCount = m_frame->grdCount();
   m_lstTable = new QListWidget(central);
   m_lstTable->setObjectName(QStringLiteral("lstTable"));
@@ -145,9 +122,9 @@ void FDBSWEEP::buildGrids(QWidget* central) {
 
 void FDBSWEEP::buildFilterAndButtons(QWidget* central) {
   m_frmWhere = new FilterPanel(central);
-  m_cmdKey = button(central, QStringLiteral("cmdKey"), QStringLiteral("→"));
+  m_cmdKey = NamedButton(central, QStringLiteral("cmdKey"), QStringLiteral("→"));
   m_cmdKey->setToolTip(QStringLiteral("選択した項目をキーに追加します"));
-  m_cmdBack = button(central, QStringLiteral("cmdBack"), QStringLiteral("←"));
+  m_cmdBack = NamedButton(central, QStringLiteral("cmdBack"), QStringLiteral("←"));
   m_cmdBack->setToolTip(QStringLiteral("選択したキーを外します"));
   m_txtAddWhere = new QLineEdit(central);
   m_txtAddWhere->setObjectName(QStringLiteral("txtAddWhere"));
@@ -156,13 +133,13 @@ void FDBSWEEP::buildFilterAndButtons(QWidget* central) {
   m_chkLstTable->setObjectName(QStringLiteral("chkLstTable"));
   // On from the start: the first key chosen fills the target list at once, as a new user expects.
   m_chkLstTable->setChecked(true);
-  m_cmdSearch = button(central, QStringLiteral("cmdSearch"), QStringLiteral("検索"));
+  m_cmdSearch = NamedButton(central, QStringLiteral("cmdSearch"), QStringLiteral("検索"));
   const QStringList andCaptions = {QStringLiteral("ｸﾘｱ"), QStringLiteral("AND"), QStringLiteral("OR")};
   for (int i = 0; i < 3; ++i)
-    m_cmdAND[size_t(i)] = button(central, QStringLiteral("cmdAND_%1").arg(i), andCaptions[i]);
-  m_cmdOpt = button(central, QStringLiteral("cmdOpt"), QStringLiteral("ｵﾌﾟｼｮﾝ"));
-  m_cmdPrint = button(central, QStringLiteral("cmdPrint"), QStringLiteral("結果印刷"));
-  m_cmdVer = button(central, QStringLiteral("cmdVer"), QStringLiteral("バージョン"));
+    m_cmdAND[size_t(i)] = NamedButton(central, QStringLiteral("cmdAND_%1").arg(i), andCaptions[i]);
+  m_cmdOpt = NamedButton(central, QStringLiteral("cmdOpt"), QStringLiteral("ｵﾌﾟｼｮﾝ"));
+  m_cmdPrint = NamedButton(central, QStringLiteral("cmdPrint"), QStringLiteral("結果印刷"));
+  m_cmdVer = NamedButton(central, QStringLiteral("cmdVer"), QStringLiteral("バージョン"));
   connect(m_cmdPrint, &QPushButton::clicked, this, &FDBSWEEP::cmdPrint_Click);
   connect(m_cmdVer, &QPushButton::clicked, m_frame, &WindowFrame::showVersionWindow);
   connect(m_cmdOpt, &QPushButton::clicked, m_frame, &WindowFrame::showOptions);
@@ -174,13 +151,8 @@ void FDBSWEEP::load() {
   m_state.gOo4oVersionText.clear();
 
   // The design measures, taken before the stored geometry changes the size.
-  const int barsHeight =
-      pixelsToTwipsY(this, m_frame->tbar()->sizeHint().height() + statusBar()->sizeHint().height());
-  m_designGridHeight = DefaultHeightTwips - barsHeight - GridsTop - Margin;
-  // The key grid shows all ten keys at once, so the filter rows beside it never scroll apart.
-  m_keyGridHeight =
-      pixelsToTwipsY(this, m_grdKey->horizontalHeader()->sizeHint().height() +
-                               10 * m_grdKey->verticalHeader()->defaultSectionSize() + 2 * m_grdKey->frameWidth());
+  m_designGridHeight = m_frame->designGridHeight();
+  m_keyGridHeight = KeyGridHeight(*m_grdKey);
   m_designListHeight = m_designGridHeight - m_keyGridHeight - KeyButtonHeight - 2 * Margin;
   m_designCountHeight = m_designGridHeight - (m_keyGridHeight + Margin + RowHeight + 30 + 4 * (ButtonHeight + 30));
 

@@ -142,20 +142,9 @@ void FDBSWEEP::LoadColumnCatalogue() {
                           MessageBoxes::Icon::Critical);
     return;
   }
-  const int count = columns->upper();
-  m_state.gColumns.redim(count);
   m_grdFIELD->setEnabled(true);
   m_grdKey->setEnabled(true);
-  m_grdFIELD->setRows(count + 1);
-  for (int r = 1; r <= count; ++r) {
-    m_state.gColumns.set(0, r, columns->at(0, r));
-    m_state.gColumns.set(1, r, columns->at(1, r));
-    m_grdFIELD->setTextMatrix(r, 0, QString::number(r));
-    m_grdFIELD->setCellBackColor(r, 1, QColor());
-    for (int c = 2; c <= 4; ++c)
-      m_grdFIELD->setTextMatrix(r, c, columns->at(c, r));
-  }
-  ShowIdsOrNames(*m_grdFIELD, 1, m_state.gColumns, m_chkFldNM->isChecked());
+  ShowFields(*m_grdFIELD, m_state.gColumns, *columns, m_chkFldNM->isChecked());
 }
 
 void FDBSWEEP::disableTableJobs() { m_frame->setTableJobsEnabled(false); }

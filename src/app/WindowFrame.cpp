@@ -31,6 +31,7 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QLabel>
 #include <QMainWindow>
 #include <QPrinter>
@@ -51,13 +52,6 @@ QString readSetting(BDBSWEEP& state, const QString& key, const QString& def) {
   return RegSetting(*state.gRegistry, QStringLiteral("R"), JVK, key, def);
 }
 
-QPushButton* button(QWidget* parent, const QString& name, const QString& caption) {
-  auto* b = new QPushButton(caption, parent);
-  b->setObjectName(name);
-  b->setAutoDefault(false);
-  return b;
-}
-
 QCheckBox* checkBox(QWidget* parent, const QString& name, const QString& caption) {
   auto* c = new QCheckBox(caption, parent);
   c->setObjectName(name);
@@ -65,6 +59,27 @@ QCheckBox* checkBox(QWidget* parent, const QString& name, const QString& caption
 }
 
 } // namespace
+
+QPushButton* NamedButton(QWidget* parent, const QString& name, const QString& caption) {
+  auto* b = new QPushButton(caption, parent);
+  b->setObjectName(name);
+  b->setAutoDefault(false);
+  return b;
+}
+
+FlexGrid* NamedGrid(QWidget* parent, const QString& name, int cols) {
+  auto* g = new FlexGrid(parent);
+  g->setObjectName(name);
+  g->setCols(cols);
+  g->setRows(1);
+  g->setFixedRows(1);
+  return g;
+}
+
+int KeyGridHeight(const FlexGrid& keys) {
+  return pixelsToTwipsY(&keys, keys.horizontalHeader()->sizeHint().height() +
+                                   10 * keys.verticalHeader()->defaultSectionSize() + 2 * keys.frameWidth());
+}
 
 WindowFrame::WindowFrame(QMainWindow& window, QWidget* central, BDBSWEEP& state, Services& services, Design design)
     : QObject(&window), m_window(window), m_state(state), m_services(services), m_design(std::move(design)) {
@@ -87,21 +102,17 @@ void WindowFrame::buildControls(QWidget* central) {
   m_lblOra->setObjectName(QStringLiteral("lblOra"));
   m_chkTabNM = checkBox(central, QStringLiteral("chkTabNM"), QStringLiteral("ﾃｰﾌﾞﾙID表示"));
   m_chkFldNM = checkBox(central, QStringLiteral("chkFldNM"), QStringLiteral("項目ID表示"));
-  m_cmdDefaultSize = button(central, QStringLiteral("cmdDefaultSize"), QStringLiteral("ﾃﾞﾌｫﾙﾄ ｻｲｽﾞ"));
-  m_cmdEnd = button(central, QStringLiteral("cmdEnd"), QStringLiteral("終了"));
+  m_cmdDefaultSize = NamedButton(central, QStringLiteral("cmdDefaultSize"), QStringLiteral("ﾃﾞﾌｫﾙﾄ ｻｲｽﾞ"));
+  m_cmdEnd = NamedButton(central, QStringLiteral("cmdEnd"), QStringLiteral("終了"));
   connect(m_cmdDefaultSize, &QPushButton::clicked, this, &WindowFrame::cmdDefaultSize_Click);
   connect(m_cmdEnd, &QPushButton::clicked, &m_window, &QWidget::close);
 
   const QList<QAction*>& jobs = m_tbar->jobs();
   for (int i = 0; i < 7; ++i) {
-    m_cmdJOB[size_t(i)] = button(central, QStringLiteral("cmdJOB_%1").arg(i), jobs[i]->text());
+    m_cmdJOB[size_t(i)] = NamedButton(central, QStringLiteral("cmdJOB_%1").arg(i), jobs[i]->text());
     connect(m_cmdJOB[size_t(i)], &QPushButton::clicked, this, [this, i] { cmdJOB_Click(i); });
   }
-  m_grdCount = new FlexGrid(central);
-  m_grdCount->setObjectName(QStringLiteral("grdCount"));
-  m_grdCount->setCols(1);
-  m_grdCount->setRows(1);
-  m_grdCount->setFixedRows(1);
+  m_grdCount = NamedGrid(central, QStringLiteral("grdCount"), 1);
   m_results = new ResultList(m_grdCount);
   m_results->clear();
   m_popPop = new PopPop(&m_window);
@@ -157,6 +168,11 @@ void WindowFrame::connectToolBar() {
                        m_services.env.db.programFolder);
     });
   }
+}
+
+int WindowFrame::designGridHeight() const {
+  const int bars = m_tbar->sizeHint().height() + m_window.statusBar()->sizeHint().height();
+  return m_design.defaultHeight - pixelsToTwipsY(&m_window, bars) - WindowDesign::GridsTop - WindowDesign::Margin;
 }
 
 void WindowFrame::load() {

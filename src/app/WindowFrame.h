@@ -31,6 +31,27 @@ struct Services;
 // stored geometry and display switches, the default-size and end buttons, the seven job buttons
 // with their result list, and the pop-up menu of the browser's lists. Each window keeps what is
 // its own (its content, and what its refresh means) and tells the frame through a few hooks.
+// The measures, in twips, the browser windows are designed with.
+namespace WindowDesign {
+inline constexpr int DefaultHeight = 9840;
+// The reference column width the grids are designed for.
+inline constexpr int U = 800;
+// Below the band of logon controls and display switches.
+inline constexpr int GridsTop = 600;
+inline constexpr int Margin = 60;
+inline constexpr int KeyButtonHeight = 300;
+inline constexpr int ButtonHeight = 375;
+inline constexpr int ButtonWidth = 1100;
+} // namespace WindowDesign
+
+// A push button named name that never becomes the window's default for Enter.
+QPushButton* NamedButton(QWidget* parent, const QString& name, const QString& caption);
+// A grid named name of cols columns, with one fixed heading row and nothing under it.
+FlexGrid* NamedGrid(QWidget* parent, const QString& name, int cols);
+// The height, in twips, of a key grid that shows all ten keys at once, so the rows beside it
+// never scroll apart from them.
+int KeyGridHeight(const FlexGrid& keys);
+
 class WindowFrame final : public QObject {
   Q_OBJECT
   Q_DISABLE_COPY_MOVE(WindowFrame)
@@ -69,6 +90,8 @@ public:
   PopPop* popPop() const { return m_popPop; }
   // The reference column width for the window's current size.
   int u() const { return m_u; }
+  // The design height of the grids that reach from the top band to the status bar.
+  int designGridHeight() const;
 
   void setJobSource(JobSource source) { m_jobSource = std::move(source); }
 

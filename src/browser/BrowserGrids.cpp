@@ -96,6 +96,21 @@ void ShowIdsOrNames(FlexGrid& grid, int col, const TextTable& table, bool ids) {
     grid.setTextMatrix(r, col, table.at(field, r));
 }
 
+void ShowFields(FlexGrid& fields, TextTable& columns, const TextTable& read, bool ids) {
+  const int count = read.upper();
+  columns.redim(count);
+  fields.setRows(count + 1);
+  for (int r = 1; r <= count; ++r) {
+    columns.set(0, r, read.at(0, r));
+    columns.set(1, r, read.at(1, r));
+    fields.setTextMatrix(r, 0, QString::number(r));
+    fields.setCellBackColor(r, 1, QColor());
+    for (int c = 2; c <= 4; ++c)
+      fields.setTextMatrix(r, c, read.at(c, r));
+  }
+  ShowIdsOrNames(fields, 1, columns, ids);
+}
+
 void ShowKeyNames(FlexGrid& keys, const TextTable& columns, bool ids) {
   const int field = ids ? 0 : 1;
   for (int k = 1; k < keys.Rows(); ++k)

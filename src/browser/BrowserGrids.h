@@ -10,6 +10,9 @@ class TextTable;
 // Writes column col of rows 1..n of grid from the catalogue table: its IDs (field 0) when ids is
 // set, else its display names (field 1).
 void ShowIdsOrNames(FlexGrid& grid, int col, const TextTable& table, bool ids);
+// Keeps the ID and the display name of each column read (fields 0 and 1) in columns, and shows
+// them in the field grid: the row number, the ID or the name, fields 2 to 4, no key marked.
+void ShowFields(FlexGrid& fields, TextTable& columns, const TextTable& read, bool ids);
 // Rewrites the names of the key rows from the column table, through the field-grid row number
 // each key keeps in its cell 0.
 void ShowKeyNames(FlexGrid& keys, const TextTable& columns, bool ids);

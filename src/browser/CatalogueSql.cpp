@@ -8,8 +8,38 @@ QString ownerIs(const QString& column, const QString& user) {
 
 const QString ColumnFacts =
     QStringLiteral("select A.COLUMN_NAME,A.DATA_TYPE ,A.DATA_PRECISION ,A.DATA_SCALE ,A.DATA_LENGTH ");
-const QString ColumnCommentJoin = QStringLiteral(
-    "AND A.TABLE_NAME = C.TABLE_NAME AND A.COLUMN_NAME = C.COLUMN_NAME AND A.OWNER = C.OWNER  ORDER BY A.COLUMN_ID");
+
+// The columns of one table or index with COLNM_K, their display name: the master's (when there is
+// one to join), else the comment, else the ID.
+struct CommentedColumns {
+  QString facts;      // the select list before COLNM_K
+  QString extra;      // what follows COLNM_K
+  QString view;       // the dictionary view, as A
+  QString owner;      // A's owner column
+  QString key;        // A's column naming the table or index
+  QString commentJoin; // the join to the comments, and the order
+};
+
+const CommentedColumns TableColumns{
+    ColumnFacts, QString(), QStringLiteral("ALL_TAB_COLUMNS"), QStringLiteral("A.OWNER"), QStringLiteral("A.TABLE_NAME"),
+    QStringLiteral(
+        "AND A.TABLE_NAME = C.TABLE_NAME AND A.COLUMN_NAME = C.COLUMN_NAME AND A.OWNER = C.OWNER  ORDER BY A.COLUMN_ID")};
+const CommentedColumns IndexColumns{QStringLiteral("select A.COLUMN_NAME,A.COLUMN_POSITION ,A.COLUMN_LENGTH,A.DESCEND "),
+                                    QStringLiteral(",C.COMMENTS "), QStringLiteral("ALL_IND_COLUMNS"),
+                                    QStringLiteral("A.TABLE_OWNER"), QStringLiteral("A.INDEX_NAME"),
+                                    QStringLiteral("AND A.TABLE_NAME = C.TABLE_NAME AND A.COLUMN_NAME = C.COLUMN_NAME ")};
+
+QString commentedColumnsSql(const CommentedColumns& q, const QString& user, const QString& name,
+                            const MasterTable* m) {
+  const QString owned = ownerIs(q.owner, user) + QStringLiteral(" AND ") + q.key + QStringLiteral(" = '") + name;
+  if (!m)
+    return q.facts + QStringLiteral(",NVL(C.COMMENTS,A.COLUMN_NAME) COLNM_K ") + q.extra + QStringLiteral(" from ") +
+           q.view + QStringLiteral(" A,ALL_COL_COMMENTS C ") + owned + QStringLiteral("' ") + q.commentJoin;
+  return q.facts + QStringLiteral(",NVL(B.") + m->nameColumn + QStringLiteral(",NVL(C.COMMENTS,A.COLUMN_NAME)) COLNM_K ") +
+         q.extra + QStringLiteral(" from ") + q.view + QStringLiteral(" A,") + m->table +
+         QStringLiteral(" B,ALL_COL_COMMENTS C ") + owned + QStringLiteral("'  AND B.") + m->idColumn +
+         QStringLiteral(" (+) = A.COLUMN_NAME ") + q.commentJoin;
+}
 
 // A search by columns of a dictionary view: which objects hold the first column, then which of
 // those hold the next, and so on. The object's name is selected as select, matched as inColumn;
@@ -65,18 +95,11 @@ QString TableCatalogueFallbackSql(const QString& user) {
 }
 
 QString ColumnCatalogueSql(const QString& user, const QString& table, const MasterTable& m) {
-  return ColumnFacts + QStringLiteral(",NVL(B.") + m.nameColumn +
-         QStringLiteral(",NVL(C.COMMENTS,A.COLUMN_NAME)) COLNM_K  from ALL_TAB_COLUMNS A,") + m.table +
-         QStringLiteral(" B,ALL_COL_COMMENTS C ") + ownerIs(QStringLiteral("A.OWNER"), user) +
-         QStringLiteral(" AND A.TABLE_NAME = '") + table + QStringLiteral("'  AND B.") + m.idColumn +
-         QStringLiteral(" (+) = A.COLUMN_NAME ") + ColumnCommentJoin;
+  return commentedColumnsSql(TableColumns, user, table, &m);
 }
 
 QString ColumnCatalogueFallbackSql(const QString& user, const QString& table) {
-  return ColumnFacts +
-         QStringLiteral(",NVL(C.COMMENTS,A.COLUMN_NAME) COLNM_K  from ALL_TAB_COLUMNS A,ALL_COL_COMMENTS C ") +
-         ownerIs(QStringLiteral("A.OWNER"), user) + QStringLiteral(" AND A.TABLE_NAME = '") + table +
-         QStringLiteral("' ") + ColumnCommentJoin;
+  return commentedColumnsSql(TableColumns, user, table, nullptr);
 }
 
 QString ColumnInfoSql(const QString& user, const QString& table, const MasterTable& m) {
@@ -116,27 +139,12 @@ QString IndexCatalogueSql(const QString& user, const QString& table) {
          QStringLiteral("' AND NOT A.CONSTRAINT_TYPE = 'C' ");
 }
 
-namespace {
-
-const QString IndexColumnFacts = QStringLiteral("select A.COLUMN_NAME,A.COLUMN_POSITION ,A.COLUMN_LENGTH,A.DESCEND ");
-const QString IndexCommentJoin =
-    QStringLiteral("AND A.TABLE_NAME = C.TABLE_NAME AND A.COLUMN_NAME = C.COLUMN_NAME ");
-
-} // namespace
-
 QString IndexColumnsSql(const QString& user, const QString& index, const MasterTable& m) {
-  return IndexColumnFacts + QStringLiteral(",NVL(B.") + m.nameColumn +
-         QStringLiteral(",NVL(C.COMMENTS,A.COLUMN_NAME)) COLNM_K ,C.COMMENTS  from ALL_IND_COLUMNS A,") + m.table +
-         QStringLiteral(" B,ALL_COL_COMMENTS C ") + ownerIs(QStringLiteral("A.TABLE_OWNER"), user) +
-         QStringLiteral(" AND A.INDEX_NAME = '") + index + QStringLiteral("'  AND B.") + m.idColumn +
-         QStringLiteral(" (+) = A.COLUMN_NAME ") + IndexCommentJoin;
+  return commentedColumnsSql(IndexColumns, user, index, &m);
 }
 
 QString IndexColumnsFallbackSql(const QString& user, const QString& index) {
-  return IndexColumnFacts +
-         QStringLiteral(",NVL(C.COMMENTS,A.COLUMN_NAME) COLNM_K ,C.COMMENTS  from ALL_IND_COLUMNS A,ALL_COL_COMMENTS C ") +
-         ownerIs(QStringLiteral("A.TABLE_OWNER"), user) + QStringLiteral(" AND A.INDEX_NAME = '") + index +
-         QStringLiteral("' ") + IndexCommentJoin;
+  return commentedColumnsSql(IndexColumns, user, index, nullptr);
 }
 
 QString IndexSearchSql(const QString& user, const QStringList& columns) {

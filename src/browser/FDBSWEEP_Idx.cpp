@@ -23,30 +23,7 @@
 namespace {
 
 constexpr int DefaultWidthTwips = 11115;
-constexpr int DefaultHeightTwips = 9840;
-// The reference column width the grids are designed for, as in the main window.
-constexpr int DesignU = 800;
-constexpr int GridsTop = 600;
-constexpr int Margin = 60;
-constexpr int KeyButtonHeight = 300;
-constexpr int ButtonHeight = 375;
-constexpr int ButtonWidth = 1100;
-
-QPushButton* button(QWidget* parent, const QString& name, const QString& caption) {
-  auto* b = new QPushButton(caption, parent);
-  b->setObjectName(name);
-  b->setAutoDefault(false);
-  return b;
-}
-
-FlexGrid* grid(QWidget* parent, const QString& name, int cols) {
-  auto* g = new FlexGrid(parent);
-  g->setObjectName(name);
-  g->setCols(cols);
-  g->setRows(1);
-  g->setFixedRows(1);
-  return g;
-}
+using namespace WindowDesign;
 
 } // namespace
 
@@ -61,7 +38,7 @@ FDBSWEEP_Idx::FDBSWEEP_Idx(BDBSWEEP& state, Services& services, FlexGrid& tables
   central->setObjectName(QStringLiteral("central"));
   setCentralWidget(central);
   m_frame = new WindowFrame(*this, central, state, services,
-                            {QStringLiteral("I"), DefaultWidthTwips, DefaultHeightTwips, DesignU});
+                            {QStringLiteral("I"), DefaultWidthTwips, DefaultHeight, U});
   m_frame->setJobSource({[this] { return takePlan(); }, false});
   m_chkTabNM = m_frame->chkTabNM();
   m_chkFldNM = m_frame->chkFldNM();
@@ -76,9 +53,9 @@ FDBSWEEP_Idx::FDBSWEEP_Idx(BDBSWEEP& state, Services& services, FlexGrid& tables
 FDBSWEEP_Idx::~FDBSWEEP_Idx() = default;
 
 void FDBSWEEP_Idx::buildControls(QWidget* central) {
-  m_grdIndex = grid(central, QStringLiteral("grdIndex"), 3);
-  m_grdIdxFld = grid(central, QStringLiteral("grdIdxFld"), 5);
-  m_grdKey = grid(central, QStringLiteral("grdKey"), 9);
+  m_grdIndex = NamedGrid(central, QStringLiteral("grdIndex"), 3);
+  m_grdIdxFld = NamedGrid(central, QStringLiteral("grdIdxFld"), 5);
+  m_grdKey = NamedGrid(central, QStringLiteral("grdKey"), 9);
   m_lstIndex = new QListWidget(central);
   m_lstIndex->setObjectName(QStringLiteral("lstIndex"));
   m_lstIndex->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -87,20 +64,16 @@ void FDBSWEEP_Idx::buildControls(QWidget* central) {
   m_chkLstIndex->setObjectName(QStringLiteral("chkLstIndex"));
   // On from the start, as in the main window: the first key chosen lists the indexes at once.
   m_chkLstIndex->setChecked(true);
-  m_cmdKey = button(central, QStringLiteral("cmdKey"), QStringLiteral("→"));
+  m_cmdKey = NamedButton(central, QStringLiteral("cmdKey"), QStringLiteral("→"));
   m_cmdKey->setToolTip(QStringLiteral("選択した項目をキーに追加します"));
-  m_cmdBack = button(central, QStringLiteral("cmdBack"), QStringLiteral("←"));
+  m_cmdBack = NamedButton(central, QStringLiteral("cmdBack"), QStringLiteral("←"));
   m_cmdBack->setToolTip(QStringLiteral("選択したキーを外します"));
-  m_cmdSearch = button(central, QStringLiteral("cmdSearch"), QStringLiteral("検索"));
+  m_cmdSearch = NamedButton(central, QStringLiteral("cmdSearch"), QStringLiteral("検索"));
 }
 
 void FDBSWEEP_Idx::load() {
-  const int barsHeight =
-      pixelsToTwipsY(this, m_frame->tbar()->sizeHint().height() + statusBar()->sizeHint().height());
-  m_designGridHeight = DefaultHeightTwips - barsHeight - GridsTop - Margin;
-  m_keyGridHeight =
-      pixelsToTwipsY(this, m_grdKey->horizontalHeader()->sizeHint().height() +
-                               10 * m_grdKey->verticalHeader()->defaultSectionSize() + 2 * m_grdKey->frameWidth());
+  m_designGridHeight = m_frame->designGridHeight();
+  m_keyGridHeight = KeyGridHeight(*m_grdKey);
   m_designListHeight = m_designGridHeight - m_keyGridHeight - KeyButtonHeight - 2 * Margin;
   m_designCountHeight = m_designGridHeight - (ButtonHeight + 30 + 4 * (ButtonHeight + 30));
   m_frame->load();

@@ -140,20 +140,9 @@ void FDBSWEEP_Idx::LoadIndexColumns() {
     showConnectionFailure(m_services.boxes);
     return;
   }
-  const int count = columns->upper();
-  m_state.gIndexColumns.redim(count);
   m_grdIdxFld->setEnabled(true);
   m_grdKey->setEnabled(true);
-  m_grdIdxFld->setRows(count + 1);
-  for (int r = 1; r <= count; ++r) {
-    m_state.gIndexColumns.set(0, r, columns->at(0, r));
-    m_state.gIndexColumns.set(1, r, columns->at(1, r));
-    m_grdIdxFld->setTextMatrix(r, 0, QString::number(r));
-    m_grdIdxFld->setCellBackColor(r, 1, QColor());
-    for (int c = 2; c <= 4; ++c)
-      m_grdIdxFld->setTextMatrix(r, c, columns->at(c, r));
-  }
-  ShowIdsOrNames(*m_grdIdxFld, 1, m_state.gIndexColumns, m_chkFldNM->isChecked());
+  ShowFields(*m_grdIdxFld, m_state.gIndexColumns, *columns, m_chkFldNM->isChecked());
 }
 
 void FDBSWEEP_Idx::chkTabNM_Click() {
