@@ -100,12 +100,12 @@ void FDBSWEEP::buildTopBand(QWidget* central) {
   };
   place(m_cmdLogon, Margin, 60, 900, 450);
   place(m_frame->lblOra(), 1020, 30, 2400, 510);
-  place(m_label3, 3480, 30, 3000, 510);
-  place(m_chkTabNM, 6540, 20, 1700, 270);
-  place(m_chkFldNM, 6540, 290, 1700, 270);
-  place(m_frame->cmdDefaultSize(), 8300, 60, 1400, 450);
-  place(m_lblIdxDrop, 9760, 60, 450, 450);
-  place(m_label1, 10270, 30, 1700, 510);
+  place(m_label3, 3480, 30, 3300, 510);
+  place(m_chkTabNM, 6840, 20, 1600, 270);
+  place(m_chkFldNM, 6840, 290, 1600, 270);
+  place(m_frame->cmdDefaultSize(), 8500, 60, 1300, 450);
+  place(m_lblIdxDrop, 9860, 60, 450, 450);
+  place(m_label1, 10370, 30, 1600, 510);
   connect(m_cmdLogon, &QPushButton::clicked, this, &FDBSWEEP::CmdLogon_Click);
 }
 

@@ -134,7 +134,7 @@ void FDBSWEEP_Idx::layoutWindow() {
   place(m_frame->cmdDefaultSize(), 4680, 60, 1500, 450);
   place(m_frame->cmdEnd(), 6240, 60, ButtonWidth, 450);
 
-  placeGrid(m_grdIndex, Margin, {2.4, 0.6, 0.6});
+  placeGrid(m_grdIndex, Margin, {2.4, 0.6, 0.7});
   placeGrid(m_grdIdxFld, after(m_grdIndex, 20), {0.5, 1.5, 0.6, 0.6, 0.6});
   const int keyLeft = after(m_grdIdxFld, 20);
   placeGrid(m_grdKey, keyLeft, {0.5, 1.5, 0, 0, 0, 0, 0, 0, 0}, m_keyGridHeight);
