@@ -5,7 +5,6 @@
 #include "app/FDBSWEEP_Spl.h"
 #include "app/FORA_Logon.h"
 #include "app/FrameTexts.h"
-#include "app/MainToolBar.h"
 #include "app/WindowFrame.h"
 #include "browser/BrowserGrids.h"
 #include "common/BDBSWEEP.h"
@@ -29,7 +28,6 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QStatusBar>
 
 #include <cmath>
 #include <optional>

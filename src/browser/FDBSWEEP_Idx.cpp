@@ -1,22 +1,17 @@
 #include "browser/FDBSWEEP_Idx.h"
 
-#include "app/MainToolBar.h"
 #include "app/WindowFrame.h"
-#include "browser/BrowserGrids.h"
 #include "common/BDBSWEEP.h"
 #include "jobs/JobPlan.h"
 #include "jobs/ResultList.h"
 #include "widgets/FlexGrid.h"
-#include "widgets/PopPop.h"
 #include "widgets/Twips.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
-#include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
-#include <QStatusBar>
 
 #include <cmath>
 
