@@ -77,8 +77,8 @@ public:
   WindowFrame(QMainWindow& window, QWidget* central, BDBSWEEP& state, Services& services, Design design);
   ~WindowFrame() override;
 
+  // The toolbar, whose launcher menu and clone entry the window wires itself.
   MainToolBar* tbar() const { return m_tbar; }
-  StatusPanel* panel(int index) const { return m_panels[size_t(index)]; }
   QPushButton* cmdJOB(int index) const { return m_cmdJOB[size_t(index)]; }
   QCheckBox* chkTabNM() const { return m_chkTabNM; }
   QCheckBox* chkFldNM() const { return m_chkFldNM; }

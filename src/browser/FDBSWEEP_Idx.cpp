@@ -72,6 +72,8 @@ void FDBSWEEP_Idx::load() {
   m_designListHeight = m_designGridHeight - m_keyGridHeight - KeyButtonHeight - 2 * Margin;
   m_designCountHeight = m_designGridHeight - (ButtonHeight + 30 + 4 * (ButtonHeight + 30));
   m_frame->load();
+  // The stored size may be the size the window already has, and then no resize lays it out.
+  fitToSize();
   LoadIndexCatalogue();
 }
 
@@ -98,6 +100,10 @@ bool FDBSWEEP_Idx::event(QEvent* event) {
 
 void FDBSWEEP_Idx::resizeEvent(QResizeEvent* event) {
   QMainWindow::resizeEvent(event);
+  fitToSize();
+}
+
+void FDBSWEEP_Idx::fitToSize() {
   if (m_frame->followResize({{m_grdIndex, m_designGridHeight},
                              {m_grdIdxFld, m_designGridHeight},
                              {m_lstIndex, m_designListHeight},

@@ -51,6 +51,8 @@ private:
   void buildControls(QWidget* central);
   void connectBrowser();
   void writeGridHeadings();
+  // The heights and the reference width for the window's size, then the layout.
+  void fitToSize();
   void layoutWindow();
   // The refresh of the first toolbar entry and status panel: settles pending work, then reloads.
   void refresh();
