@@ -161,8 +161,8 @@ void FDBSWEEP_Idx::chkFldNM_Click() {
 }
 
 void FDBSWEEP_Idx::cmdKey_Click() {
-  // Any column of an index can be a key: an index holds no LOB or RAW column, and there is no
-  // filter row to size.
+  // Any column of an index can be a key: without filter rows there is no value to type, so no
+  // column type is refused.
   const int r = m_grdIdxFld->Row();
   if (r < 1 || m_grdIdxFld->Rows() < 2 || IsKeyField(*m_grdIdxFld, r) || !RoomForKey(*m_grdKey, m_services.boxes))
     return;
