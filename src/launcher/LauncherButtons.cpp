@@ -60,7 +60,7 @@ void LauncherButtons::LoadLauncherButtons(clsREG& registry) {
 
 void LauncherButtons::attachMenu(QMenu* menu) {
   menu->clear();
-  m_menuEntries.clear();
+  m_menuEntries.removeAll(nullptr);
   for (int i = 0; i < LauncherEntries; ++i) {
     QAction* entry = menu->addAction(QString());
     entry->setObjectName(QStringLiteral("mnuChild_%1").arg(i));
@@ -71,10 +71,13 @@ void LauncherButtons::attachMenu(QMenu* menu) {
 }
 
 void LauncherButtons::mirror() {
-  for (int i = 0; i < m_menuEntries.size(); ++i) {
-    const QPushButton* b = m_cmdChild[size_t(i)];
-    m_menuEntries[i]->setText(b->text());
-    m_menuEntries[i]->setIcon(b->icon());
-    m_menuEntries[i]->setVisible(!b->isHidden());
+  for (int k = 0; k < m_menuEntries.size(); ++k) {
+    QAction* entry = m_menuEntries[k];
+    if (!entry)
+      continue;
+    const QPushButton* b = m_cmdChild[size_t(k % LauncherEntries)];
+    entry->setText(b->text());
+    entry->setIcon(b->icon());
+    entry->setVisible(!b->isHidden());
   }
 }

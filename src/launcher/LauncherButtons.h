@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 
 #include <array>
 
+class QAction;
 class QMenu;
 class QPushButton;
 class clsREG;
@@ -20,9 +22,9 @@ public:
   // Reads the ten entries again: captions, visibility and icons.
   void LoadLauncherButtons(clsREG& registry);
   // Gives menu one entry per launcher button, each starting that entry; mirror() keeps them
-  // in line with the buttons.
+  // in line with the buttons. Several windows' menus can mirror the same buttons.
   void attachMenu(QMenu* menu);
-  // Copies each button's caption and visibility to its menu entry.
+  // Copies each button's caption, icon and visibility to its entries in every attached menu.
   void mirror();
 
 Q_SIGNALS:
@@ -32,5 +34,6 @@ Q_SIGNALS:
 private:
   QPushButton* m_cmdClone;
   std::array<QPushButton*, 10> m_cmdChild{};
-  QList<QAction*> m_menuEntries;
+  // Entry i of every attached menu is element i modulo ten; a closed window's entries go null.
+  QList<QPointer<QAction>> m_menuEntries;
 };
