@@ -2,8 +2,10 @@
 # Source it; it sets BUILD_DIR.
 
 # Packages the build and the tests need; run.sh adds a Japanese font.
-# poppler-utils and a Japanese font: the print tests read their PDF back.
-PACKAGES=(cmake ninja-build g++ qt6-base-dev qt6-base-dev-tools libsqlite3-dev poppler-utils fonts-ipafont-gothic)
+# poppler-utils and a Japanese font: the print tests read their PDF back. libedit-dev: line
+# editing in dbsweep-sql.
+PACKAGES=(cmake ninja-build g++ qt6-base-dev qt6-base-dev-tools libsqlite3-dev libedit-dev poppler-utils
+  fonts-ipafont-gothic)
 
 ensure_packages() {
   local missing=()

@@ -1,28 +1,26 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 
 #include <array>
 #include <memory>
-#include <optional>
 
 class BrowserGrids;
-class HourGlass;
 class clsPrinter;
+class FDBSWEEP_Idx;
 class FilterPanel;
+class LauncherButtons;
+struct Logon;
 class FlexGrid;
 class PopPop;
-class MainToolBar;
 class QCheckBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
 class QPushButton;
-class QTimer;
-class ResultList;
-class StatusPanel;
+class WindowFrame;
 struct BDBSWEEP;
-struct JobContext;
 struct JobFilterRow;
 struct JobPlan;
 struct LogonHooks;
@@ -77,13 +75,9 @@ private:
   void buildTopBand(QWidget* central);
   void buildGrids(QWidget* central);
   void buildFilterAndButtons(QWidget* central);
-  void buildStatusBar();
-  void connectToolBar();
-  void applyStoredGeometry();
   void readOracleHome();
   void readPrintFont();
   void logonFromCommandLine();
-  void showLogonCaption();
   // What both logon paths do around the attempt: the caption first, then the demo instance.
   LogonHooks logonHooks();
 
@@ -105,46 +99,39 @@ private:
   JobPlan takePlan();
   QList<JobFilterRow> filterRows();
   QString countColumn();
-  void showDataOf(const JobPlan& plan, JobContext& context, std::optional<HourGlass>& wait);
-  void showLastSql();
-  // Prints the result list on one page, with the connection and the filter, where the user
-  // chooses in the print dialog.
+  // Prints the result list with the filter and the extra condition.
   void cmdPrint_Click();
-  void removeWithProgress(int index, const JobPlan& plan, JobContext& context);
-  // The rollback and commit buttons: on exactly while this window's deletes wait for a decision.
-  void setTransactionPending(bool pending);
   void selectAllTargets(bool selected);
   void appendDroppedName();
+  // Opens the index browser on the table dropped on lblIdxDrop, or brings it to the front.
+  void showIndexBrowser();
 
   void CmdLogon_Click();
-  void cmdDefaultSize_Click();
-  void showVersionMessage();
-  // The version window.
-  void cmdVer_Click();
-  // The options: launcher entries and name-master names.
-  void cmdOpt_Click();
-  // The session monitor.
-  void showSessions();
-  // The manual beside the program, in the desktop's browser.
-  void openManual();
-  void openDateTimeSettings();
-  // Settles work pending in this window before the session goes; false when the user cancels.
-  bool settlePendingWork();
+  // The launcher column beside the result list, mirrored in the toolbar menus of both windows.
+  void buildLaunchers(QWidget* central);
+  // Lets frame's launcher menu, clone entry and options dialog act on this window's launcher.
+  void serveLaunchers(WindowFrame* frame);
+  void loadLaunchers();
+  // The connection handed to launched programs and clones.
+  Logon currentLogon() const;
+  void startClone();
 
   BDBSWEEP& m_state;
   Services& m_services;
 
+  WindowFrame* m_frame = nullptr;
   QPushButton* m_cmdLogon = nullptr;
-  QPushButton* m_cmdDefaultSize = nullptr;
   QCheckBox* m_chkTabNM = nullptr;
   QCheckBox* m_chkFldNM = nullptr;
-  QLabel* m_lblOra = nullptr;
   QLabel* m_label3 = nullptr;
+  // The drop label for the index browser, and its caption beside it.
+  QLabel* m_lblIdxDrop = nullptr;
+  QLabel* m_label1 = nullptr;
+  QPointer<FDBSWEEP_Idx> m_idx;
   FlexGrid* m_grdTable = nullptr;
   FlexGrid* m_grdFIELD = nullptr;
   FlexGrid* m_grdKey = nullptr;
   FlexGrid* m_grdCount = nullptr;
-  ResultList* m_results = nullptr;
   QListWidget* m_lstTable = nullptr;
   FilterPanel* m_frmWhere = nullptr;
   QPushButton* m_cmdKey = nullptr;
@@ -154,26 +141,16 @@ private:
   QCheckBox* m_chkLstTable = nullptr;
   QPushButton* m_cmdSearch = nullptr;
   std::array<QPushButton*, 3> m_cmdAND{};
-  std::array<QPushButton*, 7> m_cmdJOB{};
   QPushButton* m_cmdOpt = nullptr;
   QPushButton* m_cmdPrint = nullptr;
   QPushButton* m_cmdVer = nullptr;
-  QPushButton* m_cmdEnd = nullptr;
-  std::array<StatusPanel*, 5> m_panels{};
-  MainToolBar* m_tbar = nullptr;
+  LauncherButtons* m_launchers = nullptr;
   BrowserGrids* m_browser = nullptr;
-  QTimer* m_timer1 = nullptr;
   std::unique_ptr<clsPrinter> m_printer;
-  bool m_ticking = false;
-  bool m_jobRunning = false;
 
   // Layout values in twips, taken at design size before the stored geometry applies.
-  int m_designWidth = 0;
-  int m_designHeight = 0;
   int m_designGridHeight = 0;  // grdTable and grdFIELD
   int m_designListHeight = 0;  // lstTable
   int m_designCountHeight = 0; // grdCount
   int m_keyGridHeight = 0;     // grdKey and frmWhere
-  int m_designU = 0;
-  int m_u = 0;
 };

@@ -2,14 +2,13 @@
 
 #include "app/ConnectOracle.h"
 #include "app/HostList.h"
-#include "app/PasswordScramble.h"
+#include "app/LastLogon.h"
 #include "common/BDBSWEEP.h"
 #include "db/OraDatabase.h"
 #include "db/OraSession.h"
 #include "services/AppEnvironment.h"
 #include "services/MessageBoxes.h"
 #include "services/Services.h"
-#include "settings/RegSetting.h"
 
 #include <QComboBox>
 #include <QGridLayout>
@@ -23,15 +22,6 @@
 #include <QVBoxLayout>
 
 namespace {
-
-const QString Area = QStringLiteral("JVK");
-const QString KeyUser = QStringLiteral("ORA_USER");
-const QString KeyPassword = QStringLiteral("ORA_PASS");
-const QString KeyHost = QStringLiteral("ORA_HOST");
-// A first start logs on to the demo instance as its owner (QUIL / QTJL).
-const QString DefaultUser = QStringLiteral("QUIL");
-const QString DefaultScrambledPassword = QStringLiteral("RVMP");
-const QString DefaultHost = QStringLiteral("local:demo");
 
 bool isEnter(const QEvent* event) {
   if (event->type() != QEvent::KeyPress)
@@ -128,11 +118,10 @@ void FORA_Logon::load() {
   }
   if (cmbHost->count() > 0)
     cmbHost->setCurrentIndex(0);
-  clsREG& registry = *m_state.gRegistry;
-  txtUID->setText(RegSetting(registry, QStringLiteral("R"), Area, KeyUser, DefaultUser));
-  txtPWD->setText(
-      UnscramblePassword(RegSetting(registry, QStringLiteral("R"), Area, KeyPassword, DefaultScrambledPassword)));
-  cmbHost->setEditText(RegSetting(registry, QStringLiteral("R"), Area, KeyHost, DefaultHost));
+  const Logon last = ReadLastLogon(*m_state.gRegistry);
+  txtUID->setText(last.user);
+  txtPWD->setText(last.password);
+  cmbHost->setEditText(last.host);
 }
 
 bool FORA_Logon::eventFilter(QObject* watched, QEvent* event) {
@@ -165,10 +154,7 @@ void FORA_Logon::cmdOK_Click() {
   }
   m_state.gOo4oVersionText = QStringLiteral("OO4O　Ver:") + m_state.gSession->OipVersionNumber();
   m_state.gOracleVersionText = QStringLiteral("ORCLE Ver:") + m_state.gDatabase->RDBMSVersion();
-  clsREG& registry = *m_state.gRegistry;
-  RegSetting(registry, QStringLiteral("W"), Area, KeyUser, txtUID->text());
-  RegSetting(registry, QStringLiteral("W"), Area, KeyPassword, ScramblePassword(m_state.gPassword));
-  RegSetting(registry, QStringLiteral("W"), Area, KeyHost, cmbHost->currentText());
+  WriteLastLogon(*m_state.gRegistry, {txtUID->text(), m_state.gPassword, cmbHost->currentText()});
   m_state.gCurTableID = QString();
   accept();
 }

@@ -3,15 +3,16 @@
 #include "app/FDBSWEEP.h"
 
 #include "app/JVK_CmnUi.h"
+#include "app/WindowFrame.h"
 #include "browser/BrowserGrids.h"
 #include "browser/CatalogueSql.h"
 #include "browser/Catalogues.h"
+#include "browser/FDBSWEEP_Idx.h"
 #include "browser/FORA_COL.h"
 #include "common/BDBSWEEP.h"
 #include "filter/FilterPanel.h"
 #include "filter/RowFilter.h"
 #include "jobs/JobPlan.h"
-#include "jobs/ResultList.h"
 #include "services/MessageBoxes.h"
 #include "services/Services.h"
 #include "viewers/FDBSWEEP_DT.h"
@@ -24,6 +25,7 @@
 #include <QCursor>
 #include <QDropEvent>
 #include <QLineEdit>
+#include <QLabel>
 #include <QListWidget>
 #include <QMimeData>
 #include <QPushButton>
@@ -31,9 +33,6 @@
 namespace {
 
 const QString ErrorTitle = QStringLiteral("エラー");
-// The marker of a column that is already a key.
-const QColor KeyMarker(0, 255, 0);
-constexpr int MaxKeys = 10;
 
 } // namespace
 
@@ -43,7 +42,7 @@ void FDBSWEEP::connectBrowser() {
   m_grdFIELD->setEnabled(false);
   m_grdKey->setEnabled(false);
   m_browser = new BrowserGrids(m_grdTable, m_grdFIELD, m_grdKey, this);
-  m_popPop = new PopPop(this);
+  m_popPop = m_frame->popPop();
   connect(m_browser, &BrowserGrids::loadFields, this, &FDBSWEEP::LoadColumnCatalogue);
   connect(m_browser, &BrowserGrids::addKey, this, &FDBSWEEP::cmdKey_Click);
   connect(m_browser, &BrowserGrids::removeKey, this, &FDBSWEEP::cmdBack_Click);
@@ -63,8 +62,6 @@ void FDBSWEEP::connectBrowser() {
       m_popPop->open(m_lstTable, true, m_lstTable->viewport()->mapToGlobal(pos));
   });
   connect(m_popPop, &PopPop::selectAll, this, &FDBSWEEP::selectAllTargets);
-  connect(m_results, &ResultList::menuRequested, this,
-          [this](const QPoint& pos) { m_popPop->open(m_grdCount, false, pos); });
 
   connect(m_cmdAND[0], &QPushButton::clicked, m_txtAddWhere, &QLineEdit::clear);
   connect(m_cmdAND[1], &QPushButton::clicked, this,
@@ -145,26 +142,12 @@ void FDBSWEEP::LoadColumnCatalogue() {
                           MessageBoxes::Icon::Critical);
     return;
   }
-  const int count = columns->upper();
-  m_state.gColumns.redim(count);
   m_grdFIELD->setEnabled(true);
   m_grdKey->setEnabled(true);
-  m_grdFIELD->setRows(count + 1);
-  for (int r = 1; r <= count; ++r) {
-    m_state.gColumns.set(0, r, columns->at(0, r));
-    m_state.gColumns.set(1, r, columns->at(1, r));
-    m_grdFIELD->setTextMatrix(r, 0, QString::number(r));
-    m_grdFIELD->setCellBackColor(r, 1, QColor());
-    for (int c = 2; c <= 4; ++c)
-      m_grdFIELD->setTextMatrix(r, c, columns->at(c, r));
-  }
-  ShowIdsOrNames(*m_grdFIELD, 1, m_state.gColumns, m_chkFldNM->isChecked());
+  ShowFields(*m_grdFIELD, m_state.gColumns, *columns, m_chkFldNM->isChecked());
 }
 
-void FDBSWEEP::disableTableJobs() {
-  for (int i = 0; i <= 4; ++i)
-    m_cmdJOB[size_t(i)]->setEnabled(false);
-}
+void FDBSWEEP::disableTableJobs() { m_frame->setTableJobsEnabled(false); }
 
 void FDBSWEEP::chkTabNM_Click() {
   const bool ids = m_chkTabNM->isChecked();
@@ -186,28 +169,17 @@ void FDBSWEEP::cmdKey_Click() {
   if (r < 1 || m_grdFIELD->Rows() < 2)
     return;
   const QString type = m_grdFIELD->TextMatrix(r, 2);
-  if (m_grdFIELD->CellBackColor(r, 1).isValid())
+  if (IsKeyField(*m_grdFIELD, r))
     return;
   if (type.contains(QStringLiteral("LOB")) || type.contains(QStringLiteral("RAW"))) {
     m_services.boxes.show(type + QStringLiteral("は選択出来ません"), QStringLiteral("DBSWEEP"),
                           MessageBoxes::Buttons::Ok, MessageBoxes::Icon::Exclamation);
     return;
   }
-  if (m_grdKey->Rows() >= MaxKeys + 1) {
-    m_services.boxes.show(QStringLiteral("選択は最大10項目までです"), QStringLiteral("DBSWEEP"),
-                          MessageBoxes::Buttons::Ok, MessageBoxes::Icon::Exclamation);
+  if (!RoomForKey(*m_grdKey, m_services.boxes))
     return;
-  }
   m_frmWhere->show();
-  const int k = m_grdKey->Rows();
-  m_grdKey->setRows(k + 1);
-  m_grdKey->setRow(k);
-  m_grdFIELD->setCellBackColor(r, 1, KeyMarker);
-  m_grdKey->setTextMatrix(k, 0, QString::number(r));
-  for (int c = 1; c <= 4; ++c)
-    m_grdKey->setTextMatrix(k, c, m_grdFIELD->TextMatrix(r, c));
-  for (int c = 5; c <= 8; ++c)
-    m_grdKey->setTextMatrix(k, c, QString());
+  const int k = AppendKey(*m_grdFIELD, *m_grdKey, r);
   m_frmWhere->startRow(k - 1, RowFilter::MaxLength(type, m_grdFIELD->TextMatrix(r, 3), m_grdFIELD->TextMatrix(r, 4)));
   SearchTablesByKeys();
 }
@@ -215,14 +187,10 @@ void FDBSWEEP::cmdKey_Click() {
 void FDBSWEEP::cmdBack_Click() {
   const int k = m_grdKey->Row();
   if (k >= 1 && m_grdKey->Rows() > 1) {
-    m_grdFIELD->setCellBackColor(m_grdKey->TextMatrix(k, 0).toInt(), 1, QColor());
     // The keys after it close up, each with its filter row.
-    for (int j = k + 1; j < m_grdKey->Rows(); ++j) {
-      for (int c = 0; c < m_grdKey->Cols(); ++c)
-        m_grdKey->setTextMatrix(j - 1, c, m_grdKey->TextMatrix(j, c));
+    for (int j = k + 1; j < m_grdKey->Rows(); ++j)
       m_frmWhere->moveRowUp(j - 1);
-    }
-    m_grdKey->setRows(m_grdKey->Rows() - 1);
+    RemoveKey(*m_grdFIELD, *m_grdKey, k);
     SearchTablesByKeys();
   }
   if (m_grdKey->Rows() < 2)
@@ -292,21 +260,13 @@ void FDBSWEEP::cmdSearch_Click() {
 }
 
 void FDBSWEEP::updateJobButtons() {
-  disableTableJobs();
-  if (m_grdKey->Rows() < 2 || m_lstTable->selectedItems().isEmpty())
-    return;
-  for (int i = 0; i <= 4; ++i)
-    m_cmdJOB[size_t(i)]->setEnabled(true);
+  m_frame->setTableJobsEnabled(m_grdKey->Rows() >= 2 && !m_lstTable->selectedItems().isEmpty());
 }
 
 void FDBSWEEP::selectAllTargets(bool selected) {
   if (m_popPop->target() != m_lstTable)
     return;
-  {
-    const QSignalBlocker quiet(m_lstTable);
-    for (int i = 0; i < m_lstTable->count(); ++i)
-      m_lstTable->item(i)->setSelected(selected);
-  }
+  SelectEveryItem(*m_lstTable, selected);
   updateJobButtons();
 }
 
@@ -317,7 +277,7 @@ void FDBSWEEP::pickValue(int row, QLineEdit* box) {
   m_state.gPickedValue = box->text();
   m_state.gPickColumnID = m_state.gColumns.at(0, v);
   m_state.gPickColumnName = m_state.gColumns.at(1, v);
-  FDBSWEEP_DT viewer(m_state, m_services.boxes, m_u, m_popPop, this);
+  FDBSWEEP_DT viewer(m_state, m_services.boxes, m_frame->u(), m_popPop, this);
   viewer.exec();
   box->setText(m_state.gPickedValue);
 }
@@ -333,7 +293,33 @@ void FDBSWEEP::appendDroppedName() {
   m_txtAddWhere->setText(m_txtAddWhere->text() + u' ' + name + u' ');
 }
 
+void FDBSWEEP::showIndexBrowser() {
+  // One index browser at a time: while it is open a further drop only brings it forward, with
+  // the table it already shows. A closed one is on its way out.
+  if (!m_idx || !m_idx->isVisible()) {
+    m_idx = new FDBSWEEP_Idx(m_state, m_services, *m_grdTable, *m_printer, this);
+    serveLaunchers(m_idx->frame());
+    m_idx->load();
+  }
+  m_idx->show();
+  m_idx->raise();
+  m_idx->activateWindow();
+}
+
 bool FDBSWEEP::eventFilter(QObject* watched, QEvent* event) {
+  // Only a table row opens the index browser; anything else dropped on its label does nothing.
+  if (watched == m_lblIdxDrop) {
+    const QEvent::Type type = event->type();
+    if (type == QEvent::DragEnter || type == QEvent::DragMove || type == QEvent::Drop) {
+      auto* drop = static_cast<QDropEvent*>(event);
+      if (DragKindOf(drop->mimeData(), m_lblIdxDrop) != u"Table")
+        return false;
+      drop->acceptProposedAction();
+      if (type == QEvent::Drop)
+        showIndexBrowser();
+      return true;
+    }
+  }
   // Rows dragged from the browser add their ID at the end of the extra condition; anything else
   // dropped there is ordinary text for the line edit to handle.
   if (watched == m_txtAddWhere) {

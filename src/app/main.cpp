@@ -1,6 +1,7 @@
 #include "app/FDBSWEEP.h"
 #include "common/BDBSWEEP.h"
 #include "common/JVK_Cmn.h"
+#include "launcher/LaunchCommand.h"
 #include "platform/DetachedProcessLauncher.h"
 #include "platform/DisplayGuard.h"
 #include "platform/PlatformRegistry.h"
@@ -12,6 +13,9 @@
 #include "widgets/QtDesktopServices.h"
 #include "widgets/QtMessageBoxes.h"
 
+#include <QFile>
+
+#include <cstdio>
 #include <optional>
 
 int main(int argc, char* argv[]) {
@@ -38,8 +42,9 @@ int main(int argc, char* argv[]) {
 
   BDBSWEEP state;
   state.gRegistry = std::make_unique<clsREG>(registry, boxes);
-  // The words of the command line as one line, split the way the program always split it.
-  state.gCommandArgs = SplitCommandLine(QApplication::arguments().mid(1).join(u' '));
+  QFile input;
+  input.open(stdin, QIODevice::ReadOnly);
+  state.gCommandArgs = ProgramCommandArgs(QApplication::arguments().mid(1), input);
   state.gWindowsUser = GetWindowsUserName();
 
   FDBSWEEP window(state, services);

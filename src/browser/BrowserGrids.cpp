@@ -1,6 +1,7 @@
 #include "browser/BrowserGrids.h"
 
 #include "browser/TextTable.h"
+#include "services/MessageBoxes.h"
 #include "widgets/FlexGrid.h"
 
 namespace {
@@ -8,6 +9,9 @@ namespace {
 const QString TableDrag = QStringLiteral("Table");
 const QString FieldDrag = QStringLiteral("field");
 const QString KeyDrag = QStringLiteral("key");
+// The marker of a column that is already a key.
+const QColor KeyMarker(0, 255, 0);
+constexpr int MaxKeys = 10;
 
 // Whether the last press or click landed on a data row, not on the heading or the empty space
 // below the rows.
@@ -92,8 +96,54 @@ void ShowIdsOrNames(FlexGrid& grid, int col, const TextTable& table, bool ids) {
     grid.setTextMatrix(r, col, table.at(field, r));
 }
 
+void ShowFields(FlexGrid& fields, TextTable& columns, const TextTable& read, bool ids) {
+  const int count = read.upper();
+  columns.redim(count);
+  fields.setRows(count + 1);
+  for (int r = 1; r <= count; ++r) {
+    columns.set(0, r, read.at(0, r));
+    columns.set(1, r, read.at(1, r));
+    fields.setTextMatrix(r, 0, QString::number(r));
+    fields.setCellBackColor(r, 1, QColor());
+    for (int c = 2; c <= 4; ++c)
+      fields.setTextMatrix(r, c, read.at(c, r));
+  }
+  ShowIdsOrNames(fields, 1, columns, ids);
+}
+
 void ShowKeyNames(FlexGrid& keys, const TextTable& columns, bool ids) {
   const int field = ids ? 0 : 1;
   for (int k = 1; k < keys.Rows(); ++k)
     keys.setTextMatrix(k, 1, columns.at(field, keys.TextMatrix(k, 0).toInt()));
+}
+
+bool IsKeyField(const FlexGrid& fields, int r) { return fields.CellBackColor(r, 1).isValid(); }
+
+bool RoomForKey(const FlexGrid& keys, MessageBoxes& boxes) {
+  if (keys.Rows() < MaxKeys + 1)
+    return true;
+  boxes.show(QStringLiteral("選択は最大10項目までです"), QStringLiteral("DBSWEEP"), MessageBoxes::Buttons::Ok,
+             MessageBoxes::Icon::Exclamation);
+  return false;
+}
+
+int AppendKey(FlexGrid& fields, FlexGrid& keys, int r) {
+  const int k = keys.Rows();
+  keys.setRows(k + 1);
+  keys.setRow(k);
+  fields.setCellBackColor(r, 1, KeyMarker);
+  keys.setTextMatrix(k, 0, QString::number(r));
+  for (int c = 1; c <= 4; ++c)
+    keys.setTextMatrix(k, c, fields.TextMatrix(r, c));
+  for (int c = 5; c <= 8; ++c)
+    keys.setTextMatrix(k, c, QString());
+  return k;
+}
+
+void RemoveKey(FlexGrid& fields, FlexGrid& keys, int k) {
+  fields.setCellBackColor(keys.TextMatrix(k, 0).toInt(), 1, QColor());
+  for (int j = k + 1; j < keys.Rows(); ++j)
+    for (int c = 0; c < keys.Cols(); ++c)
+      keys.setTextMatrix(j - 1, c, keys.TextMatrix(j, c));
+  keys.setRows(keys.Rows() - 1);
 }

@@ -4,14 +4,28 @@
 #include <QString>
 
 class FlexGrid;
+class MessageBoxes;
 class TextTable;
 
 // Writes column col of rows 1..n of grid from the catalogue table: its IDs (field 0) when ids is
 // set, else its display names (field 1).
 void ShowIdsOrNames(FlexGrid& grid, int col, const TextTable& table, bool ids);
+// Keeps the ID and the display name of each column read (fields 0 and 1) in columns, and shows
+// them in the field grid: the row number, the ID or the name, fields 2 to 4, no key marked.
+void ShowFields(FlexGrid& fields, TextTable& columns, const TextTable& read, bool ids);
 // Rewrites the names of the key rows from the column table, through the field-grid row number
 // each key keeps in its cell 0.
 void ShowKeyNames(FlexGrid& keys, const TextTable& columns, bool ids);
+
+// Whether field row r is a key already: its name is marked.
+bool IsKeyField(const FlexGrid& fields, int r);
+// False, after saying so, when the keys are full (ten of them).
+bool RoomForKey(const FlexGrid& keys, MessageBoxes& boxes);
+// Makes field row r the last key: its number and cells 1 to 4 copied, the value cells empty, and
+// the field's name marked. Returns the new key row.
+int AppendKey(FlexGrid& fields, FlexGrid& keys, int r);
+// Drops key row k: the keys after it close up and its field loses the mark.
+void RemoveKey(FlexGrid& fields, FlexGrid& keys, int k);
 
 // The mouse and drag handling of a browser's three grids: the object grid (tables, or indexes in
 // the index browser), the field grid of the chosen object's columns, and the key grid. A click

@@ -31,3 +31,20 @@ QString TableMasterCheckSql(const QString& user, const QString& masterTable);
 // is tested over the tables holding all the others: table_name and TBLNM_K, which is the master's
 // name when master is given and the ID otherwise. Views count as tables.
 QString TableSearchSql(const QString& user, const QStringList& columns, const MasterTable* master);
+
+// The constraints of one table other than check constraints, in the server's order: IDXNM (the
+// constraint's name, which is also the name of the index a primary or unique key owns) and
+// IDXTYPE.
+QString IndexCatalogueSql(const QString& user, const QString& table);
+
+// The columns of one index in the server's order: COLUMN_NAME, COLUMN_POSITION, COLUMN_LENGTH,
+// DESCEND, COLNM_K (master, else comment, else the ID) and COMMENTS.
+QString IndexColumnsSql(const QString& user, const QString& index, const MasterTable& master);
+QString IndexColumnsFallbackSql(const QString& user, const QString& index);
+
+// The indexes on user's tables holding every one of columns (at least one), nested as the table
+// search nests: INDEX_NAME, and IDXNM_K, the same name again.
+QString IndexSearchSql(const QString& user, const QStringList& columns);
+
+// The table of each of user's indexes: INDEX_NAME and TABLE_NAME.
+QString IndexTablesSql(const QString& user);

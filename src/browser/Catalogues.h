@@ -41,3 +41,18 @@ std::optional<TextTable> ReadTableSearch(OraDatabase* db, const QString& sql, co
 // query runs.
 std::optional<TextTable> ReadColumnInfo(OraDatabase* db, const QString& user, const QString& table,
                                         const MasterTable& master, const NameMasters& names);
+
+// The constraints of table other than check constraints, in the server's order, as the index
+// browser holds them: row r (from 1) is (name, name, constraint type). Nothing when the query
+// fails.
+std::optional<TextTable> ReadIndexCatalogue(OraDatabase* db, const QString& user, const QString& table);
+
+// The columns of index in the server's order, five fields per row: ID, display name (master,
+// else comment, else file, else ID), position, length, "ASC" or "DESC". A constraint without an
+// index of its name has none. Nothing when neither query runs.
+std::optional<TextTable> ReadIndexColumns(OraDatabase* db, const QString& user, const QString& index,
+                                          const MasterTable& master, const NameMasters& names);
+
+// The hits of an index search, three fields per row: the index name, the text shown for it (the
+// name again), and the table the index belongs to. Nothing when the query fails.
+std::optional<TextTable> ReadIndexSearch(OraDatabase* db, const QString& user, const QString& sql);

@@ -40,6 +40,8 @@ struct BDBSWEEP final {
   // "TRUNCATE" / "DROP" after those jobs).
   QString gLastSql;
   QString gLastWhere;
+  // While a job of any window runs: the windows share the one connection, so no second job starts.
+  bool gJobRunning = false;
   // The timer of the last job, new at every press of a job button.
   std::unique_ptr<clsTimer> gJobTimer;
 

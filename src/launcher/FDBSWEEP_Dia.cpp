@@ -2,14 +2,13 @@
 
 #include "common/BDBSWEEP.h"
 #include "launcher/LauncherSettings.h"
+#include "launcher/ProgramIcon.h"
 #include "launcher/clsFDia.h"
 #include "services/AppEnvironment.h"
 #include "services/Services.h"
 #include "widgets/Twips.h"
 
 #include <QComboBox>
-#include <QFileIconProvider>
-#include <QFileInfo>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -162,12 +161,11 @@ void FDBSWEEP_Dia::load() {
 
 void FDBSWEEP_Dia::showIcon(int i) {
   Entry& e = m_entries[size_t(i)];
-  const QFileInfo program(e.txtName->text());
-  if (e.txtName->text().isEmpty() || !program.exists()) {
+  const QIcon icon = ProgramIcon(e.txtName->text());
+  if (icon.isNull())
     e.Icon1->clear();
-    return;
-  }
-  e.Icon1->setPixmap(QFileIconProvider().icon(program).pixmap(e.Icon1->size()));
+  else
+    e.Icon1->setPixmap(icon.pixmap(e.Icon1->size()));
 }
 
 void FDBSWEEP_Dia::cmdView_Click(int i) {

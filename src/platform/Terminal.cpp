@@ -18,6 +18,14 @@ std::optional<QString> Terminal::readLine() {
   return QString::fromStdString(line);
 }
 
+std::optional<QString> Terminal::ask(const QString& prompt) {
+  if (stdinIsTerminal()) {
+    std::fputs(prompt.toLocal8Bit().constData(), stderr);
+    std::fflush(stderr);
+  }
+  return readLine();
+}
+
 std::optional<QString> Terminal::readSecret(const QString& prompt) {
   if (!stdinIsTerminal())
     return readLine();

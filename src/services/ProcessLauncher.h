@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -10,5 +11,8 @@ public:
   enum class WindowState { Normal, Minimized, Maximized, Hidden };
 
   virtual ~ProcessLauncher() = default;
-  virtual bool start(const QString& program, const QStringList& arguments, WindowState state) = 0;
+  // standardInput, when not empty, is all the program reads on its standard input: the way to
+  // hand it a secret that must not show in the process list.
+  virtual bool start(const QString& program, const QStringList& arguments, WindowState state,
+                     const QByteArray& standardInput = {}) = 0;
 };

@@ -1,5 +1,7 @@
 #include "sqlconsole/ConsoleOptions.h"
 
+#include "sqlconsole/Logon.h"
+
 namespace {
 
 ConsoleOptions invalid(const QString& error) {
@@ -38,11 +40,13 @@ ConsoleOptions ConsoleOptions::parse(const QStringList& arguments) {
       options.systemPassword = value();
       if (!options.systemPassword)
         return invalid(QStringLiteral("--system-password needs a password"));
+    } else if (!options.script.isEmpty()) {
+      options.scriptArguments += arg;
     } else if (arg.startsWith(u'-') && arg.size() > 1) {
       return invalid(QStringLiteral("unknown option %1").arg(arg));
     } else if (arg.startsWith(u'@')) {
-      if (arg.size() == 1 || !options.script.isEmpty())
-        return invalid(QStringLiteral("give one script, as @script.sql"));
+      if (arg.size() == 1)
+        return invalid(QStringLiteral("give the script as @script.sql"));
       options.script = arg.mid(1);
     } else if (logon.isEmpty()) {
       logon = arg;
@@ -62,43 +66,50 @@ ConsoleOptions ConsoleOptions::parse(const QStringList& arguments) {
   }
   if (options.systemPassword)
     return invalid(QStringLiteral("--system-password goes with --create-instance"));
+  if (logon.compare(u"/nolog", Qt::CaseInsensitive) == 0) {
+    options.noLog = true;
+    return options;
+  }
   if (logon.isEmpty())
     return invalid(QStringLiteral("missing USER/PASSWORD@HOST"));
-  // The host may itself hold '/' (local:/folder), and user names never hold '/' or '@'.
-  const qsizetype at = logon.lastIndexOf(u'@');
-  if (at < 0 || at == logon.size() - 1)
-    return invalid(QStringLiteral("missing @HOST in %1").arg(logon.left(logon.indexOf(u'/'))));
-  options.host = logon.mid(at + 1);
-  const QString credentials = logon.left(at);
-  const qsizetype slash = credentials.indexOf(u'/');
-  options.user = credentials.left(slash);
-  if (slash >= 0)
-    options.password = credentials.mid(slash + 1);
-  if (options.user.isEmpty())
-    return invalid(QStringLiteral("missing the user name in USER/PASSWORD@HOST"));
+  const Logon parsed = Logon::parse(logon);
+  if (!parsed.error.isEmpty())
+    return invalid(parsed.error);
+  if (parsed.host.isEmpty())
+    return invalid(QStringLiteral("missing @HOST in %1").arg(parsed.user));
+  options.user = parsed.user;
+  options.password = parsed.password;
+  options.host = parsed.host;
   return options;
 }
 
 QString ConsoleOptions::usage() {
-  return QStringLiteral("Usage: dbsweep-sql [--csv] [--continue] USER/PASSWORD@HOST [@script.sql]\n"
+  return QStringLiteral("Usage: dbsweep-sql [--csv] [--continue] USER[/PASSWORD]@HOST|/NOLOG [@script.sql [ARG...]]\n"
                         "       dbsweep-sql --create-instance local:NAME [--system-password PASSWORD]\n"
                         "\n"
                         "Runs SQL in the manner of SQL*Plus, from the script or else from standard input.\n"
                         "A statement ends with ';' at the end of a line or with a line holding only '/'.\n"
-                        "REM, --, /* */, PROMPT, SET, SPOOL, WHENEVER SQLERROR and EXIT lines are understood;\n"
+                        "REM, --, /* */, PROMPT, SET, COLUMN, CLEAR COLUMNS, SPOOL, DESCRIBE, SHOW USER, DEFINE,\n"
+                        "UNDEFINE, &name and &&name, @ and @@, CONNECT, DISCONNECT, WHENEVER SQLERROR and EXIT\n"
+                        "lines are understood (SET LINESIZE, PAGESIZE, HEADING, FEEDBACK, ECHO, TIMING, VERIFY,\n"
+                        "DEFINE, TERMOUT); without SET LINESIZE or PAGESIZE rows are neither wrapped nor paged.\n"
                         "BEGIN ... END; blocks may hold SQL statements only.\n"
                         "All work is one transaction: committed at the end of the input, rolled back when an\n"
-                        "error stops the run. COMMIT and ROLLBACK statements end it earlier.\n"
+                        "error stops the run (WHENEVER SQLERROR EXIT commits unless it says ROLLBACK).\n"
+                        "COMMIT and ROLLBACK statements end it earlier; CONNECT and DISCONNECT commit it.\n"
                         "\n"
                         "HOST is local:NAME (an embedded instance under $DBSWEEP_DATA_DIR/instances) or\n"
-                        "local:/folder. Without /PASSWORD the password is asked for.\n"
+                        "local:/folder. Without /PASSWORD the password is asked for; /NOLOG starts without a\n"
+                        "connection, for a CONNECT USER[/PASSWORD][@HOST] later.\n"
                         "\n"
                         "Options:\n"
-                        "  --csv                 print query rows as CSV (RFC 4180, UTF-8) and no feedback\n"
+                        "  --csv                 print query rows as CSV (RFC 4180, UTF-8), no feedback and no\n"
+                        "                        old/new lines of substitution\n"
                         "  --continue            report errors and go on; the exit status still shows them\n"
                         "  --create-instance H   create an empty embedded instance at H (local:NAME or local:/folder)\n"
                         "  --system-password PW  password of its SYSTEM user; asked for twice when left out\n"
                         "  -h, --help            show this text\n"
                         "\n"
-                        "Exit status: 0 when all went well, 1 after an error, 2 for a bad command line.\n");
+                        "Exit status: 0 when all went well, 1 after an error, 2 for a bad command line, or what\n"
+                        "EXIT n or EXIT SQL.SQLCODE (the last ORA- number) gives.\n");
 }

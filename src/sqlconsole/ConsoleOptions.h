@@ -18,8 +18,12 @@ struct ConsoleOptions final {
   // Left out ("USER@HOST"), it is asked for.
   std::optional<QString> password;
   QString host;
+  // "/NOLOG": no logon at the start.
+  bool noLog = false;
   // Empty: statements come from standard input.
   QString script;
+  // The words after the script, its &1, &2 ...
+  QStringList scriptArguments;
 
   // --create-instance local:NAME
   QString instance;

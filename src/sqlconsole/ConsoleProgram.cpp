@@ -1,15 +1,17 @@
 #include "sqlconsole/ConsoleProgram.h"
 
 #include "db/OraError.h"
-#include "db/OraSession.h"
 #include "db/local/LocalEngine.h"
 #include "db/script/ScriptReader.h"
+#include "platform/LineEditor.h"
 #include "platform/Terminal.h"
+#include "sqlconsole/ConsoleConnection.h"
 #include "sqlconsole/ConsoleOptions.h"
+#include "sqlconsole/ConsoleOutput.h"
 #include "sqlconsole/ConsoleRunner.h"
+#include "sqlconsole/ConsoleScript.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 namespace {
@@ -41,86 +43,63 @@ int createInstance(const ConsoleOptions& options, const DbEnvironment& env, QTex
   return 0;
 }
 
-std::optional<QString> readScript(const QString& name, QTextStream& err) {
-  QString path = name;
-  // SQL*Plus's @name finds name.sql.
-  if (!QFileInfo::exists(path) && QFileInfo(path).suffix().isEmpty())
-    path += QStringLiteral(".sql");
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly)) {
-    err << "dbsweep-sql: cannot open " << name << ": " << file.errorString() << '\n';
-    return std::nullopt;
-  }
-  return QString::fromUtf8(file.readAll());
-}
-
 int runStatements(const ConsoleOptions& options, const DbEnvironment& env, QTextStream& out, QTextStream& err) {
+  ConsoleOutput output(out, err);
   std::optional<QString> script;
   if (!options.script.isEmpty()) {
-    script = readScript(options.script, err);
-    if (!script)
+    QString error;
+    script = ConsoleScript::read(options.script, error);
+    if (!script) {
+      output.error(error);
       return 1;
+    }
   }
-  std::optional<QString> password = options.password;
-  if (!password)
-    password = Terminal::readSecret(QStringLiteral("Enter password: "));
-  if (!password) {
-    err << "dbsweep-sql: no password given\n";
-    return 1;
-  }
-
-  OraSession session(env);
-  std::shared_ptr<OraDatabase> database;
-  try {
-    database = session.OpenDatabase(options.host, options.user + u'/' + *password, 0);
-  } catch (const OraError& e) {
-    err << e.message() << '\n';
-    return 1;
+  ConsoleConnection connection(env);
+  if (!options.noLog) {
+    std::optional<QString> password = options.password;
+    if (!password)
+      password = Terminal::readSecret(QStringLiteral("Enter password: "));
+    if (!password) {
+      output.error(QStringLiteral("dbsweep-sql: no password given"));
+      return 1;
+    }
+    try {
+      connection.connect(options.user, *password, options.host);
+    } catch (const OraError& e) {
+      output.error(e.message());
+      return 1;
+    }
   }
 
   const bool interactive = !script && Terminal::stdinIsTerminal();
   ConsoleRunner::Options runOptions;
   runOptions.format = options.csv ? ResultPrinter::Format::Csv : ResultPrinter::Format::Text;
-  runOptions.continueOnError = options.continueOnError;
+  // At a terminal an error leaves the user at the prompt, as in SQL*Plus.
+  runOptions.continueOnError = options.continueOnError || interactive;
   runOptions.lineNumbers = !interactive;
-  ConsoleRunner runner(session, *database, out, err, runOptions);
-  if (!runner.start())
-    return runner.finish();
-  if (interactive)
-    out << "Connected.\n";
+  ConsoleRunner runner(connection, output, runOptions);
+  if (interactive && connection.connected())
+    output.printLine(QStringLiteral("Connected."));
 
-  ScriptReader reader;
-  const auto runQueued = [&reader, &runner] {
-    for (const ScriptItem& item : reader.takeItems()) {
-      if (!runner.run(item))
-        return false;
-    }
-    return true;
-  };
-  bool goOn = true;
+  ConsoleScript statements(runner);
   if (script) {
-    for (const QStringView line : QStringView(*script).split(u'\n')) {
-      reader.addLine(line);
-      if (!(goOn = runQueued()) || reader.stopped())
-        break;
-    }
+    statements.runFile(*script, options.script, options.scriptArguments, {});
+  } else if (interactive) {
+    LineEditor editor;
+    statements.run(
+        [&editor, &output](const ScriptReader& statement) {
+          const QString prompt = ConsoleScript::prompt(statement);
+          if (!statement.inStatement())
+            output.print(QStringLiteral("\n"));
+          output.flush();
+          const std::optional<QString> line = editor.readLine(prompt);
+          // The spool file gets what was typed, as SQL*Plus writes it there.
+          output.spoolOnly(prompt + line.value_or(QString()) + u'\n');
+          return line;
+        },
+        {QDir::currentPath(), {}, true});
   } else {
-    while (goOn && !reader.stopped()) {
-      if (interactive) {
-        out << (reader.inStatement() ? QStringLiteral("%1  ").arg(reader.nextStatementLine(), 3)
-                                     : QStringLiteral("\nSQL> "));
-        out.flush();
-      }
-      const std::optional<QString> line = Terminal::readLine();
-      if (!line)
-        break;
-      reader.addLine(*line);
-      goOn = runQueued();
-    }
-  }
-  if (goOn) {
-    reader.finish();
-    runQueued();
+    statements.run([](const ScriptReader&) { return Terminal::readLine(); }, {QDir::currentPath(), {}, false});
   }
   return runner.finish();
 }

@@ -1,96 +1,120 @@
 #include "sqlconsole/ConsoleRunner.h"
 
 #include "db/OraError.h"
-#include "db/OraSession.h"
+#include "sqlconsole/ConsoleConnection.h"
+#include "sqlconsole/ConsoleOutput.h"
 #include "sqlconsole/StatementFeedback.h"
 
-ConsoleRunner::ConsoleRunner(OraSession& session, OraDatabase& database, QTextStream& out, QTextStream& err,
-                             Options options)
-    : m_session(session), m_database(database), m_out(out), m_err(err), m_options(options) {}
+#include <QElapsedTimer>
+#include <QTime>
 
-bool ConsoleRunner::start() {
-  try {
-    m_session.BeginTrans();
-    return true;
-  } catch (const std::exception& e) {
-    m_err << QString::fromUtf8(e.what()) << '\n';
-    m_err.flush();
-    m_failed = true;
-    m_abandoned = true;
-    return false;
-  }
+namespace {
+
+// SET TIMING ON's line after a statement.
+QString elapsed(qint64 ms) {
+  const QTime time = QTime::fromMSecsSinceStartOfDay(int(ms % 86400000));
+  return QStringLiteral("Elapsed: ") + time.toString(QStringLiteral("HH:mm:ss.zzz")).chopped(1);
 }
 
-bool ConsoleRunner::run(const ScriptItem& item) {
-  bool goOn = true;
+} // namespace
+
+ConsoleRunner::ConsoleRunner(ConsoleConnection& connection, ConsoleOutput& output, Options options)
+    : m_connection(connection), m_output(output), m_options(options) {
+  if (!options.continueOnError)
+    m_errorExit = Exit{};
+}
+
+bool ConsoleRunner::run(const ScriptItem& item, const QString& script) {
   switch (item.kind) {
-  case ScriptItem::Kind::Prompt: m_out << item.text << '\n'; break;
-  case ScriptItem::Kind::ErrorMode: m_options.continueOnError = item.continueOnError; break;
-  case ScriptItem::Kind::Exit:
-    m_exitCode = item.exitCode;
-    m_commitAtEnd = item.commit;
-    goOn = false;
+  case ScriptItem::Kind::Prompt: m_output.printLine(item.text); break;
+  case ScriptItem::Kind::ErrorMode:
+    if (item.continueOnError)
+      m_errorExit.reset();
+    else
+      m_errorExit = Exit{item.exitCode, item.sqlCode, item.commit};
     break;
+  case ScriptItem::Kind::Exit: stop(Exit{item.exitCode, item.sqlCode, item.commit}); break;
   case ScriptItem::Kind::Unterminated:
-    m_err << QStringLiteral("line %1: not run: the statement does not end with ';' or a '/' line").arg(item.line)
-          << '\n';
+    m_output.error(
+        QStringLiteral("line %1: not run: the statement does not end with ';' or a '/' line").arg(item.line));
     break;
-  case ScriptItem::Kind::Failure: goOn = fail(item, item.text); break;
+  case ScriptItem::Kind::Failure: fail(item, script, item.text); break;
   case ScriptItem::Kind::BlockEnd:
-    if (!std::exchange(m_skippingBlock, false) && m_options.format == ResultPrinter::Format::Text)
-      m_out << "\nPL/SQL procedure successfully completed.\n";
+    if (!std::exchange(m_skippingBlock, false) && !csv() && m_settings.feedback > 0)
+      m_output.print(QStringLiteral("\nPL/SQL procedure successfully completed.\n"));
     break;
   case ScriptItem::Kind::Statement:
     if (item.inBlock && m_skippingBlock)
       break;
+    if (!m_connection.connected()) {
+      commandError(QStringLiteral("SP2-0640: Not connected"));
+      m_skippingBlock = item.inBlock;
+      break;
+    }
     try {
       execute(item);
+    } catch (const OraError& e) {
+      m_skippingBlock = item.inBlock;
+      m_lastSqlCode = e.number();
+      fail(item, script, e.message());
     } catch (const std::exception& e) {
       m_skippingBlock = item.inBlock;
-      goOn = fail(item, QString::fromUtf8(e.what()));
+      fail(item, script, QString::fromUtf8(e.what()));
     }
     break;
   }
-  m_out.flush();
-  m_err.flush();
-  return goOn;
+  m_output.flush();
+  return !m_stopped;
 }
 
 void ConsoleRunner::execute(const ScriptItem& item) {
+  QElapsedTimer timer;
+  timer.start();
+  QString text;
+  QTextStream out(&text);
   if (StatementFeedback::isQuery(item.text)) {
-    auto rows = m_database.CreateDynaset(item.text, OraDynaset::ReadOnly);
-    ResultPrinter(m_options.format).print(*rows, m_out);
+    auto rows = m_connection.database().CreateDynaset(item.text, OraDynaset::ReadOnly);
+    const ResultLayout layout{m_settings.lineSize, m_settings.pageSize, m_settings.heading, m_settings.feedback,
+                              &m_columns};
+    ResultPrinter(m_options.format, layout).print(*rows, out);
     rows->Close();
-    return;
+  } else {
+    const qint64 processed = m_connection.database().ExecuteSQL(item.text);
+    if (!csv() && !item.inBlock && m_settings.feedback > 0)
+      out << '\n' << StatementFeedback::message(item.text, processed) << '\n';
   }
-  const qint64 processed = m_database.ExecuteSQL(item.text);
-  if (m_options.format == ResultPrinter::Format::Text && !item.inBlock)
-    m_out << '\n' << StatementFeedback::message(item.text, processed) << '\n';
+  if (m_settings.timing && !csv())
+    out << elapsed(timer.elapsed()) << '\n';
+  out.flush();
+  m_output.print(text);
 }
 
-bool ConsoleRunner::fail(const ScriptItem& item, const QString& message) {
+void ConsoleRunner::commandError(const QString& message) { m_output.error(message); }
+
+void ConsoleRunner::fail(const ScriptItem& item, const QString& script, const QString& message) {
   m_failed = true;
+  QString where;
   if (m_options.lineNumbers)
-    m_err << QStringLiteral("line %1: ").arg(item.line);
-  m_err << message << '\n';
-  if (m_options.continueOnError)
-    return true;
-  m_abandoned = true;
-  return false;
+    where = QStringLiteral("%1line %2: ").arg(script.isEmpty() ? QString() : script + u' ').arg(item.line);
+  m_output.error(where + message);
+  if (m_errorExit)
+    stop(*m_errorExit);
+}
+
+void ConsoleRunner::stop(const Exit& exit) {
+  m_exitCode = exit.sqlCode ? std::optional<int>(m_lastSqlCode) : exit.code;
+  m_commitAtEnd = exit.commit;
+  m_stopped = true;
 }
 
 int ConsoleRunner::finish() {
   try {
-    if (m_abandoned || !m_commitAtEnd)
-      m_session.Rollback();
-    else
-      m_session.CommitTrans();
+    m_connection.disconnect(m_commitAtEnd);
   } catch (const std::exception& e) {
-    m_err << QString::fromUtf8(e.what()) << '\n';
+    m_output.error(QString::fromUtf8(e.what()));
     m_failed = true;
   }
-  m_out.flush();
-  m_err.flush();
+  m_output.flush();
   const int code = m_exitCode.value_or(0);
   return m_failed && code == 0 ? 1 : code;
 }

@@ -15,6 +15,9 @@
 #include <QDir>
 #include <QDropEvent>
 #include <QFile>
+#include <QListWidget>
+#include <QPointer>
+#include <QTimer>
 #include <QMimeData>
 
 inline void writeFile(const QString& path, const QByteArray& text) {
@@ -24,13 +27,35 @@ inline void writeFile(const QString& path, const QByteArray& text) {
 }
 
 // A row of the window's own dragged onto target, as the drop reaches it.
-inline void drop(FlexGrid* target, QWidget* source, const QString& kind) {
+inline void dropOn(QWidget* target, QWidget* source, const QString& kind) {
   std::unique_ptr<QMimeData> data(MakeDragData(source, kind, QString()));
   // The drop goes where the drag was last accepted on entering.
   QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, data.get(), Qt::LeftButton, {});
-  QApplication::sendEvent(target->viewport(), &enter);
+  QApplication::sendEvent(target, &enter);
   QDropEvent event(QPointF(5, 5), Qt::CopyAction, data.get(), Qt::LeftButton, {});
-  QApplication::sendEvent(target->viewport(), &event);
+  QApplication::sendEvent(target, &event);
+}
+inline void drop(FlexGrid* target, QWidget* source, const QString& kind) { dropOn(target->viewport(), source, kind); }
+
+inline QStringList sortedItems(QListWidget* list) {
+  QStringList items;
+  for (int i = 0; i < list->count(); ++i)
+    items << list->item(i)->text();
+  items.sort();
+  return items;
+}
+
+// Answers the next modal window once it is up; a window the answer leaves open is closed, so a
+// failing check cannot leave the test waiting on it.
+template <typename F> void whenModal(F f) {
+  QTimer::singleShot(0, [f] {
+    QWidget* modal = QApplication::activeModalWidget();
+    QVERIFY(modal);
+    QPointer<QWidget> guard(modal);
+    f(modal);
+    if (guard && guard->isVisible())
+      guard->close();
+  });
 }
 
 // The program started with no logon, then pointed at the instance through a connection that

@@ -35,27 +35,6 @@ const QStringList ShopSchema = {
     "K9 number, K10 number, K11 number)",
 };
 
-QStringList sortedItems(QListWidget* list) {
-  QStringList items;
-  for (int i = 0; i < list->count(); ++i)
-    items << list->item(i)->text();
-  items.sort();
-  return items;
-}
-
-// Answers the next modal window once it is up; a window the answer leaves open is closed, so a
-// failing check cannot leave the test waiting on it.
-template <typename F> void whenModal(F f) {
-  QTimer::singleShot(0, [f] {
-    QWidget* modal = QApplication::activeModalWidget();
-    QVERIFY(modal);
-    QPointer<QWidget> guard(modal);
-    f(modal);
-    if (guard && guard->isVisible())
-      guard->close();
-  });
-}
-
 } // namespace
 
 class TestKeySearch final : public QObject {

@@ -49,6 +49,11 @@ const QStringList Seeds = {
     "truncate table order_lines",
     "drop table work1 cascade constraints",
     "select * from (select cust_no, count(*) n from orders group by cust_no) where n > 1 and rownum <= 10",
+    "select level, cust_no, sys_connect_by_path(cust_name, '/'), connect_by_root cust_no, prior cust_name from "
+    "customers where level <= 3 start with rank_code = 'A' connect by nocycle prior cust_no = credit order "
+    "siblings by cust_name",
+    "select cust_no, row_number() over (partition by rank_code order by credit desc) from customers order by 1 "
+    "offset 1 rows fetch next 2 rows only",
     "select regexp_replace(cust_name, '(a)(b)?', '\\1x', 1, 0, 'i'), regexp_substr(cust_name, '[^ ]+', 1, 2), "
     "translate(cust_name, 'ab', 'x'), trim(leading 'S' from cust_name), dump(credit), nullif(cust_no, 2), "
     "timestamp '2024-01-31 10:00:00.5' + interval '1 02:03:04.5' day to second, interval '1-6' year to month, "
@@ -57,15 +62,17 @@ const QStringList Seeds = {
 };
 
 const QStringList Interesting = {
-    "(+)",  "(",      ")",          ",",       "'",     "''",         "'x'",     "\"",     "\"Q\"",
-    "1",    "-1",     "1e309",      ".",       "*",     "/",          "||",      "=",      "<=",
-    "<>",   "!=",     ">",          "SELECT",  "FROM",  "WHERE",      "AND",     "OR",     "NOT",
-    "IN",   "EXISTS", "UNION",      "ALL",     "MINUS", "ROWNUM",     "DUAL",    "NULL",   "NVL(",
-    "(+",   "+)",     "SYSDATE",    "NEXTVAL", "ORDER", "BY",         "GROUP",   "HAVING", "DISTINCT",
-    "CASE", "WHEN",   "THEN",       "END",     "LIKE",  "ESCAPE",     "BETWEEN", ":b",     "--",
-    "/*",   "*/",     ";",          "\\",      "\t",    "日本",       "TABLE",   "CREATE", "ALTER",
-    "DROP", "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
-    "TIMESTAMP", "INTERVAL", "DAY", "TO", "SECOND", "YEAR", "1e126", "LEADING", "99999999999999999999999",
+    "(+)",     "(",      ")",          ",",       "'",     "''",         "'x'",     "\"",     "\"Q\"",
+    "1",       "-1",     "1e309",      ".",       "*",     "/",          "||",      "=",      "<=",
+    "<>",      "!=",     ">",          "SELECT",  "FROM",  "WHERE",      "AND",     "OR",     "NOT",
+    "IN",      "EXISTS", "UNION",      "ALL",     "MINUS", "ROWNUM",     "DUAL",    "NULL",   "NVL(",
+    "(+",      "+)",     "SYSDATE",    "NEXTVAL", "ORDER", "BY",         "GROUP",   "HAVING", "DISTINCT",
+    "CASE",    "WHEN",   "THEN",       "END",     "LIKE",  "ESCAPE",     "BETWEEN", ":b",     "--",
+    "/*",      "*/",     ";",          "\\",      "\t",    "日本",       "TABLE",   "CREATE", "ALTER",
+    "DROP",    "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
+    "CONNECT", "PRIOR",  "LEVEL",      "START",   "WITH",  "FETCH",      "OFFSET",  "ROWS",   "OVER",
+    "TIMESTAMP", "INTERVAL", "DAY",    "TO",      "SECOND", "YEAR",     "1e126",   "LEADING",
+    "99999999999999999999999",
 };
 
 QString mutate(const QString& seed, QRandomGenerator& random) {

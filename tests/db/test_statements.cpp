@@ -244,6 +244,26 @@ private Q_SLOTS:
              QStringList({"1: 2004/01/05", "2: 2004/02/01 09:30:00"}));
   }
 
+  void savepointsRollBackPartOfATransaction() {
+    m_db->connection().begin();
+    exec("insert into customers (cust_no, cust_name) values (3, 'a')");
+    exec("savepoint one");
+    exec("insert into customers (cust_no, cust_name) values (4, 'b')");
+    exec("savepoint two");
+    exec("insert into customers (cust_no, cust_name) values (5, 'c')");
+    exec("rollback to savepoint one");
+    QCOMPARE(rows("select cust_no from customers order by 1"), QStringList({"1", "2", "3"}));
+    // Rolling back to one forgets those set after it, and keeps it.
+    QString text;
+    QCOMPARE(error("rollback to two", &text), 1086);
+    QCOMPARE(text, "ORA-01086: savepoint 'TWO' never established in this session or is invalid");
+    exec("insert into customers (cust_no, cust_name) values (6, 'd')");
+    exec("rollback work to one");
+    m_db->connection().commit();
+    QCOMPARE(rows("select cust_no from customers order by 1"), QStringList({"1", "2", "3"}));
+    QCOMPARE(error("rollback to one"), 1086);
+  }
+
   void nullsSortLastGoingUpAndFirstGoingDown() {
     exec("create table ord_t (id number, v number, s varchar2(10))");
     exec("insert into ord_t values (1, 20, 'b')");

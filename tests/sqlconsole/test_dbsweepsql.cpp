@@ -1,66 +1,39 @@
+#include "ConsoleProcess.h"
 #include "db/local/LocalEngine.h"
 #include "sqlconsole/ConsoleOptions.h"
 
-#include <QFile>
 #include <QFileInfo>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <dlfcn.h>
 
-namespace {
-
-struct Result {
-  int status = -1;
-  QString out;
-  QString err;
-};
-
-} // namespace
+using Result = ConsoleProcess::Result;
 
 // Runs the built dbsweep-sql against a fresh embedded instance.
 class TestDbsweepSql final : public QObject {
   Q_OBJECT
 
   Result sql(const QStringList& arguments, const QByteArray& input = {}) const {
-    QProcess process;
-    process.setProcessEnvironment(m_env);
-    process.start(QStringLiteral(DBSWEEP_SQL), arguments);
-    if (!process.waitForStarted())
-      return {};
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(120000))
-      process.kill();
-    process.waitForFinished();
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+    return m_console.run(arguments, input);
   }
-
-  QString script(const QString& name, const QByteArray& text) const {
-    const QString path = m_dir.filePath(name);
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() ? QLatin1Char('@') + path : QString();
-  }
+  QString script(const QString& name, const QByteArray& text) const { return m_console.script(name, text); }
 
   QString count(const QString& where) const {
     return sql({QStringLiteral("--csv"), m_logon}, "select count(*) as n from items where " + where.toUtf8() + ";\n")
         .out;
   }
 
-  QTemporaryDir m_dir;
-  QProcessEnvironment m_env = QProcessEnvironment::systemEnvironment();
+  ConsoleProcess m_console;
   QString m_logon;
 
 private Q_SLOTS:
   void initTestCase() {
-    QVERIFY(m_dir.isValid());
-    m_env.insert(QStringLiteral("DBSWEEP_DATA_DIR"), m_dir.filePath(QStringLiteral("data")));
-    const QString host = QStringLiteral("local:") + m_dir.filePath(QStringLiteral("inst"));
+    QVERIFY(m_console.dir.isValid());
+    m_console.env.insert(QStringLiteral("DBSWEEP_DATA_DIR"), m_console.dir.filePath(QStringLiteral("data")));
+    const QString host = QStringLiteral("local:") + m_console.dir.filePath(QStringLiteral("inst"));
     const Result created = sql({"--create-instance", host, "--system-password", "x"});
     QVERIFY2(created.status == 0, qPrintable(created.err));
-    QVERIFY(LocalEngine::instanceExists(m_dir.filePath(QStringLiteral("inst"))));
+    QVERIFY(LocalEngine::instanceExists(m_console.dir.filePath(QStringLiteral("inst"))));
     const Result again = sql({"--create-instance", host, "--system-password", "x"});
     QCOMPARE(again.status, 1);
     QVERIFY2(again.err.startsWith("ORA-"), qPrintable(again.err));
@@ -74,12 +47,16 @@ private Q_SLOTS:
     QCOMPARE(run.password, std::nullopt);
     QCOMPARE(run.host, QString("local:/srv/db/inst"));
     QCOMPARE(run.script, QString("load.sql"));
+    // As in SQL*Plus, the words after the script are its arguments.
+    QCOMPARE(ConsoleOptions::parse({"u/p@local:x", "@a.sql", "@b.sql", "7"}).scriptArguments,
+             QStringList({"@b.sql", "7"}));
+    QVERIFY(ConsoleOptions::parse({"/NOLOG"}).noLog);
     QCOMPARE(ConsoleOptions::parse({"u/p@w@local:x"}).password, std::optional<QString>("p@w"));
     for (const QStringList& bad : QList<QStringList>{{},
                                                      {"scott/tiger"},
                                                      {"--fast", "u/p@local:x"},
                                                      {"u/p@local:x", "extra"},
-                                                     {"u/p@local:x", "@a.sql", "@b.sql"},
+                                                     {"u/p@local:x", "@"},
                                                      {"--create-instance"},
                                                      {"--create-instance", "demo"},
                                                      {"--system-password", "x", "u/p@local:x"}})
@@ -93,7 +70,7 @@ private Q_SLOTS:
   }
 
   void logonAndInstanceCreationReadStandardInput() {
-    const QString host = QStringLiteral("local:") + m_dir.filePath(QStringLiteral("piped"));
+    const QString host = QStringLiteral("local:") + m_console.dir.filePath(QStringLiteral("piped"));
     QCOMPARE(sql({"--create-instance", host}, "s3cret\n").status, 0);
     const Result query = sql({"--csv", "system@" + host}, "s3cret\nselect 1 as one from dual;\n");
     QCOMPARE(query.out, QString("ONE\n1\n"));
@@ -102,7 +79,7 @@ private Q_SLOTS:
     const Result wrong = sql({"system/nope@" + host}, "select 1 from dual;\n");
     QCOMPARE(wrong.status, 1);
     QVERIFY2(wrong.err.contains("ORA-01017"), qPrintable(wrong.err));
-    const Result missing = sql({"system/x@local:" + m_dir.filePath("none")});
+    const Result missing = sql({"system/x@local:" + m_console.dir.filePath("none")});
     QCOMPARE(missing.status, 1);
     QVERIFY2(missing.err.contains("ORA-12154"), qPrintable(missing.err));
   }
@@ -113,22 +90,22 @@ private Q_SLOTS:
       QSKIP("an Oracle client is installed on this machine");
     }
     QTemporaryDir empty;
-    QProcessEnvironment env = m_env;
+    QProcessEnvironment env = m_console.env;
     env.remove(QStringLiteral("ORACLE_HOME"));
     env.remove(QStringLiteral("LD_LIBRARY_PATH"));
     env.insert(QStringLiteral("DBSWEEP_ORACLE_CLIENT"), empty.path());
-    std::swap(env, m_env);
+    std::swap(env, m_console.env);
     const Result none = sql({"scott/tiger@ORCL"}, "select 1 from dual;\n");
     QCOMPARE(none.status, 1);
     QVERIFY2(none.err.contains("No Oracle client library (libclntsh.so) could be loaded."), qPrintable(none.err));
     QVERIFY(none.err.contains(empty.path() + " (DBSWEEP_ORACLE_CLIENT)"));
 
     // The test double of the client logs on, then knows no statement but its own.
-    m_env.insert(QStringLiteral("DBSWEEP_ORACLE_CLIENT"), QFileInfo(QStringLiteral(OCI_DOUBLE)).absolutePath());
+    m_console.env.insert(QStringLiteral("DBSWEEP_ORACLE_CLIENT"), QFileInfo(QStringLiteral(OCI_DOUBLE)).absolutePath());
     const Result reached = sql({"scott/tiger@ORCL"}, "select 1 from dual;\n");
     QVERIFY2(reached.err.contains("ORA-00900: invalid SQL statement"), qPrintable(reached.err));
     QVERIFY2(sql({"scott/lion@ORCL"}).err.contains("ORA-01017"), "a wrong password is Oracle's to refuse");
-    std::swap(env, m_env);
+    std::swap(env, m_console.env);
   }
 
   void runsScriptsFromStandardInputAndFiles() {

@@ -1,4 +1,5 @@
 #include "db/OraDynaset.h"
+#include "sqlconsole/ColumnFormat.h"
 #include "sqlconsole/DisplayWidth.h"
 #include "sqlconsole/ResultPrinter.h"
 #include "sqlconsole/StatementFeedback.h"
@@ -34,11 +35,12 @@ private:
   qsizetype m_row = 0;
 };
 
-QString printed(ResultPrinter::Format format, const QStringList& names, const QList<QVariantList>& rows) {
+QString printed(ResultPrinter::Format format, const QStringList& names, const QList<QVariantList>& rows,
+                const ResultLayout& layout = {}) {
   FakeDynaset dynaset(names, rows);
   QString text;
   QTextStream out(&text);
-  const qint64 count = ResultPrinter(format).print(dynaset, out);
+  const qint64 count = ResultPrinter(format, layout).print(dynaset, out);
   out.flush();
   return count == rows.size() ? text : QStringLiteral("wrong count %1").arg(count);
 }
@@ -73,6 +75,50 @@ private Q_SLOTS:
                            "3 rows selected.\n"));
     QCOMPARE(printed(ResultPrinter::Format::Text, {"N"}, {{QString("a")}}), QString("\nN\n-\na\n\n1 row selected.\n"));
     QCOMPARE(printed(ResultPrinter::Format::Text, {"N"}, {}), QString("\nno rows selected\n"));
+  }
+
+  void setAndColumnLayOutPagesAsSqlplusDoes() {
+    const QList<QVariantList> rows{{7369, QString("SMITH")}, {7499, QString("ALLEN")}, {7521, QString("WARD")}};
+    // A page of five lines holds its blank line, the two heading lines and two rows.
+    QCOMPARE(printed(ResultPrinter::Format::Text, {"EMPNO", "ENAME"}, rows, {0, 5, true, 1, nullptr}),
+             QString("\nEMPNO ENAME\n----- -----\n 7369 SMITH\n 7499 ALLEN\n"
+                     "\nEMPNO ENAME\n----- -----\n 7521 WARD\n\n3 rows selected.\n"));
+    QCOMPARE(printed(ResultPrinter::Format::Text, {"EMPNO", "ENAME"}, rows, {0, 0, true, 0, nullptr}),
+             QString(" 7369 SMITH\n 7499 ALLEN\n 7521 WARD\n"));
+    QCOMPARE(printed(ResultPrinter::Format::Text, {"EMPNO", "ENAME"}, rows.mid(0, 1), {0, -1, false, 2, nullptr}),
+             QString("\n 7369 SMITH\n"));
+    QCOMPARE(printed(ResultPrinter::Format::Text, {"N"}, {}, {0, -1, true, 0, nullptr}), QString());
+    // A row wider than the line goes on on the next line, its headings too.
+    QCOMPARE(printed(ResultPrinter::Format::Text, {"EMPNO", "ENAME"}, rows.mid(0, 1), {10, -1, true, 1, nullptr}),
+             QString("\nEMPNO\n-----\nENAME\n-----\n 7369\nSMITH\n\n1 row selected.\n"));
+
+    ColumnFormats columns;
+    QCOMPARE(columns.define({"ename", "format", "a3", "heading", "Name"}), QString());
+    QCOMPARE(columns.define({"empno", "for", "9,990.9", "hea", "No"}), QString());
+    QCOMPARE(printed(ResultPrinter::Format::Text, {"EMPNO", "ENAME"},
+                     {{7369, QString("SMITH")}, {QVariant(), QString("東京都")}}, {0, -1, true, 1, &columns}),
+             QString("\n      No Nam\n-------- ---\n 7,369.0 SMI\n         TH\n         東\n         京\n         都\n"
+                     "\n2 rows selected.\n"));
+    QVERIFY(columns.define({"sal", "format", "9x9"}).startsWith("SP2-0246"));
+    QCOMPARE(columns.define({"ename", "clear"}), QString());
+    QCOMPARE(columns.find("ENAME"), nullptr);
+  }
+
+  void numberFormatsAsSqlplusPrintsThem() {
+    const auto format = [](const char* model, const QVariant& value) {
+      ColumnFormat column;
+      column.numberFormat = QString::fromLatin1(model);
+      return column.formatNumber(value);
+    };
+    QCOMPARE(format("99,990.99", 1600.5), QString("  1,600.50"));
+    QCOMPARE(format("99,990.99", 800), QString("    800.00"));
+    QCOMPARE(format("99,990.99", -0.5), QString("     -0.50"));
+    QCOMPARE(format("99,990.99", 123456), QString("##########"));
+    QCOMPARE(format("9.99", 0.456), QString("  .46"));
+    QCOMPARE(format("999", 0), QString("   0"));
+    QCOMPARE(format("0999", 42), QString(" 0042"));
+    QCOMPARE(format("$9,999", -1234), QString("-$1,234"));
+    QCOMPARE(format("999", QString("12.5")), QString("  13"));
   }
 
   void csvQuotesOnlyWhatRfc4180Requires() {

@@ -93,6 +93,7 @@ private Q_SLOTS:
     QVERIFY(items[2].continueOnError);
     QCOMPARE(items[3].kind, Kind::ErrorMode);
     QVERIFY(!items[3].continueOnError);
+    QCOMPARE(items[3].exitCode, std::optional<int>(1));
     // SET inside a statement, and SET TRANSACTION, are SQL.
     QCOMPARE(sqlOf(items[4]), QString("update t set a = 1"));
     QCOMPARE(items[4].line, 14);

@@ -40,10 +40,12 @@ public:
     QString program;
     QStringList arguments;
     WindowState state;
+    QByteArray standardInput;
   };
 
-  bool start(const QString& program, const QStringList& arguments, WindowState state) override {
-    m_launches.append({program, arguments, state});
+  bool start(const QString& program, const QStringList& arguments, WindowState state,
+             const QByteArray& standardInput = {}) override {
+    m_launches.append({program, arguments, state, standardInput});
     return m_succeeds;
   }
   const QList<Launch>& launches() const { return m_launches; }

@@ -7,6 +7,7 @@
 #include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/DecimalAggregates.h"
+#include "db/local/HierarchicalQueries.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/SessionContext.h"
@@ -30,7 +31,7 @@ Kind kindOf(const std::vector<SqlToken>& t) {
     return Kind::Query;
   if (first.is(u"INSERT") || first.is(u"UPDATE") || first.is(u"DELETE"))
     return Kind::Dml;
-  if (first.is(u"COMMIT") || first.is(u"ROLLBACK"))
+  if (first.is(u"COMMIT") || first.is(u"ROLLBACK") || first.is(u"SAVEPOINT"))
     return Kind::Transaction;
   if (first.is(u"BEGIN") || first.is(u"DECLARE"))
     return Kind::Block;
@@ -188,6 +189,7 @@ void LocalConnection::registerFunctions() {
   OracleFunctions::registerAll(m_db, &m_settings);
   ColumnTypes::registerFunctions(m_db, &m_settings);
   DecimalAggregates::registerAll(m_db);
+  HierarchicalQueries::registerFunctions(m_db);
   SessionContext::registerAll(m_db, this);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
@@ -210,6 +212,43 @@ void LocalConnection::rollbackQuietly() {
   if (m_inTransaction)
     sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
   m_inTransaction = false;
+  m_savepoints.clear();
+}
+
+// SAVEPOINT name and ROLLBACK [WORK] TO [SAVEPOINT] name: SQLite's savepoints inside the
+// session's transaction, which the savepoint starts if nothing is pending yet. Rolling back to
+// one keeps it and forgets those set after it, as Oracle does. Outside a transaction every
+// statement commits by itself, leaving nothing to roll back to.
+qint64 LocalConnection::savepoint(const std::vector<SqlToken>& tokens) {
+  TokenCursor c(tokens, 1);
+  const bool setting = tokens.front().is(u"SAVEPOINT");
+  if (!setting) {
+    c.accept(u"WORK");
+    c.expect(u"TO", 933);
+    c.accept(u"SAVEPOINT");
+  }
+  const QString name = c.name(setting ? 922 : 933);
+  if (!c.atEnd())
+    TokenCursor::fail(933);
+  const QString sql = QStringLiteral("%1 %2").arg(setting ? QStringLiteral("SAVEPOINT") : QStringLiteral("ROLLBACK TO"),
+                                                  SqlTranslator::quoteName(name));
+  if (setting) {
+    beginPending();
+    if (!m_inTransaction)
+      return 0;
+    m_savepoints.removeAll(name);
+    m_savepoints.append(name);
+  } else {
+    if (!m_savepoints.contains(name))
+      throw OraError(1086, QStringLiteral("savepoint '%1' never established in this session or is invalid").arg(name));
+    m_savepoints.resize(m_savepoints.indexOf(name) + 1);
+  }
+  try {
+    sqliteExec(m_db, sql);
+  } catch (const SqliteFailure& f) {
+    throw oracleError(f);
+  }
+  return 0;
 }
 
 QString LocalConnection::schemaOf(const QString& owner) {
@@ -243,7 +282,8 @@ QString LocalConnection::schemaOf(const QString& owner) {
 }
 
 SqlTranslator LocalConnection::translator() {
-  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}};
+  SqlTranslator::Context context{
+      m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}, {}};
   context.hasColumn = [this](std::vector<SqlToken> item, const QString& column) {
     item.push_back(SqlToken{});
     try {
@@ -266,6 +306,17 @@ SqlTranslator LocalConnection::translator() {
       return SqliteStmt(m_db, sql).declaredType(0);
     } catch (const SqliteFailure&) {
       return std::nullopt; // a column of an outer query, or none at all
+    }
+  };
+  context.columnNames = [this](const QString& sql) -> std::optional<QStringList> {
+    try {
+      SqliteStmt probe(m_db, sql);
+      QStringList names;
+      for (int i = 0; i < probe.columnCount(); ++i)
+        names << probe.columnName(i);
+      return names;
+    } catch (const SqliteFailure&) {
+      return std::nullopt;
     }
   };
   return SqlTranslator(context);
@@ -302,6 +353,7 @@ void LocalConnection::commitPending() {
       throw oracleError(f);
     }
     m_inTransaction = false;
+    m_savepoints.clear();
   }
 }
 
@@ -380,7 +432,10 @@ qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const 
     return 0;
   }
   case Kind::Dml: return runDml(tokens);
-  case Kind::Transaction:
+  case Kind::Transaction: {
+    TokenCursor c(tokens, 1);
+    if (tokens.front().is(u"SAVEPOINT") || (c.peek().is(u"WORK") ? c.peek(1) : c.peek()).is(u"TO"))
+      return savepoint(tokens);
     if (tokens.size() > 2 && !tokens[1].is(u"WORK") && !tokens[1].is(u"TRANSACTION"))
       throw OraError(933, TokenCursor::textOf(933));
     if (tokens.front().is(u"COMMIT"))
@@ -388,6 +443,7 @@ qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const 
     else
       rollbackQuietly();
     return 0;
+  }
   case Kind::Block: return runBlock(tokens, sql);
   case Kind::Session: return alterSession(tokens);
   case Kind::Ddl: return DdlRunner(*this, tokens, sql).run();

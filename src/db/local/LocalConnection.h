@@ -99,6 +99,7 @@ private:
   qint64 runDml(const std::vector<SqlToken>& tokens);
   qint64 runBlock(const std::vector<SqlToken>& tokens, const QString& sql);
   void rollbackQuietly();
+  qint64 savepoint(const std::vector<SqlToken>& tokens);
   void registerFunctions();
   qint64 alterSession(const std::vector<SqlToken>& tokens);
 
@@ -109,7 +110,8 @@ private:
   std::unique_ptr<SessionWatch> m_watch;
   bool m_explicit = false; // after begin(): changes wait for commit() or rollback()
   bool m_inTransaction = false;
-  QStringList m_attached; // other schemas, least recently used first
+  QStringList m_attached;   // other schemas, least recently used first
+  QStringList m_savepoints; // of the pending transaction, oldest first
   QHash<QString, qint64> m_currval;
   QHash<QString, RowValue> m_rowValues;
   SessionSettings m_settings;

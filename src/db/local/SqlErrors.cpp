@@ -211,6 +211,11 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
        [](const auto&) { return OraError(911, QStringLiteral("invalid character")); }},
       {QRegularExpression(QStringLiteral("^row value misused$")),
        [](const auto&) { return OraError(907, QStringLiteral("missing right parenthesis")); }},
+      {QRegularExpression(QStringLiteral("^DISTINCT is not supported for window functions")),
+       [](const auto&) { return OraError(30482, QStringLiteral("DISTINCT option not allowed for this function")); }},
+      // OVER (name ...) names a window SQLite would look for; Oracle reads no name there.
+      {QRegularExpression(QStringLiteral("^no such window")),
+       [](const auto&) { return OraError(907, QStringLiteral("missing right parenthesis")); }},
       {QRegularExpression(QStringLiteral("^misuse of window function")),
        [](const auto&) { return OraError(30483, QStringLiteral("window  functions are not allowed here")); }},
       {QRegularExpression(QStringLiteral("^default value of column .* is not constant$")),

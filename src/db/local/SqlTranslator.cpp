@@ -3,6 +3,7 @@
 #include "db/OraError.h"
 #include "db/local/CompoundCheck.h"
 #include "db/local/GroupingCheck.h"
+#include "db/local/HierarchicalQueries.h"
 #include "db/local/OracleNumber.h"
 #include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
@@ -322,9 +323,32 @@ QString SqlTranslator::labelOf(const std::vector<SqlToken>& t, size_t begin, siz
 }
 
 QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
-  if (begin == 0 && !m_probing && !m_rownumDone) {
+  if (begin == 0 && !m_probing && !m_rownumDone && !m_rewritten) {
     SyntaxCheck::check(t);
     CompoundCheck::check(t, begin, end, [&](size_t b, size_t e) { return declaredType(t, b, e); });
+  }
+  // One rewrite takes every block it can; CONNECT BY left where no block holds it is an error of
+  // the statement, for SQLite to find.
+  if (!m_rewritten && HierarchicalQueries::contains(t, begin, end)) {
+    const auto tree =
+        HierarchicalQueries::rewrite(t, begin, end, [this](const std::vector<SqlToken>& item, bool rowid) {
+          if (!m_context.columnNames || !m_context.declaredType)
+            return std::optional<QStringList>();
+          std::vector<SqlToken> probe = item;
+          probe.push_back(SqlToken{});
+          SqlTranslator inner(*this);
+          inner.m_probing = true;
+          const QString from = inner.translate(probe);
+          if (!rowid)
+            return m_context.columnNames(QStringLiteral("SELECT * FROM %1 WHERE 0").arg(from));
+          // A view answers for a rowid too, with NULLs; only a table's is an INTEGER.
+          if (m_context.declaredType(QStringLiteral("SELECT rowid FROM %1 WHERE 0").arg(from)) != u"INTEGER")
+            return std::optional<QStringList>();
+          return std::optional<QStringList>(QStringList{QStringLiteral("ROWID")});
+        });
+    SqlTranslator inner(*this);
+    inner.m_rewritten = true;
+    return inner.translate(tree, 0, tree.size());
   }
   if (OuterJoins::contains(t, begin, end)) {
     const auto ansi = OuterJoins::rewrite(t, begin, end, m_context.hasColumn);
@@ -360,6 +384,11 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       out << QStringLiteral("ORDER BY");
       i += 2;
       out << orderBy(t, i, end);
+      continue;
+    }
+    if ((t[i].is(u"OFFSET") || t[i].is(u"FETCH")) && i + 1 < end && !t[i + 1].is(u",") && !t[i + 1].is(u")") &&
+        t[i + 1].kind != SqlToken::Kind::End && !(i > begin && t[i - 1].is(u"."))) {
+      out << rowLimits(t, i, end);
       continue;
     }
     if (const auto listed = literalOperands(t, i, begin, end)) {
@@ -487,6 +516,38 @@ QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t
     break;
   }
   return items.join(QStringLiteral(", "));
+}
+
+// The row limiting clause, [OFFSET n ROWS] [FETCH FIRST|NEXT n ROWS ONLY], is SQLite's LIMIT and
+// OFFSET; a negative offset counts as none, and FETCH without a count fetches one row. PERCENT and
+// WITH TIES, which choose rows by the ordering's values, are refused.
+QString SqlTranslator::rowLimits(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
+  const auto countTo = [&](size_t from) {
+    size_t k = from;
+    while (k < end && t[k].kind != SqlToken::Kind::End && !t[k].is(u"ROW") && !t[k].is(u"ROWS") && !t[k].is(u"PERCENT"))
+      ++k;
+    if (k >= end || t[k].kind == SqlToken::Kind::End)
+      throw OraError(933, QStringLiteral("SQL command not properly ended"));
+    return k;
+  };
+  QString offset = QStringLiteral("0"), limit = QStringLiteral("-1");
+  if (t[i].is(u"OFFSET")) {
+    const size_t k = countTo(i + 1);
+    offset = QStringLiteral("max(0, %1)").arg(translate(t, i + 1, k));
+    i = k + 1;
+  }
+  if (i < end && t[i].is(u"FETCH")) {
+    if (i + 1 >= end || !(t[i + 1].is(u"FIRST") || t[i + 1].is(u"NEXT")))
+      throw OraError(933, QStringLiteral("SQL command not properly ended"));
+    const size_t k = countTo(i + 2);
+    limit = k == i + 2 ? QStringLiteral("1") : QStringLiteral("max(0, %1)").arg(translate(t, i + 2, k));
+    if (t[k].is(u"PERCENT") || (k + 1 < end && t[k + 1].is(u"WITH")))
+      throw OraError(3001, QStringLiteral("unimplemented feature"));
+    if (k + 1 >= end || !t[k + 1].is(u"ONLY"))
+      throw OraError(933, QStringLiteral("SQL command not properly ended"));
+    i = k + 2;
+  }
+  return QStringLiteral("LIMIT %1 OFFSET %2").arg(limit, offset);
 }
 
 // Oracle compares a number or a DATE with a text by converting the text, so that 1 = '1' holds
@@ -858,6 +919,22 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
         i = close;
         return sum;
       }
+    }
+    // RATIO_TO_REPORT(expr) OVER (PARTITION BY ...): the value over the sum of its partition.
+    if (upper == u"RATIO_TO_REPORT" && next(0).is(u"(")) {
+      const size_t close = afterGroup(t, i, end);
+      if (close == NoEnd || close + 1 >= end || !t[close].is(u"OVER") || !t[close + 1].is(u"("))
+        throw OraError(30484, QStringLiteral("missing window specification for this function"));
+      const size_t windowEnd = afterGroup(t, close + 1, end);
+      if (windowEnd == NoEnd)
+        throw OraError(907, QStringLiteral("missing right parenthesis"));
+      std::vector<SqlToken> ratio(t.begin() + qsizetype(i), t.begin() + qsizetype(close));
+      ratio.push_back(SqlToken{SqlToken::Kind::Symbol, QStringLiteral("/"), 0, 0, 0});
+      ratio.push_back(SqlToken{SqlToken::Kind::Word, QStringLiteral("SUM"), 0, 0, 0});
+      ratio.insert(ratio.end(), t.begin() + qsizetype(i), t.begin() + qsizetype(windowEnd));
+      ratio.push_back(SqlToken{});
+      i = windowEnd;
+      return u'(' + translate(ratio) + u')';
     }
     if (next(0).is(u"(") && !keywords().contains(upper))
       return functionName(upper);

@@ -29,6 +29,8 @@ public:
     std::function<std::optional<QString>(const QString& sql)> declaredType;
     // Raises the error Oracle raises when the session may not use another schema's table.
     std::function<void(const QString& owner, const QString& table)> checkAccess;
+    // The names of the columns of a probe query; nullopt when the probe fails.
+    std::function<std::optional<QStringList>(const QString& sql)> columnNames;
   };
 
   explicit SqlTranslator(Context context) : m_context(std::move(context)), m_statement(++s_statements) {}
@@ -51,6 +53,7 @@ private:
   QString token(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString selectList(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString orderBy(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
+  QString rowLimits(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString declaredType(const std::vector<SqlToken>& t, size_t begin, size_t end) const;
   static std::optional<std::pair<size_t, size_t>> fromItems(const std::vector<SqlToken>& t, size_t at);
   QString scalarSubquery(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
@@ -64,6 +67,7 @@ private:
   Context m_context;
   bool m_rownumDone = false; // ROWNUM conditions are already limits
   bool m_probing = false;    // translating a probe, which probes no further
+  bool m_rewritten = false;  // translating a rewrite, whose source has been checked
   qint64 m_statement;        // tells one statement's sequence references from another's
   std::shared_ptr<std::optional<QList<bool>>> m_textColumns = std::make_shared<std::optional<QList<bool>>>();
   static inline std::atomic<qint64> s_statements{0};

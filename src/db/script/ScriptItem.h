@@ -10,7 +10,7 @@ struct ScriptItem final {
     Statement,   // SQL to run
     BlockEnd,    // the statements of an anonymous block have all been handed out
     Prompt,      // text to print
-    ErrorMode,   // WHENEVER SQLERROR: whether a failing statement stops the run
+    ErrorMode,   // WHENEVER SQLERROR: whether a failing statement stops the run, and how it exits
     Exit,        // EXIT or QUIT: the run ends here
     Failure,     // text that cannot be run; text holds the error message
     Unterminated // input ended inside a statement, which SQL*Plus leaves unrun in its buffer
@@ -25,5 +25,7 @@ struct ScriptItem final {
   bool continueOnError = false;
   // EXIT SUCCESS / FAILURE / WARNING / n; none leaves the status to how the run went.
   std::optional<int> exitCode;
+  // EXIT SQL.SQLCODE: the status is the error number of the last failing statement.
+  bool sqlCode = false;
   bool commit = true;
 };

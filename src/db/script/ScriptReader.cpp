@@ -28,6 +28,19 @@ QString upperWord(const QStringList& words, qsizetype index) {
   return index < words.size() ? words[index].toUpper() : QString();
 }
 
+// EXIT's words, which WHENEVER SQLERROR EXIT shares: a status and COMMIT or ROLLBACK.
+void readExitWords(const QStringList& words, qsizetype from, ScriptItem& item) {
+  for (qsizetype i = from; i < words.size(); ++i) {
+    const QString word = upperWord(words, i);
+    if (word == u"COMMIT" || word == u"ROLLBACK")
+      item.commit = word == u"COMMIT";
+    else if (word == u"SQL.SQLCODE")
+      item.sqlCode = true;
+    else
+      item.exitCode = exitCodeOf(word);
+  }
+}
+
 } // namespace
 
 void ScriptReader::addLine(QStringView line) {
@@ -126,18 +139,14 @@ bool ScriptReader::runCommand(QStringView line) {
     if (upperWord(words, 1) == u"SQLERROR") {
       queue(ScriptItem::Kind::ErrorMode, {}, m_line);
       m_items.last().continueOnError = upperWord(words, 2) == u"CONTINUE";
+      if (!m_items.last().continueOnError)
+        readExitWords(words, 3, m_items.last());
     }
     return true;
   }
   if (command == u"EXIT" || command == u"QUIT") {
     queue(ScriptItem::Kind::Exit, {}, m_line);
-    for (qsizetype i = 1; i < words.size(); ++i) {
-      const QString word = upperWord(words, i);
-      if (word == u"COMMIT" || word == u"ROLLBACK")
-        m_items.last().commit = word == u"COMMIT";
-      else
-        m_items.last().exitCode = exitCodeOf(word);
-    }
+    readExitWords(words, 1, m_items.last());
     m_stopped = true;
     return true;
   }

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QChar>
+#include <QStringList>
+
+// The SQL*Plus system variables the console follows, with their SET command.
+struct ConsoleSettings final {
+  // Columns a row may take before it goes on on the next line; 0: rows are not wrapped.
+  int lineSize = 0;
+  // Lines of a page, heading included; 0: no headings at all; -1: one page without end.
+  int pageSize = -1;
+  bool heading = true;
+  // The least row count that "n rows selected." is shown for; 0: never.
+  int feedback = 1;
+  bool echo = false;
+  bool timing = false;
+  bool verify = true;
+  // The character that starts a substitution variable; none after SET DEFINE OFF.
+  QChar define = u'&';
+  bool termout = true;
+
+  // SET option value [option value ...]; returns the error texts of what it could not set.
+  QStringList set(QStringList words);
+};

@@ -1,0 +1,59 @@
+#include "EngineFixture.h"
+
+// Analytic functions over partitions and windows, with Oracle's place for NULLs in OVER's ORDER
+// BY, and the row limiting clause.
+class TestAnalytics final : public QObject, SalesSession {
+  Q_OBJECT
+
+private Q_SLOTS:
+  void initTestCase() {
+    openSales();
+    m_db->ExecuteSQL("create table pay (id number, dept number, sal number)");
+    for (const char* row : {"1, 10, 300", "2, 10, 100", "3, 10, 100", "4, 20, 400", "5, 20, null", "6, 20, 200"})
+      m_db->ExecuteSQL(QString("insert into pay values (%1)").arg(row));
+  }
+  void cleanupTestCase() { closeSales(); }
+
+  void rankingAndOffsets() {
+    QCOMPARE(rows("select id, rank() over (partition by dept order by sal), dense_rank() over (partition by dept "
+                  "order by sal) from pay order by id"),
+             QStringList({"1|3|2", "2|1|1", "3|1|1", "4|2|2", "5|3|3", "6|1|1"}));
+    // NULLs last going up, first going down, as in a query's own ORDER BY.
+    QCOMPARE(rows("select id, row_number() over (order by sal desc, id) from pay order by id"),
+             QStringList({"1|3", "2|5", "3|6", "4|2", "5|1", "6|4"}));
+    QCOMPARE(rows("select id, ntile(4) over (order by id) from pay order by id"),
+             QStringList({"1|1", "2|1", "3|2", "4|2", "5|3", "6|4"}));
+    QCOMPARE(rows("select lag(sal, 1, 0) over (order by id), lead(id) over (order by id) from pay where dept = 10 "
+                  "order by id"),
+             QStringList({"0|2", "300|3", "100|<null>"}));
+  }
+
+  void aggregatesOverWindows() {
+    QCOMPARE(rows("select sum(sal) over (partition by dept), count(sal) over (partition by dept), "
+                  "max(sal) over (partition by dept) from pay where id in (1, 5)"),
+             QStringList({"300|1|300", "<null>|0|<null>"}));
+    QCOMPARE(rows("select sum(sal) over (order by id rows between 1 preceding and current row) from pay "
+                  "where dept = 10 order by id"),
+             QStringList({"300", "400", "200"}));
+    QCOMPARE(rows("select f, l from (select id, first_value(sal) over (partition by dept order by sal) f, "
+                  "last_value(sal) over (partition by dept order by sal rows between unbounded preceding and "
+                  "unbounded following) l from pay) where id = 6"),
+             QStringList({"200|<null>"}));
+    QCOMPARE(rows("select ratio_to_report(sal) over (partition by dept) from pay where dept = 10 order by id"),
+             QStringList({".6", ".2", ".2"}));
+    QCOMPARE(errorOf([&] { rows("select ratio_to_report(sal) from pay"); }), 30484);
+  }
+
+  void rowLimitingClause() {
+    QCOMPARE(rows("select id from pay order by sal desc fetch first 2 rows only"), QStringList({"5", "4"}));
+    QCOMPARE(rows("select id from pay order by id offset 4 rows"), QStringList({"5", "6"}));
+    QCOMPARE(rows("select id from pay order by id offset 1 row fetch next 2 rows only"), QStringList({"2", "3"}));
+    QCOMPARE(rows("select id from pay order by id fetch first row only"), QStringList({"1"}));
+    QCOMPARE(rows("select count(*) from (select id from pay order by id offset -3 rows fetch first 0 rows only)"),
+             QStringList({"0"}));
+    QCOMPARE(errorOf([&] { rows("select id from pay order by sal fetch first 2 rows with ties"); }), 3001);
+  }
+};
+
+QTEST_GUILESS_MAIN(TestAnalytics)
+#include "test_analytics.moc"
