@@ -123,7 +123,15 @@ private Q_SLOTS:
     QCOMPARE(eval("to_char(3 * 0.5), 9223372036854775807 + 1, 0.5, -0.25, 1e-131"),
              QString("1.5|9223372036854775808|.5|-.25|0"));
     QCOMPARE(eval("greatest(1 / 3, 0.3333333333333333), abs(-1 / 3), round(1 / 3, 3)"), third + "|" + third + "|.333");
+    QCOMPARE(eval("mod(1e25 + 1, 7), mod(1 / 3, 0.1), mod(-11, 4), mod(11.5, 4)"),
+             "4|.0" + QString(39, '3') + "|-3|3.5");
     QCOMPARE(rowsOf(*m_db, "select amount from ledger where id = 1"), QStringList({".1"}));
+    // Wide values compare and sort as the numbers they are.
+    QCOMPARE(rowsOf(*m_db, "select count(*) from dual where 1 / 3 < 1 and 1 / 3 > 0.3 and 2 / 3 between 0.6 and "
+                           "0.7 and 12345678901234567890123 > 9e18 and -12345678901234567890123 < -9e18"),
+             QStringList({"1"}));
+    QCOMPARE(rowsOf(*m_db, "select id, avg(id / 3) from ledger group by id having avg(id / 3) > 0.5 order by 2 desc"),
+             QStringList({"3|1", "2|." + QString(39, '6') + "7"}));
     QString text;
     QCOMPARE(error("select 1e126 from dual", &text), 1426);
     QCOMPARE(text, QString("ORA-01426: numeric overflow"));

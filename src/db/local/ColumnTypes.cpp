@@ -31,8 +31,12 @@ QString text(sqlite3_value* v) {
 }
 
 // dbsweep_fits(value, type, maximum, characters, precision, scale, owner, table, column)
-void checkNumber(sqlite3_value** argv) {
-  const Value v = SqliteNumber::read(argv[0]);
+const SessionSettings& session(sqlite3_context* ctx) {
+  return *static_cast<const SessionSettings*>(sqlite3_user_data(ctx));
+}
+
+void checkNumber(sqlite3_context* ctx, sqlite3_value** argv) {
+  const Value v = SqliteNumber::read(argv[0], session(ctx).wideNumbers);
   if (sqlite3_value_type(argv[4]) == SQLITE_NULL)
     return;
   const int precision = sqlite3_value_int(argv[4]);
@@ -53,10 +57,6 @@ void checkText(sqlite3_value** argv) {
                               .arg(maximum));
 }
 
-const SessionSettings& session(sqlite3_context* ctx) {
-  return *static_cast<const SessionSettings*>(sqlite3_user_data(ctx));
-}
-
 void checkDate(sqlite3_context* ctx, sqlite3_value** argv) {
   if (sqlite3_value_type(argv[0]) != SQLITE_TEXT)
     throw OraError(932, QStringLiteral("inconsistent datatypes: expected DATE got NUMBER"));
@@ -69,7 +69,7 @@ void fits(sqlite3_context* ctx, int, sqlite3_value** argv) {
     if (type != SQLITE_NULL && !(type == SQLITE_TEXT && sqlite3_value_bytes(argv[0]) == 0)) {
       const QString dataType = text(argv[1]);
       if (dataType == u"NUMBER" || dataType == u"FLOAT")
-        checkNumber(argv);
+        checkNumber(ctx, argv);
       else if (dataType == u"DATE")
         checkDate(ctx, argv);
       else
@@ -88,7 +88,9 @@ void storedNumber(sqlite3_context* ctx, int, sqlite3_value** argv) {
       sqlite3_result_null(ctx);
       return;
     }
-    SqliteNumber::result(ctx, Decimal::from(SqliteNumber::read(argv[0])).rounded(sqlite3_value_int(argv[1])).value());
+    WideNumbers& wide = session(ctx).wideNumbers;
+    SqliteNumber::result(ctx, Decimal::from(SqliteNumber::read(argv[0], wide)).rounded(sqlite3_value_int(argv[1])).value(),
+                         wide);
   } catch (const OraError& e) {
     sqlite3_result_error(ctx, e.what(), -1);
   }
@@ -177,7 +179,7 @@ void registerFunctions(sqlite3* db, const SessionSettings* settings) {
   const int flags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
   auto* session = const_cast<SessionSettings*>(settings);
   sqlite3_create_function_v2(db, "dbsweep_fits", 9, flags, session, fits, nullptr, nullptr, nullptr);
-  sqlite3_create_function_v2(db, "dbsweep_stored", 2, flags, nullptr, storedNumber, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_stored", 2, flags, session, storedNumber, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(db, "dbsweep_padded", 3, flags, nullptr, padded, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(db, "dbsweep_stored_date", 1, flags, session, storedDate, nullptr, nullptr, nullptr);
 }

@@ -60,7 +60,7 @@ public:
   QString text(int i) const { return QString::fromUtf8(utf8(i)); }
   Chars chars(int i) const { return text(i).toUcs4(); }
 
-  Value number(int i) const { return SqliteNumber::read(m_argv[i]); }
+  Value number(int i) const { return SqliteNumber::read(m_argv[i], session().wideNumbers); }
   // Oracle truncates the fraction of a position, length or count.
   qint64 integer(int i) const {
     const Value v = number(i);
@@ -108,7 +108,7 @@ public:
     const QByteArray utf8 = text.toUtf8();
     sqlite3_result_text(m_ctx, utf8.constData(), int(utf8.size()), SQLITE_TRANSIENT);
   }
-  void set(const Value& v) { SqliteNumber::result(m_ctx, v); }
+  void set(const Value& v) { SqliteNumber::result(m_ctx, v, session().wideNumbers); }
   void set(const DateTime& d) { set(OracleDateTime::stored(d)); }
 
   void setArgument(int i) {
@@ -133,6 +133,8 @@ private:
   sqlite3_value** m_argv;
 };
 
+// F as a SQLite function: an OraError it raises becomes the call's failure, "ORA-nnnnn: text",
+// which the engine raises as that error again.
 template <void (*F)(Call&)> void entry(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
   try {
     Call call(ctx, argc, argv);

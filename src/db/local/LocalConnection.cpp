@@ -188,7 +188,7 @@ void LocalConnection::registerFunctions() {
   sqlite3_create_collation_v2(m_db, "ORADATE", SQLITE_UTF8, nullptr, compareDates, nullptr);
   OracleFunctions::registerAll(m_db, &m_settings);
   ColumnTypes::registerFunctions(m_db, &m_settings);
-  DecimalAggregates::registerAll(m_db);
+  DecimalAggregates::registerAll(m_db, &m_settings);
   HierarchicalQueries::registerFunctions(m_db);
   SessionContext::registerAll(m_db, this);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
@@ -202,6 +202,7 @@ void LocalConnection::checkAlive() {
 }
 
 void LocalConnection::startCall() {
+  m_settings.wideNumbers.clear();
   if (m_watch && m_watch->killedNow()) {
     rollbackQuietly();
     throw killedError();

@@ -2,7 +2,7 @@
 
 #include "db/local/LocalConnection.h"
 #include "db/local/OracleDateTime.h"
-#include "db/local/OracleNumber.h"
+#include "db/local/SqliteNumber.h"
 #include "db/local/TokenCursor.h"
 
 namespace {
@@ -143,7 +143,7 @@ bool LocalDynaset::fetchTo(qint64 row) {
         values[i] = shown(values[i], i);
       // A NUMBER with a fraction reads as Oracle prints it (.5), not as a double (0.5).
       if (values[i].typeId() == QMetaType::Double)
-        values[i] = OracleNumber::toText(OracleNumber::Value::of(values[i].toDouble()));
+        values[i] = SqliteNumber::text(values[i].toDouble(), m_connection->settings().wideNumbers);
     }
     if (m_options == NoCache && !m_rows.empty()) {
       m_first += qint64(m_rows.size());

@@ -9,7 +9,7 @@
 
 #include <QHash>
 
-#include <cmath>
+#include <algorithm>
 
 namespace {
 
@@ -275,8 +275,6 @@ void singleRow(Call& c) {
   c.setArgument(1);
 }
 
-int fractionDigits(const Decimal& d) { return qMax(0, int(d.digits().size()) - d.point()); }
-
 // The remainder keeps the sign of the dividend, as Oracle's MOD does, and MOD(m, 0) is m.
 void mod(Call& c) {
   if (c.anyNull())
@@ -288,17 +286,13 @@ void mod(Call& c) {
       return c.set(m);
     return c.set(Value::of(n.integer == -1 ? qint64(0) : m.integer % n.integer));
   }
-  if (n.toDouble() == 0)
-    return c.set(m);
-  // In decimal where both scale to exact integers, so that MOD(0.3, 0.1) is 0 and not 0.0999….
   const Decimal dm = Decimal::from(m);
   const Decimal dn = Decimal::from(n);
-  const int places = qMax(fractionDigits(dm), fractionDigits(dn));
-  const Value sm = dm.shifted(places).value();
-  const Value sn = dn.shifted(places).value();
-  if (places <= 15 && sm.isInteger && sn.isInteger && sn.integer != 0 && sn.integer != -1)
-    return c.set(Decimal::from(Value::of(sm.integer % sn.integer)).shifted(-places).value());
-  c.set(Value::of(std::fmod(m.toDouble(), n.toDouble())));
+  if (dn.isZero())
+    return c.set(m);
+  // In decimal, m - n * TRUNC(m / n), so that MOD(0.3, 0.1) is 0 and not 0.0999….
+  const Decimal whole = dm.dividedBy(dn, 42).truncated(0);
+  c.set(dm.plus(dn.times(whole).negated()).value());
 }
 
 void abs(Call& c) {

@@ -96,8 +96,9 @@ void userenvFunction(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
     if (!known.contains(parameter))
       throw invalidParameter();
     const auto v = userenv(connectionOf(ctx), parameter);
+    // Through SQLite directly: the user data here is the connection, not the session's settings.
     if (v && (parameter == u"SESSIONID" || parameter == u"SID" || parameter == u"INSTANCE"))
-      return c.set(OracleNumber::Value::of(v->toLongLong()));
+      return sqlite3_result_int64(ctx, v->toLongLong());
     set(c, v);
   } catch (const OraError& e) {
     sqlite3_result_error(ctx, e.what(), -1);

@@ -42,14 +42,15 @@ QString functionName(const QString& upper) {
   return upper;
 }
 
-// A number literal as SQLite reads it: its own text where an integer or a double holds it, the
-// exact text otherwise (a wide NUMBER); ORA-01426 beyond NUMBER's range, zero below it.
+// A number literal as SQLite reads it: its own text where an integer or a double holds it, a
+// conversion of its exact text otherwise (a wide NUMBER); ORA-01426 beyond NUMBER's range, zero
+// below it.
 QString numberLiteral(const QString& text) {
   if (text.size() <= 18 && std::all_of(text.begin(), text.end(), [](QChar c) { return c.isDigit(); }))
     return text;
   const OracleNumber::Value v = OracleNumber::fromText(text);
   if (v.isWide())
-    return SqlTranslator::quoteText(QString::fromLatin1(v.wide));
+    return QStringLiteral("TO_NUMBER(%1)").arg(SqlTranslator::quoteText(QString::fromLatin1(v.wide)));
   return v.isInteger ? QString::number(v.integer) : text;
 }
 
@@ -815,7 +816,7 @@ QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t
       text = QStringLiteral("TO_NUMBER(%1)").arg(text);
     if (!negative)
       return text;
-    return e == b + 1 && t[b].kind == SqlToken::Kind::Number && !text.startsWith(u'\'')
+    return e == b + 1 && t[b].kind == SqlToken::Kind::Number && !text.contains(u'(')
                ? u'-' + text
                : QStringLiteral("dbsweep_negate(%1)").arg(text);
   };
