@@ -80,6 +80,29 @@ private Q_SLOTS:
     QCOMPARE(column("code || '|'"), QStringList({"ab  |", "x   |"}));
   }
 
+  void timestampsHoldTheirDigits() {
+    m_db->ExecuteSQL("create table stamps (id number, ts timestamp, ms timestamp(3), tz timestamp with time zone)");
+    const auto stamp = [&](const QString& values, QString* text = nullptr) {
+      return errorOf([&] { m_db->ExecuteSQL("insert into stamps values (" + values + ")"); }, text);
+    };
+    QCOMPARE(stamp("1, timestamp '2024-01-31 10:00:00.123456789', timestamp '2024-01-31 10:00:00.9996', null"), 0);
+    QCOMPARE(stamp("2, date '2024-01-31', '2024/01/31 10:00:00.5', timestamp '2024-01-31 10:00:00 '"), 0);
+    QCOMPARE(stamp("3, '2024/01/31 10:00:00', null, systimestamp"), 0);
+    // The fraction rounds to the column's digits; a DATE or a text in the session's form is a
+    // timestamp too; a zone is kept only where the column has one.
+    QCOMPARE(rowsOf(*m_db, "select ts, ms, length(tz) - length(ts) from stamps where id < 3 order by id"),
+             QStringList({"2024/01/31 10:00:00.123457|2024/01/31 10:00:01.000|<null>",
+                          "2024/01/31 00:00:00.000000|2024/01/31 10:00:00.500|7"}));
+    QCOMPARE(rowsOf(*m_db, "select count(*) from stamps where tz - systimestamp < interval '1' minute and id = 3"),
+             QStringList({"1"}));
+    QString text;
+    QCOMPARE(stamp("4, 5, null, null", &text), 932);
+    QCOMPARE(text, QString("ORA-00932: inconsistent datatypes: expected TIMESTAMP got NUMBER"));
+    QCOMPARE(stamp("5, interval '1' day, null, null"), 932);
+    QCOMPARE(stamp("6, 'abc', null, null"), 1858);
+    m_db->ExecuteSQL("drop table stamps");
+  }
+
   void datesHoldDates() {
     QCOMPARE(insert("at", "'2024/01/31'"), 0);
     QCOMPARE(insert("at", "to_date('31.01.2024', 'DD.MM.YYYY') + 1"), 0);

@@ -3,6 +3,7 @@
 #include "db/OraError.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
+#include "db/local/OracleTimestamp.h"
 #include "db/local/SessionSettings.h"
 #include "db/local/SqliteNumber.h"
 #include "db/local/SqlTranslator.h"
@@ -63,6 +64,24 @@ void checkDate(sqlite3_context* ctx, sqlite3_value** argv) {
   session(ctx).date(text(argv[0]));
 }
 
+bool isTimestamp(const QString& type) { return type.startsWith(u"TIMESTAMP"); }
+bool isZoned(const QString& type) { return type.endsWith(u" WITH TIME ZONE"); }
+
+// A value written to a TIMESTAMP column: a TIMESTAMP, a DATE, or a text in the session's form of
+// a timestamp; a number is none (ORA-00932).
+OracleTimestamp::Timestamp timestampOf(sqlite3_value* v) {
+  if (sqlite3_value_type(v) != SQLITE_TEXT)
+    throw OraError(932, QStringLiteral("inconsistent datatypes: expected TIMESTAMP got NUMBER"));
+  const QString value = text(v);
+  if (const auto d = OracleDateTime::parseStored(value))
+    return OracleTimestamp::fromDate(*d);
+  if (const auto t = OracleTimestamp::read(value); t && std::holds_alternative<OracleTimestamp::Timestamp>(*t))
+    return std::get<OracleTimestamp::Timestamp>(*t);
+  if (OracleTimestamp::read(value))
+    throw OraError(932, QStringLiteral("inconsistent datatypes: expected TIMESTAMP got INTERVAL"));
+  return {OracleDateTime::parse(value, u"YYYY/MM/DD HH24:MI:SS.FF", QDate::currentDate()), 9, std::nullopt};
+}
+
 void fits(sqlite3_context* ctx, int, sqlite3_value** argv) {
   try {
     const int type = sqlite3_value_type(argv[0]);
@@ -72,6 +91,8 @@ void fits(sqlite3_context* ctx, int, sqlite3_value** argv) {
         checkNumber(ctx, argv);
       else if (dataType == u"DATE")
         checkDate(ctx, argv);
+      else if (dataType == u"TIMESTAMP")
+        timestampOf(argv[0]);
       else
         checkText(argv);
     }
@@ -110,6 +131,27 @@ void storedDate(sqlite3_context* ctx, int, sqlite3_value** argv) {
   }
 }
 
+// dbsweep_stored_timestamp(value, fraction, zoned): a value written to a TIMESTAMP column in the
+// form the column keeps: its fraction of a second rounded to the column's digits, with a time
+// zone only in a column WITH TIME ZONE, the session's where the value had none.
+void storedTimestamp(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  try {
+    if (sqlite3_value_type(argv[0]) != SQLITE_TEXT) {
+      sqlite3_result_value(ctx, argv[0]);
+      return;
+    }
+    OracleTimestamp::Timestamp t = OracleTimestamp::withPrecision(timestampOf(argv[0]), sqlite3_value_int(argv[1]));
+    if (!sqlite3_value_int(argv[2]))
+      t.zoneMinutes.reset();
+    else if (!t.zoneMinutes)
+      t.zoneMinutes = OracleTimestamp::sessionZoneMinutes(t.at);
+    const QByteArray out = OracleTimestamp::text(t).toUtf8();
+    sqlite3_result_text(ctx, out.constData(), int(out.size()), SQLITE_TRANSIENT);
+  } catch (const OraError& e) {
+    sqlite3_result_error(ctx, e.what(), -1);
+  }
+}
+
 // dbsweep_padded(value, maximum, characters): a CHAR value with blanks up to the column's length.
 void padded(sqlite3_context* ctx, int, sqlite3_value** argv) {
   if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
@@ -129,12 +171,13 @@ QString literal(const QVariant& v) { return v.isNull() ? QStringLiteral("NULL") 
 
 QString clauses(const Column& c) {
   const bool text = isText(c.dataType);
-  if (!text && c.dataType != u"NUMBER" && c.dataType != u"FLOAT" && c.dataType != u"DATE")
+  if (!text && c.dataType != u"NUMBER" && c.dataType != u"FLOAT" && c.dataType != u"DATE" &&
+      !isTimestamp(c.dataType))
     return {};
   const qint64 maximum = countsCharacters(c) ? c.charLength : c.dataLength;
   QString out =
       QStringLiteral(" CHECK (dbsweep_fits(%1, '%2', %3, %4, %5, %6, %7, %8, %9))")
-          .arg(q(c.name), c.dataType)
+          .arg(q(c.name), isTimestamp(c.dataType) ? QStringLiteral("TIMESTAMP") : c.dataType)
           .arg(maximum)
           .arg(countsCharacters(c) ? 1 : 0)
           .arg(c.dataType == u"NUMBER" ? literal(c.precision) : QStringLiteral("NULL"), literal(c.scale),
@@ -153,6 +196,10 @@ QStringList triggers(const QString& schema, const QString& table, const std::vec
       stored = QStringLiteral("dbsweep_stored(%1, %2)").arg(q(c.name), c.scale.toString());
     else if (c.dataType == u"DATE")
       stored = QStringLiteral("dbsweep_stored_date(%1)").arg(q(c.name));
+    else if (isTimestamp(c.dataType))
+      stored = QStringLiteral("dbsweep_stored_timestamp(%1, %2, %3)")
+                   .arg(q(c.name), literal(c.scale))
+                   .arg(isZoned(c.dataType) ? 1 : 0);
     else if (c.dataType == u"CHAR" || c.dataType == u"NCHAR")
       stored = QStringLiteral("dbsweep_padded(%1, %2, %3)")
                    .arg(q(c.name))
@@ -182,6 +229,8 @@ void registerFunctions(sqlite3* db, const SessionSettings* settings) {
   sqlite3_create_function_v2(db, "dbsweep_stored", 2, flags, session, storedNumber, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(db, "dbsweep_padded", 3, flags, nullptr, padded, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(db, "dbsweep_stored_date", 1, flags, session, storedDate, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_stored_timestamp", 3, flags, nullptr, storedTimestamp, nullptr, nullptr,
+                             nullptr);
 }
 
 } // namespace ColumnTypes

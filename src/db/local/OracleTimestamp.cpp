@@ -52,13 +52,8 @@ DateTime dateTimeOf(Nanos nanos) {
   return d;
 }
 
-// Minutes east of UTC of the session's time zone at a moment.
-int localZoneMinutes(const DateTime& d) {
-  return QDateTime(d.date, QTime(0, 0).addSecs(d.seconds)).offsetFromUtc() / 60;
-}
-
 Nanos utcNanos(const Timestamp& t) {
-  return nanosOf(t.at) - t.zoneMinutes.value_or(localZoneMinutes(t.at)) * 60 * Second;
+  return nanosOf(t.at) - t.zoneMinutes.value_or(sessionZoneMinutes(t.at)) * 60 * Second;
 }
 
 DateTime shiftedMonths(const DateTime& d, qint64 months) {
@@ -300,6 +295,14 @@ Timestamp now() {
   return {at, 6, local.offsetFromUtc() / 60};
 }
 
+Timestamp withPrecision(const Timestamp& t, int fraction) {
+  return {dateTimeOf(roundedTo(nanosOf(t.at), fraction)), fraction, t.zoneMinutes};
+}
+
+int sessionZoneMinutes(const DateTime& d) {
+  return QDateTime(d.date, QTime(0, 0).addSecs(d.seconds)).offsetFromUtc() / 60;
+}
+
 Timestamp fromDate(const DateTime& d) { return {{d.date, d.seconds, 0}, 0, std::nullopt}; }
 
 DateTime toDate(const Timestamp& t) {
@@ -308,7 +311,7 @@ DateTime toDate(const Timestamp& t) {
 }
 
 Timestamp moved(const Timestamp& t, const DaySecond& d, int sign) {
-  return {dateTimeOf(roundedTo(nanosOf(t.at) + sign * d.nanos, t.precision)), t.precision, t.zoneMinutes};
+  return withPrecision({dateTimeOf(nanosOf(t.at) + sign * d.nanos), t.precision, t.zoneMinutes}, t.precision);
 }
 
 DateTime moved(const DateTime& t, const DaySecond& d, int sign) {

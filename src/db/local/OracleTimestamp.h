@@ -55,6 +55,10 @@ DaySecond daySecondOf(const OracleNumber::Value& n, QStringView unit);
 YearMonth yearMonthOf(const OracleNumber::Value& n, QStringView unit);
 
 Timestamp now();
+// The timestamp with fraction digits of a second, rounded to them.
+Timestamp withPrecision(const Timestamp& t, int fraction);
+// Minutes east of UTC of the session's time zone at a moment.
+int sessionZoneMinutes(const OracleDateTime::DateTime& d);
 Timestamp fromDate(const OracleDateTime::DateTime& d);
 // The DATE a TIMESTAMP becomes where a DATE is wanted, its fraction rounded away.
 OracleDateTime::DateTime toDate(const Timestamp& t);
