@@ -156,6 +156,10 @@ private Q_SLOTS:
                            "date '2024-01-31' < timestamp '2024-01-31 00:00:00.1'"),
              QStringList({"1"}));
     QCOMPARE(error("case when interval '1' day > interval '1' month then 1 end"), 932);
+    QCOMPARE(eval("extract(year from interval '5-3' year to month), extract(month from interval '-5-3' year to "
+                  "month), extract(second from interval '0 0:0:7.25' day to second), -interval '1' day, "
+                  "interval '10' minute * 1.5, interval '3' hour / 2"),
+             QString("5|-3|7.25|-01 00:00:00|+000000000 00:15:00|+000000000 01:30:00"));
     QCOMPARE(error("date '2024-01-31' + interval '1' month", &text), 1839);
     QCOMPARE(text, QString("ORA-01839: date not valid for month specified"));
     QCOMPARE(error("1 + interval '1' day", &text), 30081);

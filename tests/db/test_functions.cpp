@@ -287,6 +287,9 @@ private Q_SLOTS:
              QString("7|9|EFG|本|7|14"));
     QCOMPARE(eval("ascii('L'), ascii('é'), chr(67) || chr(65) || chr(84), chr(50089), ascii(''), chr(null)"),
              QString("76|50089|CAT|é|<null>|<null>"));
+    QCOMPARE(eval("ascii('日本'), chr(15112101), lengthb(chr(15112101)), instrb('日本日本', '日', -1), "
+                  "substrb('日本語', 4), initcap('o''neil mcDONALD-smith 2nd')"),
+             QString("15112101|日|3|7|本語|O'Neil Mcdonald-Smith 2nd"));
     QCOMPARE(eval("trim(both 'x' from 'xxAxx'), trim(leading '0' from '000123'), trim(trailing '0' from '12300'), "
                   "trim('x' from 'xAx'), trim(leading from '  a  ') || '|', trim(chr(48) from '0a0')"),
              QString("A|123|123|A|a  ||a"));
@@ -313,6 +316,12 @@ private Q_SLOTS:
     QCOMPARE(rowsOf(*m_db, "select count(*) from dual where regexp_like('Stephen', '^Ste(v|ph)en$') and not "
                            "regexp_like('STEVEN', '^Ste(v|ph)en$') and regexp_like('STEVEN', '^ste(v|ph)en$', 'i')"),
              QStringList({"1"}));
+    // Match parameters: n lets . match a newline, m anchors at each line, x ignores blanks.
+    QCOMPARE(eval("regexp_count('a' || chr(10) || 'b', 'a.b'), regexp_count('a' || chr(10) || 'b', 'a.b', 1, 'n'), "
+                  "regexp_count('a' || chr(10) || 'b', '^b'), regexp_count('a' || chr(10) || 'b', '^b', 1, 'm'), "
+                  "regexp_substr('abc', 'a b', 1, 1, 'x')"),
+             QString("0|1|0|1|ab"));
+    QCOMPARE(error("regexp_like('a', 'a', 'q')"), 1760);
     QCOMPARE(error("regexp_substr('a', '(a')"), 12725);
     QCOMPARE(error("regexp_count('a', 'a', 0)"), 1428);
   }
@@ -355,6 +364,10 @@ private Q_SLOTS:
                   "sys_context('USERENV', 'DB_NAME'), sys_context('USERENV', 'ISDBA'), userenv('LANGUAGE'), "
                   "sys_context('my_ctx', 'x')"),
              QString("SALES|SALES|SALES|INST|FALSE|AMERICAN_AMERICA.AL32UTF8|<null>"));
+    QCOMPARE(eval("sys_context('USERENV', 'INSTANCE_NAME'), sys_context('USERENV', 'LANG'), sys_context('USERENV', "
+                  "'NLS_DATE_FORMAT'), userenv('INSTANCE'), nvl2(sys_context('USERENV', 'MODULE'), 'set', 'none')"),
+             QString("INST|US|YYYY/MM/DD HH24:MI:SS|1|set"));
+    QCOMPARE(error("userenv('CURRENT_SCHEMA')"), 2003);
     QCOMPARE(eval("case when to_number(sys_context('USERENV', 'SID')) = userenv('SID') and userenv('SESSIONID') > 0 and uid = "
                   "(select user_id from all_users where username = 'SALES') and sys_context('USERENV', 'HOST') "
                   "is not null and sys_context('USERENV', 'OS_USER') is not null then 'ok' end"),

@@ -123,6 +123,11 @@ private Q_SLOTS:
     QCOMPARE(eval("to_char(3 * 0.5), 9223372036854775807 + 1, 0.5, -0.25, 1e-131"),
              QString("1.5|9223372036854775808|.5|-.25|0"));
     QCOMPARE(eval("greatest(1 / 3, 0.3333333333333333), abs(-1 / 3), round(1 / 3, 3)"), third + "|" + third + "|.333");
+    // Twenty base-100 digits: 38 nines and one more is 39 digits, exact; a first pair of one digit
+    // leaves 39 for the value.
+    QCOMPARE(eval("99999999999999999999999999999999999999 + 1, 12345678901234567890123456789012345678901, "
+                  "to_char(1 / 3, '0.999'), to_char(2 / 3, 'FM9.99999')"),
+             QString("1" + QString(38, '0') + "|12345678901234567890123456789012345678900| 0.333|.66667"));
     QCOMPARE(eval("mod(1e25 + 1, 7), mod(1 / 3, 0.1), mod(-11, 4), mod(11.5, 4)"),
              "4|.0" + QString(39, '3') + "|-3|3.5");
     QCOMPARE(rowsOf(*m_db, "select amount from ledger where id = 1"), QStringList({".1"}));

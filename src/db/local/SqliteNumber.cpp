@@ -22,6 +22,8 @@ void result(sqlite3_context* ctx, const OracleNumber::Value& v, WideNumbers& wid
     return sqlite3_result_int64(ctx, v.integer);
   if (v.isWide())
     wide.remember(v.real, v.wide);
+  else
+    wide.forget(v.real);
   sqlite3_result_double(ctx, v.real);
 }
 
