@@ -131,6 +131,11 @@ private Q_SLOTS:
     QCOMPARE(error("interval '123' year", &text), 1873);
     QCOMPARE(text, QString("ORA-01873: the leading precision of the interval is too small"));
     QCOMPARE(error("interval '1 25' day to hour"), 1850);
+    QCOMPARE(error("interval '1:60' hour to minute"), 1851);
+    QCOMPARE(error("interval 'x' day"), 1867);
+    QCOMPARE(error("timestamp '2024-13-01 00:00:00'"), 1843);
+    QCOMPARE(eval("to_timestamp('2024/01/31 10:00:00.5'), timestamp '2024-01-02 00:00:00' - date '2024-01-01'"),
+             QString("2024/01/31 10:00:00.500000000|+000000001 00:00:00.000000000"));
     QCOMPARE(eval("numtodsinterval(100, 'MINUTE'), numtoyminterval(30, 'month')"),
              QString("+000000000 01:40:00.000000000|+000000002-06"));
     // A moment moved by an interval keeps its type; two moments give an INTERVAL DAY TO SECOND.

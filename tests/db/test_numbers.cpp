@@ -131,7 +131,8 @@ private Q_SLOTS:
     QCOMPARE(eval("mod(1e25 + 1, 7), mod(1 / 3, 0.1), mod(-11, 4), mod(11.5, 4)"),
              "4|.0" + QString(39, '3') + "|-3|3.5");
     QCOMPARE(rowsOf(*m_db, "select amount from ledger where id = 1"), QStringList({".1"}));
-    // Wide values compare and sort as the numbers they are.
+    // Wide values compare, group and sort as the numbers they are.
+    QCOMPARE(rowsOf(*m_db, "select count(distinct id / id / 3) from ledger"), QStringList({"1"}));
     QCOMPARE(rowsOf(*m_db, "select count(*) from dual where 1 / 3 < 1 and 1 / 3 > 0.3 and 2 / 3 between 0.6 and "
                            "0.7 and 12345678901234567890123 > 9e18 and -12345678901234567890123 < -9e18"),
              QStringList({"1"}));
