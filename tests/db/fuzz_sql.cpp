@@ -71,8 +71,7 @@ const QStringList Interesting = {
     "/*",      "*/",     ";",          "\\",      "\t",    "日本",       "TABLE",   "CREATE", "ALTER",
     "DROP",    "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
     "CONNECT", "PRIOR",  "LEVEL",      "START",   "WITH",  "FETCH",      "OFFSET",  "ROWS",   "OVER",
-    "TIMESTAMP", "INTERVAL", "DAY",    "TO",      "SECOND", "YEAR",     "1e126",   "LEADING",
-    "99999999999999999999999",
+    "SECOND",  "YEAR",   "INTERVAL",   "DAY",     "TO",    "TIMESTAMP",  "LEADING", "1e126",  "TRAILING",
 };
 
 QString mutate(const QString& seed, QRandomGenerator& random) {

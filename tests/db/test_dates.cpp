@@ -140,7 +140,8 @@ private Q_SLOTS:
              QString("+000000000 01:40:00.000000000|+000000002-06"));
     // A moment moved by an interval keeps its type; two moments give an INTERVAL DAY TO SECOND.
     const QString t = "timestamp '2024-01-31 10:00:00.5'";
-    QCOMPARE(eval(t + " + interval '0 10:00:00' day to second, " + t + " - interval '1' year, timestamp '2024-01-31 10:00:00' + 1"),
+    QCOMPARE(eval(t + " + interval '0 10:00:00' day to second, " + t +
+                  " - interval '1' year, timestamp '2024-01-31 10:00:00' + 1"),
              QString("2024/01/31 20:00:00.500000000|2023/01/31 10:00:00.500000000|2024/02/01 10:00:00"));
     QCOMPARE(eval("date '2024-01-15' + interval '1-6' year to month, date '2024-01-15' - interval '36' hour"),
              QString("2025/07/15|2024/01/13 12:00:00"));
@@ -149,7 +150,8 @@ private Q_SLOTS:
     // SYSTIMESTAMP is one moment for the whole statement.
     QCOMPARE(eval("systimestamp - systimestamp, extract(hour from interval '1' day - interval '2' hour)"),
              QString("+000000000 00:00:00.000000|22"));
-    QCOMPARE(eval("extract(second from " + t + "), extract(hour from " + t + "), extract(day from interval '4 "
+    QCOMPARE(eval("extract(second from " + t + "), extract(hour from " + t +
+                  "), extract(day from interval '4 "
                   "5:12:10' day to second), extract(hour from interval '1' hour * 3)"),
              QString(".5|10|4|3"));
     QCOMPARE(eval("to_char(" + t + ", 'HH24:MI:SS.FF3'), trunc(" + t + "), length(to_char(systimestamp, 'FF'))"),
@@ -157,8 +159,10 @@ private Q_SLOTS:
     // They compare by value, not by their text.
     QCOMPARE(rowsOf(*m_db, "select count(*) from dual where systimestamp - timestamp '2004-01-01 00:00:00' > "
                            "interval '1' day and interval '2' day > interval '36' hour and interval '-1' day < "
-                           "interval '1' hour and " + t + " > timestamp '2024-01-31 10:00:00.25' and "
-                           "date '2024-01-31' < timestamp '2024-01-31 00:00:00.1'"),
+                           "interval '1' hour and " +
+                               t +
+                               " > timestamp '2024-01-31 10:00:00.25' and "
+                               "date '2024-01-31' < timestamp '2024-01-31 00:00:00.1'"),
              QStringList({"1"}));
     QCOMPARE(error("case when interval '1' day > interval '1' month then 1 end"), 932);
     QCOMPARE(eval("extract(year from interval '5-3' year to month), extract(month from interval '-5-3' year to "

@@ -278,9 +278,10 @@ private Q_SLOTS:
   }
 
   void characterAndByteFunctions() {
-    QCOMPARE(eval("translate('SQL*Plus User''s Guide', ' */''', '___'), translate('2KRW229', "
-                  "'0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ', '9999999999XXXXXXXXXXXXXXXXXXXXXXXXXX'), initcap('the soap')"),
-             QString("SQL_Plus_Users_Guide|9XXX999|The Soap"));
+    QCOMPARE(
+        eval("translate('SQL*Plus User''s Guide', ' */''', '___'), translate('2KRW229', "
+             "'0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ', '9999999999XXXXXXXXXXXXXXXXXXXXXXXXXX'), initcap('the soap')"),
+        QString("SQL_Plus_Users_Guide|9XXX999|The Soap"));
     // Bytes of AL32UTF8: three for each of these characters.
     QCOMPARE(eval("lengthb('CANDIDE'), lengthb('日本語'), substrb('ABCDEFG', 5, 4.2), substrb('日本語', 4, 3), "
                   "instrb('日本語', '語'), instrb('CORPORATE FLOOR', 'OR', 5, 2)"),
@@ -300,10 +301,12 @@ private Q_SLOTS:
 
   void regularExpressions() {
     const QString address = "'500 Oracle Parkway, Redwood Shores, CA'";
-    QCOMPARE(eval("regexp_substr(" + address + ", ',[^,]+,'), regexp_substr('http://www.example.com/products', "
+    QCOMPARE(eval("regexp_substr(" + address +
+                  ", ',[^,]+,'), regexp_substr('http://www.example.com/products', "
                   "'http://([[:alnum:]]+\\.?){3,4}/?'), regexp_substr('1234567890', '(123)(4(56)(78))', 1, 1, 'i', 4)"),
              QString(", Redwood Shores,|http://www.example.com/|78"));
-    QCOMPARE(eval("regexp_instr(" + address + ", '[^ ]+', 1, 6), regexp_instr('1234567890', '(123)(4(56)(78))', 1, "
+    QCOMPARE(eval("regexp_instr(" + address +
+                  ", '[^ ]+', 1, 6), regexp_instr('1234567890', '(123)(4(56)(78))', 1, "
                   "1, 0, 'i', 4), regexp_instr('abc', 'b', 1, 1, 1), regexp_instr('abc', 'x')"),
              QString("37|7|3|0"));
     QCOMPARE(eval("regexp_count('123123123123123', '(12)3', 1, 'i'), regexp_count('123123123123', '123', 3, 'i'), "
@@ -327,8 +330,9 @@ private Q_SLOTS:
   }
 
   void numberDateAndValueFunctions() {
-    QCOMPARE(eval("remainder(11, 4), remainder(10, 4), remainder(14, 4), remainder(-11, 4), bitand(6, 3), bitand(15, 7)"),
-             QString("-1|2|-2|1|2|7"));
+    QCOMPARE(
+        eval("remainder(11, 4), remainder(10, 4), remainder(14, 4), remainder(-11, 4), bitand(6, 3), bitand(15, 7)"),
+        QString("-1|2|-2|1|2|7"));
     QCOMPARE(error("remainder(1, 0)"), 1476);
     QCOMPARE(eval("next_day(to_date('2001/02/02', 'YYYY/MM/DD'), 'TUESDAY'), next_day(to_date('2001/02/02 10:30', "
                   "'YYYY/MM/DD HH24:MI'), 'fri')"),
@@ -368,7 +372,8 @@ private Q_SLOTS:
                   "'NLS_DATE_FORMAT'), userenv('INSTANCE'), nvl2(sys_context('USERENV', 'MODULE'), 'set', 'none')"),
              QString("INST|US|YYYY/MM/DD HH24:MI:SS|1|set"));
     QCOMPARE(error("userenv('CURRENT_SCHEMA')"), 2003);
-    QCOMPARE(eval("case when to_number(sys_context('USERENV', 'SID')) = userenv('SID') and userenv('SESSIONID') > 0 and uid = "
+    QCOMPARE(eval("case when to_number(sys_context('USERENV', 'SID')) = userenv('SID') and userenv('SESSIONID') > 0 "
+                  "and uid = "
                   "(select user_id from all_users where username = 'SALES') and sys_context('USERENV', 'HOST') "
                   "is not null and sys_context('USERENV', 'OS_USER') is not null then 'ok' end"),
              QString("ok"));

@@ -116,8 +116,7 @@ private Q_SLOTS:
 
   void numberKeepsFortyDigits() {
     const QString third = "." + QString(40, '3');
-    QCOMPARE(eval("1 / 3, 2 / 3, 10 / 3"),
-             third + "|." + QString(39, '6') + "7|3." + QString(38, '3'));
+    QCOMPARE(eval("1 / 3, 2 / 3, 10 / 3"), third + "|." + QString(39, '6') + "7|3." + QString(38, '3'));
     QCOMPARE(eval("12345678901234567890123456789012345678 + 1, -99999999999999999999 * 99999999999999999999"),
              QString("12345678901234567890123456789012345679|-9999999999999999999800000000000000000001"));
     QCOMPARE(eval("to_char(3 * 0.5), 9223372036854775807 + 1, 0.5, -0.25, 1e-131"),

@@ -78,24 +78,25 @@ private Q_SLOTS:
   void oraclesOwnSyntaxPassesTheParserChecks() {
     // Each may still fail for a reason of its own, but never as a missing expression, a
     // missing FROM, an unexpected end or a missing table.
-    for (const char* sql : {
-             "select name, salary * 2 as double_pay, -salary neg, (select count(*) from staff) total from staff where "
-             "salary between 100 and 300 and name like 'A%' escape '\\' and dept in ('A', 'B') order by name nulls first",
-             "select dept, listagg(name, ',') within group (order by name) from staff group by dept",
-             "select max(salary) keep (dense_rank first order by name) from staff",
-             "select level, prior name, connect_by_root name from staff connect by prior name = dept start with dept = 'A'",
-             "select case when salary > 100 then 'hi' else 'lo' end band, count(*) over (partition by dept order by "
-             "salary rows between unbounded preceding and current row) from staff",
-             "select date '2024-01-01' d, timestamp '2024-01-01 00:00:00' t, interval '1' day i, n'text' from dual",
-             "select distinct dept from staff", "select unique dept from staff", "select all dept from staff",
-             "select count(distinct dept), sum(all salary), count(*) from staff",
-             "select name from staff order by 1 desc nulls last offset 0 rows fetch next 1 rows only",
-             "with d as (select dept from staff) select * from d", "select name from staff for update",
-             "select trim(leading 'A' from name), extract(year from sysdate), cast(salary as varchar2(10)) from staff",
-             "select name \"Quoted Alias\", salary s, s.* from staff s",
-             "select * from staff where not exists (select 1 from dual) or salary = any (select 100 from dual)",
-             "update staff set salary = salary + 0 where dept = 'Z'", "delete from staff where dept = 'Z'",
-             "insert into staff (name, dept, salary) select name, dept, salary from staff where 1 = 0"}) {
+    for (const char* sql :
+         {"select name, salary * 2 as double_pay, -salary neg, (select count(*) from staff) total from staff where "
+          "salary between 100 and 300 and name like 'A%' escape '\\' and dept in ('A', 'B') order by name nulls first",
+          "select dept, listagg(name, ',') within group (order by name) from staff group by dept",
+          "select max(salary) keep (dense_rank first order by name) from staff",
+          "select level, prior name, connect_by_root name from staff connect by prior name = dept start with dept = "
+          "'A'",
+          "select case when salary > 100 then 'hi' else 'lo' end band, count(*) over (partition by dept order by "
+          "salary rows between unbounded preceding and current row) from staff",
+          "select date '2024-01-01' d, timestamp '2024-01-01 00:00:00' t, interval '1' day i, n'text' from dual",
+          "select distinct dept from staff", "select unique dept from staff", "select all dept from staff",
+          "select count(distinct dept), sum(all salary), count(*) from staff",
+          "select name from staff order by 1 desc nulls last offset 0 rows fetch next 1 rows only",
+          "with d as (select dept from staff) select * from d", "select name from staff for update",
+          "select trim(leading 'A' from name), extract(year from sysdate), cast(salary as varchar2(10)) from staff",
+          "select name \"Quoted Alias\", salary s, s.* from staff s",
+          "select * from staff where not exists (select 1 from dual) or salary = any (select 100 from dual)",
+          "update staff set salary = salary + 0 where dept = 'Z'", "delete from staff where dept = 'Z'",
+          "insert into staff (name, dept, salary) select name, dept, salary from staff where 1 = 0"}) {
       const int number = error(sql);
       QVERIFY2(number != 936 && number != 923 && number != 921 && number != 903, sql);
     }

@@ -5,8 +5,8 @@
 #include "db/local/OracleNumber.h"
 #include "db/local/OracleTimestamp.h"
 #include "db/local/SessionSettings.h"
-#include "db/local/SqliteNumber.h"
 #include "db/local/SqlTranslator.h"
+#include "db/local/SqliteNumber.h"
 
 namespace ColumnTypes {
 
@@ -110,8 +110,8 @@ void storedNumber(sqlite3_context* ctx, int, sqlite3_value** argv) {
       return;
     }
     WideNumbers& wide = session(ctx).wideNumbers;
-    SqliteNumber::result(ctx, Decimal::from(SqliteNumber::read(argv[0], wide)).rounded(sqlite3_value_int(argv[1])).value(),
-                         wide);
+    SqliteNumber::result(
+        ctx, Decimal::from(SqliteNumber::read(argv[0], wide)).rounded(sqlite3_value_int(argv[1])).value(), wide);
   } catch (const OraError& e) {
     sqlite3_result_error(ctx, e.what(), -1);
   }
@@ -171,8 +171,7 @@ QString literal(const QVariant& v) { return v.isNull() ? QStringLiteral("NULL") 
 
 QString clauses(const Column& c) {
   const bool text = isText(c.dataType);
-  if (!text && c.dataType != u"NUMBER" && c.dataType != u"FLOAT" && c.dataType != u"DATE" &&
-      !isTimestamp(c.dataType))
+  if (!text && c.dataType != u"NUMBER" && c.dataType != u"FLOAT" && c.dataType != u"DATE" && !isTimestamp(c.dataType))
     return {};
   const qint64 maximum = countsCharacters(c) ? c.charLength : c.dataLength;
   QString out =

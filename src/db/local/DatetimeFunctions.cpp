@@ -41,10 +41,12 @@ OraError notNumber(const Temporal& t) {
 void set(Call& c, const Temporal& t) {
   if (const auto* d = std::get_if<DateTime>(&t))
     return c.set(*d);
-  std::visit([&](const auto& x) {
-    if constexpr (!std::is_same_v<std::decay_t<decltype(x)>, DateTime>)
-      c.set(OracleTimestamp::text(x));
-  }, t);
+  std::visit(
+      [&](const auto& x) {
+        if constexpr (!std::is_same_v<std::decay_t<decltype(x)>, DateTime>)
+          c.set(OracleTimestamp::text(x));
+      },
+      t);
 }
 
 // A moment moved by an interval: a DATE stays a DATE, a TIMESTAMP a TIMESTAMP.
@@ -53,10 +55,11 @@ std::optional<Temporal> moved(const Temporal& moment, const Temporal& interval, 
       [&](const auto& m, const auto& i) -> std::optional<Temporal> {
         using M = std::decay_t<decltype(m)>;
         using I = std::decay_t<decltype(i)>;
-        if constexpr ((std::is_same_v<M, DateTime> || std::is_same_v<M, Timestamp>) &&
-                      (std::is_same_v<I, DaySecond> || std::is_same_v<I, YearMonth>))
+        constexpr bool movable = std::is_same_v<M, DateTime> || std::is_same_v<M, Timestamp>;
+        constexpr bool shift = std::is_same_v<I, DaySecond> || std::is_same_v<I, YearMonth>;
+        if constexpr (movable && shift)
           return Temporal(OracleTimestamp::moved(m, i, sign));
-        else if constexpr (std::is_same_v<M, I> && !std::is_same_v<M, DateTime> && !std::is_same_v<M, Timestamp>)
+        else if constexpr (std::is_same_v<M, I> && !movable)
           return Temporal(OracleTimestamp::sum(m, i, sign));
         else
           return std::nullopt;
@@ -244,8 +247,9 @@ void compare(Call& c) {
     return sign(std::get<YearMonth>(*a).months, std::get<YearMonth>(*b).months);
   }
   if (a || b)
-    throw OraError(932, QStringLiteral("inconsistent datatypes: expected %1 got %2")
-                            .arg(a ? typeName(*a) : QLatin1StringView("CHAR"), b ? typeName(*b) : QLatin1StringView("CHAR")));
+    throw OraError(
+        932, QStringLiteral("inconsistent datatypes: expected %1 got %2")
+                 .arg(a ? typeName(*a) : QLatin1StringView("CHAR"), b ? typeName(*b) : QLatin1StringView("CHAR")));
   if (c.isNumber(0) || c.isNumber(1))
     return c.set(Value::of(qint64(OracleNumber::compare(c.number(0), c.number(1)))));
   c.set(Value::of(qint64(c.utf8(0).compare(c.utf8(1)))));

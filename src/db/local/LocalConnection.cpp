@@ -1,7 +1,7 @@
 #include "db/local/LocalConnection.h"
 
-#include "db/local/SessionContext.h"
 #include "db/local/OracleFunctions.h"
+#include "db/local/SessionContext.h"
 
 #include "db/local/Catalogue.h"
 #include "db/local/ColumnTypes.h"

@@ -22,7 +22,7 @@ const std::array<QStringView, 44> Elements = {
     u"SSSSS", u"SYYYY", u"MONTH", u"RRRR", u"YYYY", u"IYYY", u"HH24", u"HH12", u"A.M.", u"P.M.", u"A.D.",
     u"B.C.",  u"SCC",   u"DAY",   u"DDD",  u"MON",  u"YYY",  u"IYY",  u"RR",   u"YY",   u"IY",   u"IW",
     u"WW",    u"MM",    u"MI",    u"DD",   u"DY",   u"HH",   u"SS",   u"AM",   u"PM",   u"AD",   u"BC",
-    u"CC",    u"FF",    u"FM",    u"FX",    u"RM",   u"Q",    u"D",    u"J",    u"W",    u"Y",    u"I"};
+    u"CC",    u"FF",    u"FM",    u"FX",   u"RM",   u"Q",    u"D",    u"J",    u"W",    u"Y",    u"I"};
 
 OraError error(int number, const char* text) { return OraError(number, QString::fromLatin1(text)); }
 OraError notRecognized() { return error(1821, "date format not recognized"); }

@@ -164,8 +164,8 @@ QString text(const Timestamp& t) {
 QString text(const DaySecond& d) {
   const Nanos magnitude = d.nanos < 0 ? -d.nanos : d.nanos;
   const qint64 seconds = qint64(magnitude / Second);
-  QString out = signedDigits(seconds / 86400, d.dayDigits, d.nanos < 0) + u' ' + twoDigits(seconds / 3600 % 24) +
-                u':' + twoDigits(seconds / 60 % 60) + u':' + twoDigits(seconds % 60);
+  QString out = signedDigits(seconds / 86400, d.dayDigits, d.nanos < 0) + u' ' + twoDigits(seconds / 3600 % 24) + u':' +
+                twoDigits(seconds / 60 % 60) + u':' + twoDigits(seconds % 60);
   if (d.fractionDigits > 0)
     out += u'.' + QString::number(qint64(magnitude % Second)).rightJustified(9, u'0').left(d.fractionDigits);
   return out;
@@ -238,9 +238,9 @@ Value intervalLiteral(QStringView text, const QString& leading, int leadingPreci
     if (digits == 0 || digits > 2)
       throw invalidInterval();
     if (v > limits[field])
-      throw field == 1   ? OraError(1850, QStringLiteral("hour must be between 0 and 23"))
-            : field == 2 ? OraError(1851, QStringLiteral("minutes must be between 0 and 59"))
-                         : OraError(1852, QStringLiteral("seconds must be between 0 and 59"));
+      throw field == 1 ? OraError(1850, QStringLiteral("hour must be between 0 and 23"))
+      : field == 2     ? OraError(1851, QStringLiteral("minutes must be between 0 and 59"))
+                       : OraError(1852, QStringLiteral("seconds must be between 0 and 59"));
     nanos += v * units[field];
   }
   const bool seconds = to == 3;
@@ -266,8 +266,8 @@ DaySecond daySecondOf(const OracleNumber::Value& n, QStringView unit) {
   if (scale == 0)
     throw OraError(1760, QStringLiteral("illegal argument for function"));
   // Exact to the nanosecond: the number's digits shifted, not a double's.
-  const OracleNumber::Decimal exact = OracleNumber::Decimal::from(n).times(
-      OracleNumber::Decimal::from(OracleNumber::Value::of(scale)));
+  const OracleNumber::Decimal exact =
+      OracleNumber::Decimal::from(n).times(OracleNumber::Decimal::from(OracleNumber::Value::of(scale)));
   const OracleNumber::Decimal nanos = exact.rounded(0);
   // Beyond 64 bits is beyond 106751 days, still within the type: through the seconds then.
   const OracleNumber::Value seconds = nanos.shifted(-9).truncated(0).value();
@@ -357,8 +357,6 @@ YearMonth scaled(const YearMonth& y, const OracleNumber::Value& factor, bool div
   return {qint64(std::trunc(months)), 9};
 }
 
-void badArithmetic() {
-  throw OraError(30081, QStringLiteral("invalid data type for datetime/interval arithmetic"));
-}
+void badArithmetic() { throw OraError(30081, QStringLiteral("invalid data type for datetime/interval arithmetic")); }
 
 } // namespace OracleTimestamp

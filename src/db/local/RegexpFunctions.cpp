@@ -66,7 +66,9 @@ void checkCount(const Call& c, int most) {
     throw OraError(909, QStringLiteral("invalid number of arguments"));
 }
 
-qint64 argument(const Call& c, int i, qint64 fallback) { return i < c.count() && !c.isNull(i) ? c.integer(i) : fallback; }
+qint64 argument(const Call& c, int i, qint64 fallback) {
+  return i < c.count() && !c.isNull(i) ? c.integer(i) : fallback;
+}
 
 void checkPositive(qint64 v) {
   if (v < 1)
@@ -190,8 +192,8 @@ namespace RegexpFunctions {
 
 void registerAll(sqlite3* db, const SessionSettings* settings) {
   static const Function functions[] = {
-      {"REGEXP_LIKE", 2, entry<like>},     {"REGEXP_LIKE", 3, entry<like>},       {"REGEXP_SUBSTR", -1, entry<substr>},
-      {"REGEXP_INSTR", -1, entry<instr>},  {"REGEXP_COUNT", -1, entry<count>},    {"REGEXP_REPLACE", -1, entry<replace>},
+      {"REGEXP_LIKE", 2, entry<like>},    {"REGEXP_LIKE", 3, entry<like>},    {"REGEXP_SUBSTR", -1, entry<substr>},
+      {"REGEXP_INSTR", -1, entry<instr>}, {"REGEXP_COUNT", -1, entry<count>}, {"REGEXP_REPLACE", -1, entry<replace>},
   };
   FunctionCall::registerAll(db, settings, functions);
 }

@@ -80,14 +80,15 @@ std::optional<ForeignKey> violatedForeignKey(sqlite3* db, const QString& stateme
         while (keys.step())
           if (keys.column(0).toLongLong() == key)
             columns << keys.column(3).toString();
-        const QString name = sqliteValue(db,
-                           QStringLiteral("SELECT c.owner || '.' || c.constraint_name FROM CAT.constraints c WHERE "
-                                          "c.owner = ?1 AND c.table_name = ?2 AND c.constraint_type = 'R' AND ?3 = "
-                                          "(SELECT group_concat(column_name, ',') FROM (SELECT column_name FROM "
-                                          "CAT.cons_columns k WHERE k.owner = c.owner AND k.constraint_name = "
-                                          "c.constraint_name ORDER BY position))"),
-                           {owner, child, columns.join(u',')})
-                   .toString();
+        const QString name =
+            sqliteValue(db,
+                        QStringLiteral("SELECT c.owner || '.' || c.constraint_name FROM CAT.constraints c WHERE "
+                                       "c.owner = ?1 AND c.table_name = ?2 AND c.constraint_type = 'R' AND ?3 = "
+                                       "(SELECT group_concat(column_name, ',') FROM (SELECT column_name FROM "
+                                       "CAT.cons_columns k WHERE k.owner = c.owner AND k.constraint_name = "
+                                       "c.constraint_name ORDER BY position))"),
+                        {owner, child, columns.join(u',')})
+                .toString();
         if (!name.isEmpty())
           found = ForeignKey{name, child};
       }

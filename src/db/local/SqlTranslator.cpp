@@ -916,7 +916,8 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       const size_t argument = i + 1 + (next(1).is(u"DISTINCT") || next(1).is(u"ALL") ? 1 : 0);
       if (close != NoEnd && close > argument + 1 && isTextValue(t, argument, close - 1)) {
         const QString quantifier = argument > i + 1 ? t[i + 1].upper() + u' ' : QString();
-        const QString sum = QStringLiteral("%1(%2TO_NUMBER(%3))").arg(upper, quantifier, translate(t, argument, close - 1));
+        const QString sum =
+            QStringLiteral("%1(%2TO_NUMBER(%3))").arg(upper, quantifier, translate(t, argument, close - 1));
         i = close;
         return sum;
       }

@@ -16,24 +16,24 @@ using Tokens = std::vector<SqlToken>;
 // Oracle's reserved words that begin or join clauses: none of them starts or ends an operand.
 bool isClauseWord(const SqlToken& t) {
   static const QSet<QString> words = {
-      QStringLiteral("SELECT"), QStringLiteral("FROM"),     QStringLiteral("WHERE"),     QStringLiteral("GROUP"),
-      QStringLiteral("ORDER"),  QStringLiteral("BY"),       QStringLiteral("HAVING"),    QStringLiteral("UNION"),
-      QStringLiteral("MINUS"),  QStringLiteral("INTERSECT"), QStringLiteral("AND"),      QStringLiteral("OR"),
-      QStringLiteral("NOT"),    QStringLiteral("WHEN"),     QStringLiteral("THEN"),      QStringLiteral("ELSE"),
-      QStringLiteral("END"),    QStringLiteral("AS"),       QStringLiteral("IS"),        QStringLiteral("IN"),
-      QStringLiteral("LIKE"),   QStringLiteral("BETWEEN"),  QStringLiteral("ESCAPE"),    QStringLiteral("INTO"),
-      QStringLiteral("CONNECT"), QStringLiteral("START"),   QStringLiteral("FOR"),       QStringLiteral("DISTINCT"),
-      QStringLiteral("UNIQUE"), QStringLiteral("ALL"),      QStringLiteral("ASC"),       QStringLiteral("DESC"),
-      QStringLiteral("SET"),    QStringLiteral("VALUES"),   QStringLiteral("PRIOR"),     QStringLiteral("CASE"),
-      QStringLiteral("ON"),     QStringLiteral("WITH")};
+      QStringLiteral("SELECT"),  QStringLiteral("FROM"),      QStringLiteral("WHERE"),  QStringLiteral("GROUP"),
+      QStringLiteral("ORDER"),   QStringLiteral("BY"),        QStringLiteral("HAVING"), QStringLiteral("UNION"),
+      QStringLiteral("MINUS"),   QStringLiteral("INTERSECT"), QStringLiteral("AND"),    QStringLiteral("OR"),
+      QStringLiteral("NOT"),     QStringLiteral("WHEN"),      QStringLiteral("THEN"),   QStringLiteral("ELSE"),
+      QStringLiteral("END"),     QStringLiteral("AS"),        QStringLiteral("IS"),     QStringLiteral("IN"),
+      QStringLiteral("LIKE"),    QStringLiteral("BETWEEN"),   QStringLiteral("ESCAPE"), QStringLiteral("INTO"),
+      QStringLiteral("CONNECT"), QStringLiteral("START"),     QStringLiteral("FOR"),    QStringLiteral("DISTINCT"),
+      QStringLiteral("UNIQUE"),  QStringLiteral("ALL"),       QStringLiteral("ASC"),    QStringLiteral("DESC"),
+      QStringLiteral("SET"),     QStringLiteral("VALUES"),    QStringLiteral("PRIOR"),  QStringLiteral("CASE"),
+      QStringLiteral("ON"),      QStringLiteral("WITH")};
   return t.kind == SqlToken::Kind::Word && words.contains(t.upper());
 }
 
 // Words that may follow an operand within a select-list item: analytic and ordered-set clauses,
 // collations, time zones.
 bool followsOperand(const SqlToken& t) {
-  static const QSet<QString> words = {QStringLiteral("OVER"),    QStringLiteral("KEEP"),    QStringLiteral("WITHIN"),
-                                      QStringLiteral("COLLATE"), QStringLiteral("AT"),      QStringLiteral("IGNORE"),
+  static const QSet<QString> words = {QStringLiteral("OVER"),    QStringLiteral("KEEP"),     QStringLiteral("WITHIN"),
+                                      QStringLiteral("COLLATE"), QStringLiteral("AT"),       QStringLiteral("IGNORE"),
                                       QStringLiteral("RESPECT"), QStringLiteral("MULTISET"), QStringLiteral("NULLS")};
   return t.kind == SqlToken::Kind::Word && words.contains(t.upper());
 }
@@ -63,8 +63,8 @@ bool startsOperand(const SqlToken& t) {
   case SqlToken::Kind::Bind: return true;
   // ALL, ANY and DISTINCT start what follows a comparison or SELECT; INTO a branch of INSERT ALL.
   case SqlToken::Kind::Word:
-    return !isClauseWord(t) || t.is(u"CASE") || t.is(u"NOT") || t.is(u"PRIOR") || t.is(u"ALL") ||
-           t.is(u"DISTINCT") || t.is(u"UNIQUE") || t.is(u"INTO");
+    return !isClauseWord(t) || t.is(u"CASE") || t.is(u"NOT") || t.is(u"PRIOR") || t.is(u"ALL") || t.is(u"DISTINCT") ||
+           t.is(u"UNIQUE") || t.is(u"INTO");
   case SqlToken::Kind::Symbol: return t.is(u"(") || t.is(u"+") || t.is(u"-") || t.is(u"*");
   default: return false;
   }
@@ -140,8 +140,8 @@ void check(const Tokens& t) {
       missingExpression();
     if (t[k].is(u"(") && next.is(u"FROM"))
       missingExpression();
-    if (t[k].is(u"FROM") && (next.kind == SqlToken::Kind::End || next.is(u")") || next.is(u",") ||
-                             next.is(u"WHERE") || next.is(u"GROUP") || next.is(u"ORDER")))
+    if (t[k].is(u"FROM") && (next.kind == SqlToken::Kind::End || next.is(u")") || next.is(u",") || next.is(u"WHERE") ||
+                             next.is(u"GROUP") || next.is(u"ORDER")))
       throw OraError(903, QStringLiteral("invalid table name"));
   }
   checkSelectLists(t);

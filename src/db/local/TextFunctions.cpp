@@ -155,16 +155,11 @@ namespace TextFunctions {
 
 void registerAll(sqlite3* db, const SessionSettings* settings) {
   static const Function functions[] = {
-      {"TRANSLATE", 3, entry<translate>},
-      {"INITCAP", 1, entry<initcap>},
-      {"LENGTHB", 1, entry<lengthb>},
-      {"SUBSTRB", 2, entry<substrb>},
-      {"SUBSTRB", 3, entry<substrb>},
-      {"INSTRB", 2, entry<instrb>},
-      {"INSTRB", 3, entry<instrb>},
-      {"INSTRB", 4, entry<instrb>},
-      {"ASCII", 1, entry<ascii>},
-      {"CHR", 1, entry<chr>},
+      {"TRANSLATE", 3, entry<translate>},   {"INITCAP", 1, entry<initcap>},
+      {"LENGTHB", 1, entry<lengthb>},       {"SUBSTRB", 2, entry<substrb>},
+      {"SUBSTRB", 3, entry<substrb>},       {"INSTRB", 2, entry<instrb>},
+      {"INSTRB", 3, entry<instrb>},         {"INSTRB", 4, entry<instrb>},
+      {"ASCII", 1, entry<ascii>},           {"CHR", 1, entry<chr>},
       {"dbsweep_trim", 3, entry<trimFrom>},
   };
   FunctionCall::registerAll(db, settings, functions);

@@ -41,7 +41,7 @@ void bitAnd(Call& c) {
 void nextDay(Call& c) {
   if (c.anyNull())
     return c.setNull();
-  static const std::array<const char*, 7> days = {"MONDAY", "TUESDAY", "WEDNESDAY", "THURSDAY",
+  static const std::array<const char*, 7> days = {"MONDAY", "TUESDAY",  "WEDNESDAY", "THURSDAY",
                                                   "FRIDAY", "SATURDAY", "SUNDAY"};
   const QString name = c.text(1).trimmed().toUpper();
   int wanted = 0;
@@ -69,8 +69,7 @@ void nullif(Call& c) {
     throw OraError(932, QStringLiteral("inconsistent datatypes: expected %1 got %2")
                             .arg(c.isNumber(0) ? QStringLiteral("NUMBER") : QStringLiteral("CHAR"),
                                  c.isNumber(1) ? QStringLiteral("NUMBER") : QStringLiteral("CHAR")));
-  const bool equal =
-      c.isNumber(0) ? OracleNumber::compare(c.number(0), c.number(1)) == 0 : c.utf8(0) == c.utf8(1);
+  const bool equal = c.isNumber(0) ? OracleNumber::compare(c.number(0), c.number(1)) == 0 : c.utf8(0) == c.utf8(1);
   if (equal)
     return c.setNull();
   c.setArgument(0);
@@ -145,8 +144,8 @@ void dump(Call& c) {
     const uchar b = uchar(bytes[k]);
     if (base == 17)
       shown << (b >= 0x20 && b < 0x7F ? QString(QChar(b))
-                : b < 0x20        ? QStringLiteral("^") + QChar(b + 64)
-                                  : QString::number(b, 16));
+                : b < 0x20            ? QStringLiteral("^") + QChar(b + 64)
+                                      : QString::number(b, 16));
     else
       shown << QString::number(b, base);
   }
@@ -190,8 +189,8 @@ namespace ValueFunctions {
 
 void registerAll(sqlite3* db, const SessionSettings* settings) {
   static const Function functions[] = {
-      {"REMAINDER", 2, entry<remainder>}, {"BITAND", 2, entry<bitAnd>}, {"NEXT_DAY", 2, entry<nextDay>},
-      {"NULLIF", 2, entry<nullif>},      {"LNNVL", 1, entry<lnnvl>},    {"DUMP", -1, entry<dump>},
+      {"REMAINDER", 2, entry<remainder>}, {"BITAND", 2, entry<bitAnd>},     {"NEXT_DAY", 2, entry<nextDay>},
+      {"NULLIF", 2, entry<nullif>},       {"LNNVL", 1, entry<lnnvl>},       {"DUMP", -1, entry<dump>},
       {"VSIZE", 1, entry<vsize>},         {"ORA_HASH", -1, entry<oraHash>},
   };
   FunctionCall::registerAll(db, settings, functions);
