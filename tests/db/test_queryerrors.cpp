@@ -88,6 +88,7 @@ private Q_SLOTS:
           "select case when salary > 100 then 'hi' else 'lo' end band, count(*) over (partition by dept order by "
           "salary rows between unbounded preceding and current row) from staff",
           "select date '2024-01-01' d, timestamp '2024-01-01 00:00:00' t, interval '1' day i, n'text' from dual",
+          "select systimestamp at time zone 'UTC' from dual",
           "select distinct dept from staff", "select unique dept from staff", "select all dept from staff",
           "select count(distinct dept), sum(all salary), count(*) from staff",
           "select name from staff order by 1 desc nulls last offset 0 rows fetch next 1 rows only",

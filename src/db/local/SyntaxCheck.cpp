@@ -92,8 +92,11 @@ void checkItem(const Tokens& t, size_t begin, size_t end) {
       continue;
     }
     depth += t[k].is(u"(") ? 1 : t[k].is(u")") ? -1 : 0;
+    // What follows OVER, KEEP, AT TIME ZONE and the like has a grammar of its own.
+    if (depth == 0 && followsOperand(t[k + 1]))
+      return;
     if (depth != 0 || !endsOperand(t[k]) || !startsOperand(t[k + 1]) || t[k + 1].is(u"(") ||
-        isBinaryOperator(t[k + 1]) || followsOperand(t[k + 1]) || t[k].is(u"CONNECT_BY_ROOT"))
+        isBinaryOperator(t[k + 1]) || t[k].is(u"CONNECT_BY_ROOT"))
       continue;
     const bool alias = k + 2 == end && t[k + 1].isName();
     if (!alias)
