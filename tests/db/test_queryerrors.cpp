@@ -43,6 +43,10 @@ private Q_SLOTS:
     QCOMPARE(rows("select name, count(*) over () from staff where dept = 'B'"), QStringList({"CAT|1"}));
     QCOMPARE(rows("select count(*) from (select dept from staff group by dept)"), QStringList({"2"}));
     QCOMPARE(rows("select dept from staff group by dept having count(*) > 1"), QStringList({"A"}));
+    // A number in GROUP BY is a constant, not a position: one group, and the column is ungrouped.
+    QCOMPARE(rows("select count(*) from staff group by 2"), QStringList({"3"}));
+    QCOMPARE(error("select dept, count(*) from staff group by 1"), 979);
+    QCOMPARE(rows("select dept, count(*) from staff group by dept, 1 order by 1"), QStringList({"A|2", "B|1"}));
     // HAVING and ORDER BY see the groups too; an ORDER BY alias or position stands for its item.
     QCOMPARE(error("select dept from staff group by dept having salary > 100"), 979);
     QCOMPARE(error("select dept, count(*) from staff group by dept order by name"), 979);

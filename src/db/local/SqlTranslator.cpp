@@ -54,6 +54,27 @@ QString numberLiteral(const QString& text) {
   return v.isInteger ? QString::number(v.integer) : text;
 }
 
+// Whether the number at k is a whole item of a GROUP BY list.
+bool isGroupingConstant(const std::vector<SqlToken>& t, size_t k, size_t end) {
+  const bool alone = k > 0 && (t[k - 1].is(u",") || t[k - 1].is(u"BY")) &&
+                     (k + 1 >= end || t[k + 1].is(u",") || t[k + 1].is(u")") || t[k + 1].kind == SqlToken::Kind::End ||
+                      t[k + 1].is(u"HAVING") || t[k + 1].is(u"ORDER") || QueryBlock::isSetOperator(t[k + 1]));
+  if (!alone)
+    return false;
+  int depth = 0;
+  for (size_t j = k; j-- > 0;) {
+    if (t[j].is(u")"))
+      ++depth;
+    else if (t[j].is(u"(") && depth-- == 0)
+      return false;
+    else if (depth == 0 && t[j].is(u"BY"))
+      return j > 0 && t[j - 1].is(u"GROUP");
+    else if (depth == 0 && (t[j].is(u"SELECT") || t[j].is(u"WHERE") || t[j].is(u"HAVING")))
+      return false;
+  }
+  return false;
+}
+
 bool isPseudoSequence(const SqlToken& t) {
   return t.kind == SqlToken::Kind::Word && (t.is(u"NEXTVAL") || t.is(u"CURRVAL"));
 }
@@ -534,14 +555,16 @@ QString SqlTranslator::rowLimits(const std::vector<SqlToken>& t, size_t& i, size
   QString offset = QStringLiteral("0"), limit = QStringLiteral("-1");
   if (t[i].is(u"OFFSET")) {
     const size_t k = countTo(i + 1);
-    offset = QStringLiteral("max(0, %1)").arg(translate(t, i + 1, k));
+    // An offset of NULL leaves no rows.
+    offset = QStringLiteral("coalesce(dbsweep_row_count(%1), 9223372036854775807)").arg(translate(t, i + 1, k));
     i = k + 1;
   }
   if (i < end && t[i].is(u"FETCH")) {
     if (i + 1 >= end || !(t[i + 1].is(u"FIRST") || t[i + 1].is(u"NEXT")))
       throw OraError(933, QStringLiteral("SQL command not properly ended"));
     const size_t k = countTo(i + 2);
-    limit = k == i + 2 ? QStringLiteral("1") : QStringLiteral("max(0, %1)").arg(translate(t, i + 2, k));
+    limit = k == i + 2 ? QStringLiteral("1")
+                       : QStringLiteral("coalesce(dbsweep_row_count(%1), 0)").arg(translate(t, i + 2, k));
     if (t[k].is(u"PERCENT") || (k + 1 < end && t[k + 1].is(u"WITH")))
       throw OraError(3001, QStringLiteral("unimplemented feature"));
     if (k + 1 >= end || !t[k + 1].is(u"ONLY"))
@@ -838,7 +861,12 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
   const auto next = [&](size_t k) -> const SqlToken& { return i + k < end ? t[i + k] : t.back(); };
   switch (tok.kind) {
   case SqlToken::Kind::String: ++i; return tok.text.isEmpty() ? QStringLiteral("NULL") : quoteText(tok.text);
-  case SqlToken::Kind::Number: ++i; return numberLiteral(tok.text);
+  case SqlToken::Kind::Number:
+    ++i;
+    // Oracle groups by a number as by any constant, where SQLite takes it for a column's position.
+    if (isGroupingConstant(t, i - 1, end))
+      return numberLiteral(tok.text) + QStringLiteral(" + 0");
+    return numberLiteral(tok.text);
   case SqlToken::Kind::Bind: throw OraError(1008, QStringLiteral("not all variables bound"));
   case SqlToken::Kind::Symbol:
     ++i;

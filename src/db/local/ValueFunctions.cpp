@@ -75,6 +75,14 @@ void nullif(Call& c) {
   c.setArgument(0);
 }
 
+// dbsweep_row_count(n): a count of rows to skip or fetch, as OFFSET and FETCH take it: its
+// fraction cut off, none below zero.
+void rowCount(Call& c) {
+  if (c.isNull(0))
+    return c.setNull();
+  c.set(Value::of(qMax<qint64>(0, c.integer(0))));
+}
+
 // LNNVL(condition): true when the condition is false or unknown.
 void lnnvl(Call& c) { c.set(Value::of(qint64(c.isNull(0) || c.integer(0) == 0 ? 1 : 0))); }
 
@@ -191,7 +199,7 @@ void registerAll(sqlite3* db, const SessionSettings* settings) {
   static const Function functions[] = {
       {"REMAINDER", 2, entry<remainder>}, {"BITAND", 2, entry<bitAnd>},     {"NEXT_DAY", 2, entry<nextDay>},
       {"NULLIF", 2, entry<nullif>},       {"LNNVL", 1, entry<lnnvl>},       {"DUMP", -1, entry<dump>},
-      {"VSIZE", 1, entry<vsize>},         {"ORA_HASH", -1, entry<oraHash>},
+      {"VSIZE", 1, entry<vsize>},         {"ORA_HASH", -1, entry<oraHash>}, {"dbsweep_row_count", 1, entry<rowCount>},
   };
   FunctionCall::registerAll(db, settings, functions);
 }
