@@ -189,6 +189,9 @@ private Q_SLOTS:
     QCOMPARE(eval("months_between('2004/03/31', '2004/02/29'), months_between('2004/01/15 08:00:00', '2004/03/15'), "
                   "round(months_between('2004/01/02 12:00:00', '2004/01/01'), 6)"),
              QString("1|-2|.048387"));
+    // A fraction of a month in decimal, to NUMBER's digits.
+    QCOMPARE(eval("months_between(to_date('02-02-1995', 'MM-DD-YYYY'), to_date('01-01-1995', 'MM-DD-YYYY'))"),
+             QString("1.03225806451612903225806451612903225806"));
     QCOMPARE(eval("last_day('2004/02/10 08:00:00'), last_day('2100/02/01'), last_day(null)"),
              QString("2004/02/29 08:00:00|2100/02/28|<null>"));
 

@@ -584,15 +584,14 @@ DateTime addDays(const DateTime& d, double days) {
   return checked({d.date.addDays(wholeDays), int(seconds - wholeDays * DaySeconds)});
 }
 
-double monthsBetween(const DateTime& later, const DateTime& earlier) {
+MonthsApart monthsBetween(const DateTime& later, const DateTime& earlier) {
   const QDate a = later.date;
   const QDate b = earlier.date;
   const int months = (a.year() - b.year()) * 12 + (a.month() - b.month());
   if (a.day() == b.day() || (a.day() == a.daysInMonth() && b.day() == b.daysInMonth()))
-    return months;
+    return {months, 0};
   // The rest counts in months of 31 days, the time of day included.
-  const double days = (a.day() - b.day()) + double(later.seconds - earlier.seconds) / DaySeconds;
-  return months + days / 31.0;
+  return {months, qint64(a.day() - b.day()) * DaySeconds + (later.seconds - earlier.seconds)};
 }
 
 DateTime lastDay(const DateTime& d) { return {QDate(d.date.year(), d.date.month(), d.date.daysInMonth()), d.seconds}; }

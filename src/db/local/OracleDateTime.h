@@ -41,7 +41,12 @@ DateTime addMonths(const DateTime& d, qint64 months);
 DateTime addDays(const DateTime& d, double days);
 // The seconds from one to the other, negative when to is the earlier.
 qint64 secondsBetween(const DateTime& from, const DateTime& to);
-double monthsBetween(const DateTime& later, const DateTime& earlier);
+// MONTHS_BETWEEN: whole months, and the seconds beyond them in months of 31 days.
+struct MonthsApart {
+  qint64 whole = 0;
+  qint64 seconds = 0;
+};
+MonthsApart monthsBetween(const DateTime& later, const DateTime& earlier);
 DateTime lastDay(const DateTime& d);
 
 } // namespace OracleDateTime
