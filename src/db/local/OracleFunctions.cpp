@@ -253,7 +253,8 @@ void monthsBetween(Call& c) {
     return c.setNull();
   // In decimal: a fraction of a month has 40 digits as Oracle's has.
   const OracleDateTime::MonthsApart m = OracleDateTime::monthsBetween(c.date(0), c.date(1));
-  c.set(OracleNumber::add(Value::of(m.whole), OracleNumber::divide(Value::of(m.seconds), Value::of(qint64(31 * 86400)))));
+  c.set(
+      OracleNumber::add(Value::of(m.whole), OracleNumber::divide(Value::of(m.seconds), Value::of(qint64(31 * 86400)))));
 }
 
 void lastDay(Call& c) {
