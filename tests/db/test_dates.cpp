@@ -136,6 +136,15 @@ private Q_SLOTS:
     QCOMPARE(error("timestamp '2024-13-01 00:00:00'"), 1843);
     QCOMPARE(eval("to_timestamp('2024/01/31 10:00:00.5'), timestamp '2024-01-02 00:00:00' - date '2024-01-01'"),
              QString("2024/01/31 10:00:00.500000000|+000000001 00:00:00.000000000"));
+    QCOMPARE(eval("to_dsinterval('1 02:00:00'), to_yminterval('01-06'), timestamp '2024-01-31 10:00:00 +09:00', "
+                  "timestamp '2024-01-31 10:00:00 +09:00' - timestamp '2024-01-31 10:00:00 +00:00'"),
+             QString("+000000001 02:00:00.000000000|+000000001-06|2024/01/31 10:00:00.000000000 +09:00|"
+                     "-000000000 09:00:00.000000000"));
+    // CURRENT_TIMESTAMP has the session's zone, LOCALTIMESTAMP none; both are the statement's moment.
+    QCOMPARE(eval("case when abs(current_date - sysdate) * 86400 <= 1 and current_timestamp = systimestamp and localtimestamp - "
+                  "systimestamp = interval '0' second then 'same' end, length(current_timestamp) - "
+                  "length(localtimestamp)"),
+             QString("same|7"));
     QCOMPARE(eval("numtodsinterval(100, 'MINUTE'), numtoyminterval(30, 'month')"),
              QString("+000000000 01:40:00.000000000|+000000002-06"));
     // A moment moved by an interval keeps its type; two moments give an INTERVAL DAY TO SECOND.

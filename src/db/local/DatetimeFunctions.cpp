@@ -275,15 +275,36 @@ void numToYmInterval(Call& c) {
   c.set(OracleTimestamp::text(OracleTimestamp::yearMonthOf(c.number(0), c.text(1))));
 }
 
-// dbsweep_systimestamp(statement): the moment of the statement's first call.
+// TO_DSINTERVAL('D HH:MI:SS[.FF]') and TO_YMINTERVAL('Y-M'): an interval of the widest type.
+void toDsInterval(Call& c) {
+  if (c.isNull(0))
+    return c.setNull();
+  auto d = std::get<DaySecond>(OracleTimestamp::intervalLiteral(c.text(0), QStringLiteral("DAY"), 9,
+                                                                QStringLiteral("SECOND"), 9));
+  d.dayDigits = 9;
+  c.set(OracleTimestamp::text(d));
+}
+
+void toYmInterval(Call& c) {
+  if (c.isNull(0))
+    return c.setNull();
+  c.set(OracleTimestamp::text(OracleTimestamp::intervalLiteral(c.text(0), QStringLiteral("YEAR"), 9,
+                                                               QStringLiteral("MONTH"), -1)));
+}
+
+// dbsweep_systimestamp(statement, zoned): the moment of the statement's first call, with the
+// session's time zone (SYSTIMESTAMP, CURRENT_TIMESTAMP) or without (LOCALTIMESTAMP).
 void systimestamp(Call& c) {
   thread_local qint64 statement = -1;
-  thread_local QString moment;
+  thread_local OracleTimestamp::Timestamp moment;
   if (c.integer(0) != statement) {
     statement = c.integer(0);
-    moment = OracleTimestamp::text(OracleTimestamp::now());
+    moment = OracleTimestamp::now();
   }
-  c.set(moment);
+  OracleTimestamp::Timestamp t = moment;
+  if (!c.integer(1))
+    t.zoneMinutes.reset();
+  c.set(OracleTimestamp::text(t));
 }
 
 } // namespace
@@ -304,7 +325,9 @@ void registerAll(sqlite3* db, const SessionSettings* settings) {
       {"TO_TIMESTAMP", 2, entry<toTimestamp>},
       {"NUMTODSINTERVAL", 2, entry<numToDsInterval>},
       {"NUMTOYMINTERVAL", 2, entry<numToYmInterval>},
-      {"dbsweep_systimestamp", 1, entry<systimestamp>, false},
+      {"TO_DSINTERVAL", 1, entry<toDsInterval>},
+      {"TO_YMINTERVAL", 1, entry<toYmInterval>},
+      {"dbsweep_systimestamp", 2, entry<systimestamp>, false},
   };
   FunctionCall::registerAll(db, settings, functions);
 }

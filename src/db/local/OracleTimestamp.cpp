@@ -181,7 +181,22 @@ QString text(const Value& v) {
 }
 
 Timestamp literal(QStringView text) {
-  return {OracleDateTime::parse(text.trimmed(), u"YYYY-MM-DD HH24:MI:SS.FF", QDate::currentDate()), 9, std::nullopt};
+  text = text.trimmed();
+  // A time zone as an offset, "+09:00", makes a TIMESTAMP WITH TIME ZONE.
+  std::optional<int> zone;
+  const qsizetype blank = text.lastIndexOf(u' ');
+  if (blank > 0 && blank + 1 < text.size() && (text[blank + 1] == u'+' || text[blank + 1] == u'-')) {
+    const QStringView offset = text.sliced(blank + 2);
+    const qsizetype colon = offset.indexOf(u':');
+    bool hoursOk = false, minutesOk = colon < 0;
+    const int hours = offset.first(colon < 0 ? offset.size() : colon).toInt(&hoursOk);
+    const int minutes = colon < 0 ? 0 : offset.sliced(colon + 1).toInt(&minutesOk);
+    if (!hoursOk || !minutesOk || hours > 14 || minutes > 59)
+      throw OraError(1874, QStringLiteral("time zone hour must be between -15 and 15"));
+    zone = (text[blank + 1] == u'-' ? -1 : 1) * (hours * 60 + minutes);
+    text = text.first(blank);
+  }
+  return {OracleDateTime::parse(text, u"YYYY-MM-DD HH24:MI:SS.FF", QDate::currentDate()), 9, zone};
 }
 
 Value intervalLiteral(QStringView text, const QString& leading, int leadingPrecision, const QString& trailing,

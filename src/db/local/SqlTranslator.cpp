@@ -169,8 +169,9 @@ bool isComparison(const SqlToken& t) {
 bool holdsTimestampOrInterval(const std::vector<SqlToken>& t, size_t begin, size_t end) {
   for (size_t k = begin; k < end; ++k)
     if (((t[k].is(u"TIMESTAMP") || t[k].is(u"INTERVAL")) && k + 1 < end && t[k + 1].kind == SqlToken::Kind::String) ||
-        t[k].is(u"SYSTIMESTAMP") || t[k].is(u"TO_TIMESTAMP") || t[k].is(u"NUMTODSINTERVAL") ||
-        t[k].is(u"NUMTOYMINTERVAL"))
+        t[k].is(u"SYSTIMESTAMP") || t[k].is(u"CURRENT_TIMESTAMP") || t[k].is(u"LOCALTIMESTAMP") ||
+        t[k].is(u"TO_TIMESTAMP") || t[k].is(u"NUMTODSINTERVAL") || t[k].is(u"NUMTOYMINTERVAL") ||
+        t[k].is(u"TO_DSINTERVAL") || t[k].is(u"TO_YMINTERVAL"))
       return true;
   return false;
 }
@@ -974,7 +975,8 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return QStringLiteral("EXCEPT");
     if (keywords().contains(upper) || (isWindowWord(upper) && insideWindow(t, i - 1)))
       return upper;
-    if (upper == u"SYSDATE")
+    // The session's time zone is the system's: CURRENT_DATE is SYSDATE.
+    if (upper == u"SYSDATE" || upper == u"CURRENT_DATE")
       return QStringLiteral("dbsweep_sysdate()");
     // DATE, TIMESTAMP and INTERVAL literals become the stored text of their value.
     if (const auto literal = TypedLiterals::read(t, i - 1, end)) {
@@ -982,8 +984,8 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return quoteText(literal->value);
     }
     // One moment for the whole statement, as Oracle takes it.
-    if (upper == u"SYSTIMESTAMP")
-      return QStringLiteral("dbsweep_systimestamp(%1)").arg(m_statement);
+    if (upper == u"SYSTIMESTAMP" || upper == u"CURRENT_TIMESTAMP" || upper == u"LOCALTIMESTAMP")
+      return QStringLiteral("dbsweep_systimestamp(%1, %2)").arg(m_statement).arg(upper == u"LOCALTIMESTAMP" ? 0 : 1);
     if (upper == u"USER")
       return quoteText(m_context.user);
     if (upper == u"UID")
