@@ -1,5 +1,7 @@
 #include "db/local/LocalConnection.h"
+
 #include "db/local/OracleFunctions.h"
+#include "db/local/SessionContext.h"
 
 #include "db/local/Catalogue.h"
 #include "db/local/ColumnTypes.h"
@@ -8,6 +10,7 @@
 #include "db/local/HierarchicalQueries.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/SessionContext.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
 
@@ -185,8 +188,9 @@ void LocalConnection::registerFunctions() {
   sqlite3_create_collation_v2(m_db, "ORADATE", SQLITE_UTF8, nullptr, compareDates, nullptr);
   OracleFunctions::registerAll(m_db, &m_settings);
   ColumnTypes::registerFunctions(m_db, &m_settings);
-  DecimalAggregates::registerAll(m_db);
+  DecimalAggregates::registerAll(m_db, &m_settings);
   HierarchicalQueries::registerFunctions(m_db);
+  SessionContext::registerAll(m_db, this);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);
@@ -198,6 +202,7 @@ void LocalConnection::checkAlive() {
 }
 
 void LocalConnection::startCall() {
+  m_settings.wideNumbers.clear();
   if (m_watch && m_watch->killedNow()) {
     rollbackQuietly();
     throw killedError();
@@ -354,10 +359,10 @@ void LocalConnection::commitPending() {
 }
 
 OraError LocalConnection::oracleError(const SqliteFailure& failure, const QString& owner, const QString& table,
-                                      SqlErrors::Dml dml) const {
+                                      SqlErrors::Dml dml, const std::optional<SqlErrors::ForeignKey>& violated) const {
   if ((failure.code & 0xff) == SQLITE_INTERRUPT && m_watch && m_watch->killed())
     return killedError();
-  return SqlErrors::toOracle(m_db, failure, owner.isEmpty() ? m_logon.user : owner, table, dml);
+  return SqlErrors::toOracle(m_db, failure, owner.isEmpty() ? m_logon.user : owner, table, dml, violated);
 }
 
 void LocalConnection::interrupt() {
@@ -478,10 +483,15 @@ qint64 LocalConnection::runDml(const std::vector<SqlToken>& source) {
     }
     return sqlite3_changes64(m_db);
   } catch (const SqliteFailure& f) {
+    // Running the statement again to name the key would take sequence numbers a second time.
+    std::optional<SqlErrors::ForeignKey> violated;
+    if (f.code == SQLITE_CONSTRAINT_FOREIGNKEY && !containsToken(t, 0, t.size(), u"NEXTVAL"))
+      violated = SqlErrors::violatedForeignKey(m_db, sqlite, schemaOf(m_targetOwner), m_targetOwner);
     const OraError error = oracleError(f, owner, table,
                                        deleting             ? SqlErrors::Dml::Delete
                                        : t[0].is(u"INSERT") ? SqlErrors::Dml::Insert
-                                                            : SqlErrors::Dml::Update);
+                                                            : SqlErrors::Dml::Update,
+                                       violated);
     if (began)
       abandonPending();
     throw error;

@@ -77,7 +77,8 @@ public:
   void commitPending();
   // The Oracle error for a failed SQLite call; table is the statement's target, if it has one.
   OraError oracleError(const SqliteFailure& failure, const QString& owner = {}, const QString& table = {},
-                       SqlErrors::Dml dml = SqlErrors::Dml::None) const;
+                       SqlErrors::Dml dml = SqlErrors::Dml::None,
+                       const std::optional<SqlErrors::ForeignKey>& violated = std::nullopt) const;
   QHash<QString, qint64>& currentValues() { return m_currval; }
   // Whether the session may use owner's table for privilege (SELECT, INSERT, UPDATE, DELETE):
   // its own tables and, for a DBA, every table; others only as granted to it or to PUBLIC.

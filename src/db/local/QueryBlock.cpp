@@ -57,7 +57,8 @@ bool isNoColumn(const SqlToken& t) {
                                       QStringLiteral("ANY"),
                                       QStringLiteral("SOME"),
                                       QStringLiteral("CURRENT_DATE"),
-                                      QStringLiteral("CURRENT_TIMESTAMP")};
+                                      QStringLiteral("CURRENT_TIMESTAMP"),
+                                      QStringLiteral("LOCALTIMESTAMP")};
   return t.kind != SqlToken::Kind::Quoted && words.contains(t.upper());
 }
 

@@ -62,6 +62,7 @@ private:
   std::optional<QString> comparison(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
   std::optional<QString> arithmetic(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
   QString term(const std::vector<SqlToken>& t, size_t begin, size_t end, bool numeric) const;
+  bool isTextValue(const std::vector<SqlToken>& t, size_t begin, size_t end) const;
 
   Context m_context;
   bool m_rownumDone = false; // ROWNUM conditions are already limits
