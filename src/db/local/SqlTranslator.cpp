@@ -3,6 +3,7 @@
 #include "db/OraError.h"
 #include "db/local/CompoundCheck.h"
 #include "db/local/GroupingCheck.h"
+#include "db/local/GroupingSets.h"
 #include "db/local/HierarchicalQueries.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/QueryBlock.h"
@@ -324,6 +325,10 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     SqlTranslator inner(*this);
     inner.m_rewritten = true;
     return inner.translate(tree, 0, tree.size());
+  }
+  if (GroupingSets::contains(t, begin, end)) {
+    const auto sets = GroupingSets::rewrite(t, begin, end);
+    return translate(sets, 0, sets.size());
   }
   if (OuterJoins::contains(t, begin, end)) {
     const auto ansi = OuterJoins::rewrite(t, begin, end, m_context.hasColumn);
