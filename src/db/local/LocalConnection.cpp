@@ -8,6 +8,7 @@
 #include "db/local/HierarchicalQueries.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/OrderedAggregates.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
 
@@ -187,6 +188,7 @@ void LocalConnection::registerFunctions() {
   ColumnTypes::registerFunctions(m_db, &m_settings);
   DecimalAggregates::registerAll(m_db);
   HierarchicalQueries::registerFunctions(m_db);
+  OrderedAggregates::registerFunctions(m_db);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);

@@ -6,6 +6,7 @@
 #include "db/local/GroupingSets.h"
 #include "db/local/HierarchicalQueries.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/OrderedAggregates.h"
 #include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
 
@@ -95,6 +96,8 @@ size_t afterPrimary(const std::vector<SqlToken>& t, size_t i, size_t end) {
     return k + 1;
   if (k < end && t[k].is(u"(")) {
     k = afterGroup(t, k, end);
+    if (k != NoEnd)
+      k = QueryBlock::afterOrdering(t, k, end);
     // An analytic call: f(...) OVER (...)
     if (k != NoEnd && k + 1 < end && t[k].is(u"OVER") && t[k + 1].is(u"("))
       k = afterGroup(t, k + 1, end);
@@ -861,6 +864,14 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       ratio.push_back(SqlToken{});
       i = windowEnd;
       return u'(' + translate(ratio) + u')';
+    }
+    if (QueryBlock::isAggregate(tok)) {
+      size_t at = i - 1;
+      if (const auto call = OrderedAggregates::translateCall(t, at, end,
+                                                             [&](size_t b, size_t e) { return translate(t, b, e); })) {
+        i = at;
+        return *call;
+      }
     }
     if (next(0).is(u"(") && !keywords().contains(upper))
       return functionName(upper);
