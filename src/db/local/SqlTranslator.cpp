@@ -7,6 +7,7 @@
 #include "db/local/HierarchicalQueries.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OrderedAggregates.h"
+#include "db/local/QuantifiedComparisons.h"
 #include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
 
@@ -378,6 +379,10 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       out << *listed;
       continue;
     }
+    if (const auto compared = quantified(t, i, begin, end)) {
+      out << *compared;
+      continue;
+    }
     if (const auto compared = comparison(t, i, begin, end)) {
       out << *compared;
       continue;
@@ -584,6 +589,34 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   size_t o = op;
   i = after;
   return (literalLeft ? literal : other) + u' ' + token(t, o, end) + u' ' + (literalLeft ? other : literal);
+}
+
+// "x op ANY|SOME|ALL (...)".
+std::optional<QString> SqlTranslator::quantified(const std::vector<SqlToken>& t, size_t& i, size_t begin,
+                                                 size_t end) const {
+  if (i > begin && endsOperand(t[i - 1]))
+    return std::nullopt;
+  const size_t op = afterSum(t, i, end);
+  if (op == NoEnd || op + 2 >= end || !isComparison(t[op]) || !QuantifiedComparisons::isQuantifier(t[op + 1]) ||
+      !t[op + 2].is(u"("))
+    return std::nullopt;
+  const size_t close = afterGroup(t, op + 2, end);
+  if (close == NoEnd)
+    throw OraError(907, QStringLiteral("missing right parenthesis"));
+  if (QueryBlock::isSubquery(t, op + 2, close)) {
+    const QString sql =
+        QuantifiedComparisons::subquery(t, op, translate(t, i, op), translate(t, op + 3, close - 1));
+    i = close;
+    return sql;
+  }
+  // The comparisons of a list stand where it stood, so that each finds its column's type.
+  const auto terms = QuantifiedComparisons::expandList(t, {i, op}, op, op + 2, close);
+  std::vector<SqlToken> spliced(t.begin(), t.begin() + qsizetype(i));
+  spliced.insert(spliced.end(), terms.begin(), terms.end());
+  spliced.insert(spliced.end(), t.begin() + qsizetype(close), t.end());
+  const QString sql = translate(spliced, i, i + terms.size());
+  i = close;
+  return sql;
 }
 
 // "column [NOT] IN (literals)" and "column [NOT] BETWEEN literal AND literal": the literals
