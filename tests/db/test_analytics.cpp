@@ -74,7 +74,16 @@ private Q_SLOTS:
     QCOMPARE(rows("select id from pay order by id fetch first row only"), QStringList({"1"}));
     QCOMPARE(rows("select count(*) from (select id from pay order by id offset -3 rows fetch first 0 rows only)"),
              QStringList({"0"}));
-    QCOMPARE(errorOf([&] { rows("select id from pay order by sal fetch first 2 rows with ties"); }), 3001);
+    // WITH TIES adds the rows that sort equal to the last; PERCENT rounds the share of rows up.
+    QCOMPARE(rows("select dept from pay order by dept fetch first 1 row with ties"), QStringList({"10", "10", "10"}));
+    QCOMPARE(rows("select id, sal s from pay order by s desc fetch first 2 rows with ties"),
+             QStringList({"5|<null>", "4|400"}));
+    QCOMPARE(rows("select count(*) from (select id from pay order by sal fetch first 1 rows with ties)"),
+             QStringList({"2"}));
+    QCOMPARE(rows("select id from pay order by sal, id offset 1 row fetch next 1 row with ties"), QStringList({"3"}));
+    QCOMPARE(rows("select id from pay order by id fetch first 34 percent rows only"), QStringList({"1", "2", "3"}));
+    QCOMPARE(rows("select id from pay order by id offset 5 rows fetch first 50 percent rows only"),
+             QStringList({"6"}));
   }
 };
 

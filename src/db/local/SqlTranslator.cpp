@@ -2,6 +2,7 @@
 
 #include "db/OraError.h"
 #include "db/local/CompoundCheck.h"
+#include "db/local/FetchLimits.h"
 #include "db/local/GroupingCheck.h"
 #include "db/local/GroupingSets.h"
 #include "db/local/HierarchicalQueries.h"
@@ -508,7 +509,7 @@ QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t
 
 // The row limiting clause, [OFFSET n ROWS] [FETCH FIRST|NEXT n ROWS ONLY], is SQLite's LIMIT and
 // OFFSET; a negative offset counts as none, and FETCH without a count fetches one row. PERCENT and
-// WITH TIES, which choose rows by the ordering's values, are refused.
+// WITH TIES count the rows by a query of their own.
 QString SqlTranslator::rowLimits(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
   const auto countTo = [&](size_t from) {
     size_t k = from;
@@ -527,13 +528,25 @@ QString SqlTranslator::rowLimits(const std::vector<SqlToken>& t, size_t& i, size
   if (i < end && t[i].is(u"FETCH")) {
     if (i + 1 >= end || !(t[i + 1].is(u"FIRST") || t[i + 1].is(u"NEXT")))
       throw OraError(933, QStringLiteral("SQL command not properly ended"));
-    const size_t k = countTo(i + 2);
+    const size_t fetch = i;
+    size_t k = countTo(i + 2);
     limit = k == i + 2 ? QStringLiteral("1") : QStringLiteral("max(0, %1)").arg(translate(t, i + 2, k));
-    if (t[k].is(u"PERCENT") || (k + 1 < end && t[k + 1].is(u"WITH")))
-      throw OraError(3001, QStringLiteral("unimplemented feature"));
-    if (k + 1 >= end || !t[k + 1].is(u"ONLY"))
+    const bool percent = t[k].is(u"PERCENT");
+    if (percent && (++k >= end || !(t[k].is(u"ROW") || t[k].is(u"ROWS"))))
       throw OraError(933, QStringLiteral("SQL command not properly ended"));
-    i = k + 2;
+    const bool ties = k + 2 < end && t[k + 1].is(u"WITH") && t[k + 2].is(u"TIES");
+    if (!ties && (k + 1 >= end || !t[k + 1].is(u"ONLY")))
+      throw OraError(933, QStringLiteral("SQL command not properly ended"));
+    const auto translateFn = [this](const std::vector<SqlToken>& tokens, size_t b, size_t e) {
+      return translate(tokens, b, e);
+    };
+    if (percent && ties)
+      throw OraError(3001, QStringLiteral("unimplemented feature"));
+    if (percent)
+      limit = FetchLimits::percent(t, fetch, translate(t, fetch + 2, k - 1), translateFn);
+    else if (ties)
+      limit = FetchLimits::withTies(t, fetch, offset, limit, translateFn);
+    i = k + (ties ? 3 : 2);
   }
   return QStringLiteral("LIMIT %1 OFFSET %2").arg(limit, offset);
 }
