@@ -1,6 +1,6 @@
 #include "EngineFixture.h"
 
-// Comparisons with ANY, SOME and ALL under Oracle's three-valued logic.
+// Comparisons with ANY, SOME and ALL under Oracle's three-valued logic; SELECT ... FOR UPDATE.
 class TestQueryForms final : public QObject, SalesSession {
   Q_OBJECT
 
@@ -31,6 +31,20 @@ private Q_SLOTS:
     QCOMPARE(rows("select id from pay p where sal >= all (select sal from pay q where q.dept = p.dept and q.sal "
                   "is not null) order by id"),
              QStringList({"1", "3"}));
+  }
+
+  // The locks last as long as the transaction; another session's NOWAIT fails at once.
+  void selectForUpdate() {
+    auto other = m_fx->sales();
+    m_db->connection().begin();
+    QCOMPARE(rows("select id from pay where dept = 10 order by id for update of sal nowait"), QStringList({"1", "2"}));
+    QString text;
+    QCOMPARE(errorOf([&] { rowsOf(*other, "select id from pay for update nowait"); }, &text), 54);
+    QCOMPARE(text, QString("ORA-00054: resource busy and acquire with NOWAIT specified or timeout expired"));
+    m_db->connection().rollback();
+    QCOMPARE(rowsOf(*other, "select count(*) from pay for update wait 1"), QStringList({"4"}));
+    QCOMPARE(other->ExecuteSQL("update pay set sal = sal where id = 3"), qint64(1));
+    QCOMPARE(errorOf([&] { rows("select id from pay for update skip locked"); }), 3001);
   }
 };
 
