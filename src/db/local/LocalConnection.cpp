@@ -5,6 +5,7 @@
 #include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/DecimalAggregates.h"
+#include "db/local/DictionaryViews.h"
 #include "db/local/HierarchicalQueries.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/LocalEngine.h"
@@ -171,6 +172,7 @@ LocalConnection::LocalConnection(Logon logon, sqlite3* db, sqlite3* side)
     rollbackQuietly();
   });
   Catalogue::installViews(m_db, m_logon.user, m_logon.dba, m_watch->sid());
+  DictionaryViews::install(m_db, m_logon.user, m_logon.dba);
 }
 
 LocalConnection::~LocalConnection() {
@@ -191,6 +193,7 @@ void LocalConnection::registerFunctions() {
   DecimalAggregates::registerAll(m_db);
   HierarchicalQueries::registerFunctions(m_db);
   OrderedAggregates::registerFunctions(m_db);
+  DictionaryViews::registerFunctions(m_db, &m_settings);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);
