@@ -9,6 +9,7 @@
 #include <QDateTime>
 #include <QHash>
 
+#include <cctype>
 #include <chrono>
 #include <cmath>
 #include <limits>
@@ -57,6 +58,8 @@ public:
   }
 
   QByteArray utf8(int i) const {
+    if (sqlite3_value_type(m_argv[i]) == SQLITE_INTEGER)
+      return QByteArray::number(sqlite3_value_int64(m_argv[i]));
     if (isNumber(i))
       return OracleNumber::toText(number(i)).toUtf8();
     const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(m_argv[i]));
@@ -81,6 +84,13 @@ public:
     return qint64(std::clamp(std::trunc(v.real), -9.0e18, 9.0e18));
   }
 
+  // Whether a value could be a DATE in its stored form, which starts with the year and a slash.
+  bool mayBeDate(int i) const {
+    if (sqlite3_value_type(m_argv[i]) != SQLITE_TEXT || sqlite3_value_bytes(m_argv[i]) < 5)
+      return false;
+    const auto* s = reinterpret_cast<const char*>(sqlite3_value_text(m_argv[i]));
+    return isdigit(uchar(s[0])) && isdigit(uchar(s[1])) && isdigit(uchar(s[2])) && isdigit(uchar(s[3])) && s[4] == '/';
+  }
   std::optional<DateTime> storedDate(int i) const {
     if (sqlite3_value_type(m_argv[i]) != SQLITE_TEXT)
       return std::nullopt;
@@ -98,10 +108,10 @@ public:
   }
 
   void setNull() { sqlite3_result_null(m_ctx); }
-  void set(const QString& text) {
-    if (text.isEmpty())
+  void set(const QString& text) { setUtf8(text.toUtf8()); }
+  void setUtf8(const QByteArray& utf8) {
+    if (utf8.isEmpty())
       return setNull();
-    const QByteArray utf8 = text.toUtf8();
     sqlite3_result_text(m_ctx, utf8.constData(), int(utf8.size()), SQLITE_TRANSIENT);
   }
   void set(const Value& v) {
@@ -314,14 +324,15 @@ void toChar(Call& c) {
 void concat(Call& c) {
   if (c.count() != 2)
     throw wrongArgumentCount();
-  QString joined;
+  // Joined as UTF-8: a path of SYS_CONNECT_BY_PATH is built of thousands of these.
+  QByteArray joined;
   for (int i = 0; i < 2; ++i) {
     if (c.isNull(i))
       continue;
-    const auto date = c.storedDate(i);
-    joined += date ? c.session().dateText(*date) : c.text(i);
+    const auto date = c.mayBeDate(i) ? c.storedDate(i) : std::nullopt;
+    joined += date ? c.session().dateText(*date).toUtf8() : c.utf8(i);
   }
-  c.set(joined);
+  c.setUtf8(joined);
 }
 
 void toDate(Call& c) {
