@@ -82,8 +82,7 @@ private Q_SLOTS:
              QStringList({"2"}));
     QCOMPARE(rows("select id from pay order by sal, id offset 1 row fetch next 1 row with ties"), QStringList({"3"}));
     QCOMPARE(rows("select id from pay order by id fetch first 34 percent rows only"), QStringList({"1", "2", "3"}));
-    QCOMPARE(rows("select id from pay order by id offset 5 rows fetch first 50 percent rows only"),
-             QStringList({"6"}));
+    QCOMPARE(rows("select id from pay order by id offset 5 rows fetch first 50 percent rows only"), QStringList({"6"}));
   }
 };
 

@@ -37,21 +37,23 @@ void nlsDateFormat(sqlite3_context* ctx, int, sqlite3_value**) {
 void install(sqlite3* db, const QString& user, bool dba) {
   const QString me = quoted(user);
   // The instance is named after its folder, the catalogue's.
-  const QString file = sqliteValue(db, QStringLiteral("SELECT file FROM pragma_database_list WHERE name = 'CAT'"))
-                           .toString();
+  const QString file =
+      sqliteValue(db, QStringLiteral("SELECT file FROM pragma_database_list WHERE name = 'CAT'")).toString();
   const QString name = QFileInfo(file).dir().dirName().toUpper();
-  const qint64 dbid = QCryptographicHash::hash(name.toUtf8(), QCryptographicHash::Sha1).left(4).toHex().toLongLong(
-      nullptr, 16);
-  const QString banner = QStringLiteral("Oracle Database 19c compatible embedded engine Release 19.0.0.0.0 - Production");
+  const qint64 dbid =
+      QCryptographicHash::hash(name.toUtf8(), QCryptographicHash::Sha1).left(4).toHex().toLongLong(nullptr, 16);
+  const QString banner =
+      QStringLiteral("Oracle Database 19c compatible embedded engine Release 19.0.0.0.0 - Production");
   QString sql;
   sql += QStringLiteral("CREATE TEMP VIEW \"USER_TAB_PRIVS\" AS SELECT * FROM (%1) WHERE \"GRANTEE\" = %2 OR "
                         "\"OWNER\" = %2;\n")
              .arg(QLatin1String(Privileges), me);
   // ALL_TAB_PRIVS names the owner TABLE_SCHEMA and shows the grants to PUBLIC as well.
-  sql += QStringLiteral("CREATE TEMP VIEW \"ALL_TAB_PRIVS\" AS SELECT \"GRANTOR\", \"GRANTEE\", \"OWNER\" AS "
-                        "\"TABLE_SCHEMA\", \"TABLE_NAME\", \"PRIVILEGE\", \"GRANTABLE\", \"HIERARCHY\", \"COMMON\", "
-                        "\"TYPE\", \"INHERITED\" FROM (%1) WHERE %3 OR \"GRANTEE\" IN (%2, 'PUBLIC') OR \"OWNER\" = %2;\n")
-             .arg(QLatin1String(Privileges), me, dba ? QStringLiteral("1") : QStringLiteral("0"));
+  sql +=
+      QStringLiteral("CREATE TEMP VIEW \"ALL_TAB_PRIVS\" AS SELECT \"GRANTOR\", \"GRANTEE\", \"OWNER\" AS "
+                     "\"TABLE_SCHEMA\", \"TABLE_NAME\", \"PRIVILEGE\", \"GRANTABLE\", \"HIERARCHY\", \"COMMON\", "
+                     "\"TYPE\", \"INHERITED\" FROM (%1) WHERE %3 OR \"GRANTEE\" IN (%2, 'PUBLIC') OR \"OWNER\" = %2;\n")
+          .arg(QLatin1String(Privileges), me, dba ? QStringLiteral("1") : QStringLiteral("0"));
   sql += QStringLiteral("CREATE TEMP VIEW \"USER_USERS\" AS SELECT \"USERNAME\", \"USER_ID\", \"ACCOUNT_STATUS\", "
                         "\"LOCK_DATE\", \"EXPIRY_DATE\", \"DEFAULT_TABLESPACE\", \"TEMPORARY_TABLESPACE\", \"CREATED\" "
                         "FROM (%1) WHERE \"USERNAME\" = %2;\n")

@@ -69,8 +69,8 @@ void keyOf(const Tokens& t, Range key, const QueryBlock::Block& block, size_t se
 
 QString percent(const Tokens& t, size_t fetch, const QString& count, const Translate& translate) {
   const Query q = queryOf(t, fetch);
-  const QString rows =
-      QStringLiteral("(SELECT count(*) * (%1) / 100.0 AS n FROM (%2))").arg(count, translate(t, q.begin, q.order ? q.order : q.end));
+  const QString rows = QStringLiteral("(SELECT count(*) * (%1) / 100.0 AS n FROM (%2))")
+                           .arg(count, translate(t, q.begin, q.order ? q.order : q.end));
   return QStringLiteral("(SELECT max(0, CAST(n AS INTEGER) + (n > CAST(n AS INTEGER))) FROM %1)").arg(rows);
 }
 
@@ -92,8 +92,9 @@ QString withTies(const Tokens& t, size_t fetch, const QString& offset, const QSt
   for (const char* function : {"RANK", "ROW_NUMBER"}) {
     if (ranks.size() > 1)
       ranks.push_back(token(SqlToken::Kind::Symbol, QStringLiteral(",")));
-    for (const QString& w : {QString::fromLatin1(function), QStringLiteral("("), QStringLiteral(")"),
-                             QStringLiteral("OVER"), QStringLiteral("("), QStringLiteral("ORDER"), QStringLiteral("BY")})
+    for (const QString& w :
+         {QString::fromLatin1(function), QStringLiteral("("), QStringLiteral(")"), QStringLiteral("OVER"),
+          QStringLiteral("("), QStringLiteral("ORDER"), QStringLiteral("BY")})
       ranks.push_back(token(w.front().isLetter() ? SqlToken::Kind::Word : SqlToken::Kind::Symbol, w));
     for (const Range& key : QueryBlock::split(t, q.order + 2, keysEnd)) {
       if (!ranks.back().is(u"BY"))

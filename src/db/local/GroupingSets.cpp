@@ -168,10 +168,11 @@ private:
     for (size_t n = 0; n < wholes.size(); ++n) {
       const Range bare = b.items[n];
       const bool star = m_t[bare.end - 1].is(u"*");
-      const QString label = bare.end != wholes[n].end                    ? m_t[wholes[n].end - 1].name()
-                            : star                                       ? QString()
-                            : QueryBlock::isColumn(m_t, bare.begin, bare.end) ? m_t[bare.end - 1].name()
-                                                                         : SqlTranslator::labelOf(m_t, bare.begin, bare.end);
+      const QString label = bare.end != wholes[n].end ? m_t[wholes[n].end - 1].name()
+                            : star                    ? QString()
+                            : QueryBlock::isColumn(m_t, bare.begin, bare.end)
+                                ? m_t[bare.end - 1].name()
+                                : SqlTranslator::labelOf(m_t, bare.begin, bare.end);
       items.push_back({wholes[n], bare, label});
     }
     const std::vector<Set> sets = groupingSets(m_t, b.group, b.groupEnd);
@@ -245,8 +246,7 @@ private:
       const bool name = !(k > r.begin && m_t[k - 1].is(u"."));
       const Range* left = nullptr;
       for (const Range& e : all)
-        if (name && !inSet(m_t, e, set) && k + (e.end - e.begin) <= r.end &&
-            same(m_t, {k, k + (e.end - e.begin)}, e)) {
+        if (name && !inSet(m_t, e, set) && k + (e.end - e.begin) <= r.end && same(m_t, {k, k + (e.end - e.begin)}, e)) {
           const size_t after = k + (e.end - e.begin);
           if (after < r.end && (m_t[after].is(u".") || m_t[after].is(u"(")))
             continue;

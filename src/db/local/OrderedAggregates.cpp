@@ -228,9 +228,10 @@ void keepValue(sqlite3_context* ctx) {
   try {
     OracleNumber::Value sum = OracleNumber::Value::of(qint64(0));
     for (sqlite3_value* v : values)
-      sum = OracleNumber::add(sum, sqlite3_value_type(v) == SQLITE_INTEGER ? OracleNumber::Value::of(qint64(sqlite3_value_int64(v)))
-                                   : sqlite3_value_type(v) == SQLITE_FLOAT ? OracleNumber::Value::of(sqlite3_value_double(v))
-                                                                           : OracleNumber::fromText(textOf(v)));
+      sum = OracleNumber::add(
+          sum, sqlite3_value_type(v) == SQLITE_INTEGER ? OracleNumber::Value::of(qint64(sqlite3_value_int64(v)))
+               : sqlite3_value_type(v) == SQLITE_FLOAT ? OracleNumber::Value::of(sqlite3_value_double(v))
+                                                       : OracleNumber::fromText(textOf(v)));
     result(ctx, function == u"AVG" ? OracleNumber::divide(sum, OracleNumber::Value::of(qint64(values.size()))) : sum);
   } catch (const OraError& e) {
     sqlite3_result_error(ctx, e.what(), -1);
@@ -262,9 +263,9 @@ std::optional<QString> translateCall(const Tokens& t, size_t& i, size_t end, con
       throw OraError(909, QStringLiteral("invalid number of arguments"));
     const QString separator = args.size() == 2 ? translate(args[1].begin, args[1].end) : QStringLiteral("NULL");
     // Without WITHIN GROUP the values come in the order the rows do.
-    const QString keys = after == close
-                             ? QString()
-                             : QStringLiteral(", ") + orderingArguments(t, orderBy(t, close + 3, after - 1), after - 1, translate);
+    const QString keys = after == close ? QString()
+                                        : QStringLiteral(", ") + orderingArguments(t, orderBy(t, close + 3, after - 1),
+                                                                                   after - 1, translate);
     call = QStringLiteral("dbsweep_listagg(%1, %2, %3%4)")
                .arg(distinct ? 1 : 0)
                .arg(translate(args[0].begin, args[0].end), separator, keys);

@@ -617,8 +617,7 @@ std::optional<QString> SqlTranslator::quantified(const std::vector<SqlToken>& t,
   if (close == NoEnd)
     throw OraError(907, QStringLiteral("missing right parenthesis"));
   if (QueryBlock::isSubquery(t, op + 2, close)) {
-    const QString sql =
-        QuantifiedComparisons::subquery(t, op, translate(t, i, op), translate(t, op + 3, close - 1));
+    const QString sql = QuantifiedComparisons::subquery(t, op, translate(t, i, op), translate(t, op + 3, close - 1));
     i = close;
     return sql;
   }
@@ -913,8 +912,8 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
     }
     if (QueryBlock::isAggregate(tok)) {
       size_t at = i - 1;
-      if (const auto call = OrderedAggregates::translateCall(t, at, end,
-                                                             [&](size_t b, size_t e) { return translate(t, b, e); })) {
+      if (const auto call =
+              OrderedAggregates::translateCall(t, at, end, [&](size_t b, size_t e) { return translate(t, b, e); })) {
         i = at;
         return *call;
       }
