@@ -10,6 +10,8 @@
 #include <QList>
 #include <QString>
 
+#include <cctype>
+#include <optional>
 #include <span>
 
 #include <sqlite3.h>
@@ -51,6 +53,8 @@ public:
   }
 
   QByteArray utf8(int i) const {
+    if (sqlite3_value_type(m_argv[i]) == SQLITE_INTEGER)
+      return QByteArray::number(sqlite3_value_int64(m_argv[i]));
     if (isNumber(i))
       return OracleNumber::toText(number(i)).toUtf8();
     const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(m_argv[i]));
@@ -69,6 +73,14 @@ public:
     return qint64(std::clamp(std::trunc(v.real), -9.0e18, 9.0e18));
   }
 
+  // Whether a value could be a DATE in its stored form, which starts with the year and a slash:
+  // a cheap test before the full parse, for functions called once per row of a big walk.
+  bool mayBeDate(int i) const {
+    if (sqlite3_value_type(m_argv[i]) != SQLITE_TEXT || sqlite3_value_bytes(m_argv[i]) < 5)
+      return false;
+    const auto* s = reinterpret_cast<const char*>(sqlite3_value_text(m_argv[i]));
+    return isdigit(uchar(s[0])) && isdigit(uchar(s[1])) && isdigit(uchar(s[2])) && isdigit(uchar(s[3])) && s[4] == '/';
+  }
   std::optional<DateTime> storedDate(int i) const {
     if (sqlite3_value_type(m_argv[i]) != SQLITE_TEXT)
       return std::nullopt;
@@ -102,10 +114,10 @@ public:
   }
 
   void setNull() { sqlite3_result_null(m_ctx); }
-  void set(const QString& text) {
-    if (text.isEmpty())
+  void set(const QString& text) { setUtf8(text.toUtf8()); }
+  void setUtf8(const QByteArray& utf8) {
+    if (utf8.isEmpty())
       return setNull();
-    const QByteArray utf8 = text.toUtf8();
     sqlite3_result_text(m_ctx, utf8.constData(), int(utf8.size()), SQLITE_TRANSIENT);
   }
   void set(const Value& v) { SqliteNumber::result(m_ctx, v, session().wideNumbers); }

@@ -33,7 +33,7 @@ bool hasAggregate(const Tokens& t, size_t begin, size_t end) {
     if (isSubquery(t, k, end))
       k = closing(t, k, end) - 1;
     else if (isAggregate(t[k]) && k + 1 < end && t[k + 1].is(u"(")) {
-      const size_t after = closing(t, k + 1, end);
+      const size_t after = QueryBlock::afterOrdering(t, closing(t, k + 1, end), end);
       if (after >= end || !t[after].is(u"OVER"))
         return true;
     }
@@ -61,7 +61,7 @@ bool hasStrayColumn(const Tokens& t, Range item, const std::vector<Range>& group
     if (a.is(u"OVER"))
       return false; // analytic functions order their own rows
     if (isAggregate(a) && k + 1 < item.end && t[k + 1].is(u"(")) {
-      k = closing(t, k + 1, item.end);
+      k = QueryBlock::afterOrdering(t, closing(t, k + 1, item.end), item.end);
       continue;
     }
     const bool typedLiteral = k + 1 < item.end && t[k + 1].kind == SqlToken::Kind::String;

@@ -7,9 +7,13 @@
 #include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/DecimalAggregates.h"
+#include "db/local/DictionaryViews.h"
 #include "db/local/HierarchicalQueries.h"
 #include "db/local/LocalDynaset.h"
+#include "db/local/LocalEngine.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/OrderedAggregates.h"
+#include "db/local/RowLocks.h"
 #include "db/local/SessionContext.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
@@ -171,6 +175,7 @@ LocalConnection::LocalConnection(Logon logon, sqlite3* db, sqlite3* side)
     rollbackQuietly();
   });
   Catalogue::installViews(m_db, m_logon.user, m_logon.dba, m_watch->sid());
+  DictionaryViews::install(m_db, m_logon.user, m_logon.dba);
 }
 
 LocalConnection::~LocalConnection() {
@@ -191,6 +196,8 @@ void LocalConnection::registerFunctions() {
   DecimalAggregates::registerAll(m_db, &m_settings);
   HierarchicalQueries::registerFunctions(m_db);
   SessionContext::registerAll(m_db, this);
+  OrderedAggregates::registerFunctions(m_db);
+  DictionaryViews::registerFunctions(m_db, &m_settings);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);
@@ -403,17 +410,54 @@ QString LocalConnection::clientVersion() {
 std::unique_ptr<OraDynaset> LocalConnection::query(const QString& sql, int options) {
   std::lock_guard lock(m_mutex);
   startCall();
-  const auto tokens = tokenizeSql(sql);
+  auto tokens = tokenizeSql(sql);
   if (kindOf(tokens) != Kind::Query)
     throw OraError(tokens.front().kind == SqlToken::Kind::End ? 900 : 24333,
                    tokens.front().kind == SqlToken::Kind::End ? TokenCursor::textOf(900)
                                                               : QStringLiteral("zero iteration count"));
+  if (const auto locking = RowLocks::read(tokens)) {
+    tokens.erase(tokens.begin() + qsizetype(locking->at), tokens.end() - 1);
+    lockForUpdate(tokens, locking->waitMs);
+  }
   for (const SqlToken& t : tokens)
     if (t.is(u"V$SESSION") || t.is(u"GV$SESSION")) {
       SessionWatch::removeDeadSessions(m_side);
       break;
     }
   return LocalDynaset::open(shared_from_this(), tokens, options);
+}
+
+// The write lock of every schema the query reads: held by the pending transaction until it ends;
+// outside one, only tried, as the query's own transaction would end with it.
+void LocalConnection::lockForUpdate(const std::vector<SqlToken>& t, int waitMs) {
+  QStringList schemas{QStringLiteral("main")};
+  for (size_t k = 0; k + 2 < t.size(); ++k)
+    if (t[k].isName() && t[k + 1].is(u".") && t[k + 2].isName()) {
+      const QString schema = schemaOf(t[k].name());
+      if (!schema.isEmpty() && !schemas.contains(schema))
+        schemas << schema;
+    }
+  sqlite3_busy_timeout(m_db, waitMs < 0 ? LocalEngine::BusyWaitMs : waitMs);
+  const auto restore = qScopeGuard([this] { sqlite3_busy_timeout(m_db, LocalEngine::BusyWaitMs); });
+  const bool began = beginPending();
+  const bool holding = m_inTransaction;
+  try {
+    if (!holding)
+      sqliteExec(m_db, QStringLiteral("BEGIN"));
+    for (const QString& schema : schemas) {
+      const QString name = schema == u"main" ? schema : SqlTranslator::quoteName(schema);
+      const QVariant version = sqliteValue(m_db, QStringLiteral("PRAGMA %1.user_version").arg(name));
+      sqliteExec(m_db, QStringLiteral("PRAGMA %1.user_version = %2").arg(name).arg(version.toLongLong()));
+    }
+    if (!holding)
+      sqliteExec(m_db, QStringLiteral("ROLLBACK"));
+  } catch (const SqliteFailure& f) {
+    if (began)
+      abandonPending();
+    else if (!holding)
+      sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    throw oracleError(f);
+  }
 }
 
 qint64 LocalConnection::execute(const QString& sql) {

@@ -102,6 +102,8 @@ private:
   qint64 savepoint(const std::vector<SqlToken>& tokens);
   void registerFunctions();
   qint64 alterSession(const std::vector<SqlToken>& tokens);
+  // SELECT ... FOR UPDATE: the locks of query t, waiting waitMs for them (-1: the usual wait).
+  void lockForUpdate(const std::vector<SqlToken>& t, int waitMs);
 
   Logon m_logon;
   sqlite3* m_db;

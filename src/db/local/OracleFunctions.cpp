@@ -204,14 +204,15 @@ void toChar(Call& c) {
 void concat(Call& c) {
   if (c.count() != 2)
     throw wrongArgumentCount();
-  QString joined;
+  // Joined as UTF-8: a path of SYS_CONNECT_BY_PATH is built of thousands of these.
+  QByteArray joined;
   for (int i = 0; i < 2; ++i) {
     if (c.isNull(i))
       continue;
-    const auto date = c.storedDate(i);
-    joined += date ? c.session().dateText(*date) : c.text(i);
+    const auto date = c.mayBeDate(i) ? c.storedDate(i) : std::nullopt;
+    joined += date ? c.session().dateText(*date).toUtf8() : c.utf8(i);
   }
-  c.set(joined);
+  c.setUtf8(joined);
 }
 
 void toDate(Call& c) {

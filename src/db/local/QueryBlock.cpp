@@ -93,6 +93,14 @@ std::vector<Range> split(const Tokens& t, size_t begin, size_t end) {
   return parts;
 }
 
+size_t afterOrdering(const Tokens& t, size_t k, size_t end) {
+  if (k + 1 < end && t[k].is(u"KEEP") && t[k + 1].is(u"("))
+    return closing(t, k + 1, end);
+  if (k + 2 < end && t[k].is(u"WITHIN") && t[k + 1].is(u"GROUP") && t[k + 2].is(u"("))
+    return closing(t, k + 2, end);
+  return k;
+}
+
 bool isAggregate(const SqlToken& t) {
   static const QSet<QString> names = {
       QStringLiteral("COUNT"),   QStringLiteral("SUM"),      QStringLiteral("AVG"),        QStringLiteral("MIN"),

@@ -2,9 +2,14 @@
 
 #include "db/OraError.h"
 #include "db/local/CompoundCheck.h"
+#include "db/local/FetchLimits.h"
 #include "db/local/GroupingCheck.h"
+#include "db/local/GroupingSets.h"
 #include "db/local/HierarchicalQueries.h"
+#include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
+#include "db/local/OrderedAggregates.h"
+#include "db/local/QuantifiedComparisons.h"
 #include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
 #include "db/local/SyntaxCheck.h"
@@ -128,6 +133,8 @@ size_t afterPrimary(const std::vector<SqlToken>& t, size_t i, size_t end) {
     return k + 1;
   if (k < end && t[k].is(u"(")) {
     k = afterGroup(t, k, end);
+    if (k != NoEnd)
+      k = QueryBlock::afterOrdering(t, k, end);
     // An analytic call: f(...) OVER (...)
     if (k != NoEnd && k + 1 < end && t[k].is(u"OVER") && t[k + 1].is(u"("))
       k = afterGroup(t, k + 1, end);
@@ -373,6 +380,10 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     inner.m_rewritten = true;
     return inner.translate(tree, 0, tree.size());
   }
+  if (GroupingSets::contains(t, begin, end)) {
+    const auto sets = GroupingSets::rewrite(t, begin, end);
+    return translate(sets, 0, sets.size());
+  }
   if (OuterJoins::contains(t, begin, end)) {
     const auto ansi = OuterJoins::rewrite(t, begin, end, m_context.hasColumn);
     return translate(ansi, 0, ansi.size());
@@ -416,6 +427,10 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     }
     if (const auto listed = literalOperands(t, i, begin, end)) {
       out << *listed;
+      continue;
+    }
+    if (const auto compared = quantified(t, i, begin, end)) {
+      out << *compared;
       continue;
     }
     if (const auto compared = comparison(t, i, begin, end)) {
@@ -543,7 +558,7 @@ QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t
 
 // The row limiting clause, [OFFSET n ROWS] [FETCH FIRST|NEXT n ROWS ONLY], is SQLite's LIMIT and
 // OFFSET; a negative offset counts as none, and FETCH without a count fetches one row. PERCENT and
-// WITH TIES, which choose rows by the ordering's values, are refused.
+// WITH TIES count the rows by a query of their own.
 QString SqlTranslator::rowLimits(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
   const auto countTo = [&](size_t from) {
     size_t k = from;
@@ -563,14 +578,27 @@ QString SqlTranslator::rowLimits(const std::vector<SqlToken>& t, size_t& i, size
   if (i < end && t[i].is(u"FETCH")) {
     if (i + 1 >= end || !(t[i + 1].is(u"FIRST") || t[i + 1].is(u"NEXT")))
       throw OraError(933, QStringLiteral("SQL command not properly ended"));
-    const size_t k = countTo(i + 2);
+    const size_t fetch = i;
+    size_t k = countTo(i + 2);
+    // A fraction is cut off; a count of NULL fetches nothing.
     limit = k == i + 2 ? QStringLiteral("1")
                        : QStringLiteral("coalesce(dbsweep_row_count(%1), 0)").arg(translate(t, i + 2, k));
-    if (t[k].is(u"PERCENT") || (k + 1 < end && t[k + 1].is(u"WITH")))
-      throw OraError(3001, QStringLiteral("unimplemented feature"));
-    if (k + 1 >= end || !t[k + 1].is(u"ONLY"))
+    const bool percent = t[k].is(u"PERCENT");
+    if (percent && (++k >= end || !(t[k].is(u"ROW") || t[k].is(u"ROWS"))))
       throw OraError(933, QStringLiteral("SQL command not properly ended"));
-    i = k + 2;
+    const bool ties = k + 2 < end && t[k + 1].is(u"WITH") && t[k + 2].is(u"TIES");
+    if (!ties && (k + 1 >= end || !t[k + 1].is(u"ONLY")))
+      throw OraError(933, QStringLiteral("SQL command not properly ended"));
+    const auto translateFn = [this](const std::vector<SqlToken>& tokens, size_t b, size_t e) {
+      return translate(tokens, b, e);
+    };
+    if (percent && ties)
+      throw OraError(3001, QStringLiteral("unimplemented feature"));
+    if (percent)
+      limit = FetchLimits::percent(t, fetch, translate(t, fetch + 2, k - 1), translateFn);
+    else if (ties)
+      limit = FetchLimits::withTies(t, fetch, offset, limit, translateFn);
+    i = k + (ties ? 3 : 2);
   }
   return QStringLiteral("LIMIT %1 OFFSET %2").arg(limit, offset);
 }
@@ -642,6 +670,33 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   size_t o = op;
   i = after;
   return (literalLeft ? literal : other) + u' ' + token(t, o, end) + u' ' + (literalLeft ? other : literal);
+}
+
+// "x op ANY|SOME|ALL (...)".
+std::optional<QString> SqlTranslator::quantified(const std::vector<SqlToken>& t, size_t& i, size_t begin,
+                                                 size_t end) const {
+  if (i > begin && endsOperand(t[i - 1]))
+    return std::nullopt;
+  const size_t op = afterSum(t, i, end);
+  if (op == NoEnd || op + 2 >= end || !isComparison(t[op]) || !QuantifiedComparisons::isQuantifier(t[op + 1]) ||
+      !t[op + 2].is(u"("))
+    return std::nullopt;
+  const size_t close = afterGroup(t, op + 2, end);
+  if (close == NoEnd)
+    throw OraError(907, QStringLiteral("missing right parenthesis"));
+  if (QueryBlock::isSubquery(t, op + 2, close)) {
+    const QString sql = QuantifiedComparisons::subquery(t, op, translate(t, i, op), translate(t, op + 3, close - 1));
+    i = close;
+    return sql;
+  }
+  // The comparisons of a list stand where it stood, so that each finds its column's type.
+  const auto terms = QuantifiedComparisons::expandList(t, {i, op}, op, op + 2, close);
+  std::vector<SqlToken> spliced(t.begin(), t.begin() + qsizetype(i));
+  spliced.insert(spliced.end(), terms.begin(), terms.end());
+  spliced.insert(spliced.end(), t.begin() + qsizetype(close), t.end());
+  const QString sql = translate(spliced, i, i + terms.size());
+  i = close;
+  return sql;
 }
 
 // "column [NOT] IN (literals)" and "column [NOT] BETWEEN literal AND literal": the literals
@@ -966,6 +1021,14 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       ratio.push_back(SqlToken{});
       i = windowEnd;
       return u'(' + translate(ratio) + u')';
+    }
+    if (QueryBlock::isAggregate(tok)) {
+      size_t at = i - 1;
+      if (const auto call =
+              OrderedAggregates::translateCall(t, at, end, [&](size_t b, size_t e) { return translate(t, b, e); })) {
+        i = at;
+        return *call;
+      }
     }
     if (next(0).is(u"(") && !keywords().contains(upper))
       return functionName(upper);
