@@ -9,6 +9,7 @@
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
 #include "db/local/OrderedAggregates.h"
+#include "db/local/Pivots.h"
 #include "db/local/QuantifiedComparisons.h"
 #include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
@@ -352,6 +353,14 @@ QString SqlTranslator::labelOf(const std::vector<SqlToken>& t, size_t begin, siz
   return label;
 }
 
+std::optional<QStringList> SqlTranslator::columnsOf(const std::vector<SqlToken>& item) const {
+  if (!m_context.columnNames)
+    return std::nullopt;
+  SqlTranslator inner(*this);
+  inner.m_probing = true;
+  return m_context.columnNames(QStringLiteral("SELECT * FROM %1 WHERE 0").arg(inner.translate(item)));
+}
+
 QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
   if (begin == 0 && !m_probing && !m_rownumDone && !m_rewritten) {
     SyntaxCheck::check(t);
@@ -366,11 +375,11 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
             return std::optional<QStringList>();
           std::vector<SqlToken> probe = item;
           probe.push_back(SqlToken{});
+          if (!rowid)
+            return columnsOf(probe);
           SqlTranslator inner(*this);
           inner.m_probing = true;
           const QString from = inner.translate(probe);
-          if (!rowid)
-            return m_context.columnNames(QStringLiteral("SELECT * FROM %1 WHERE 0").arg(from));
           // A view answers for a rowid too, with NULLs; only a table's is an INTEGER.
           if (m_context.declaredType(QStringLiteral("SELECT rowid FROM %1 WHERE 0").arg(from)) != u"INTEGER")
             return std::optional<QStringList>();
@@ -379,6 +388,12 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     SqlTranslator inner(*this);
     inner.m_rewritten = true;
     return inner.translate(tree, 0, tree.size());
+  }
+  if (Pivots::contains(t, begin, end)) {
+    const auto rotated = Pivots::rewrite(t, begin, end, [this](const std::vector<SqlToken>& item) { return columnsOf(item); });
+    SqlTranslator inner(*this);
+    inner.m_rewritten = true;
+    return inner.translate(rotated, 0, rotated.size());
   }
   if (GroupingSets::contains(t, begin, end)) {
     const auto sets = GroupingSets::rewrite(t, begin, end);
