@@ -302,6 +302,25 @@ std::pair<size_t, size_t> sequenceScope(const std::vector<SqlToken>& t, size_t a
   return {start, block.from ? block.from : block.end};
 }
 
+// Oracle takes a row's number for every NEXTVAL of the statement, even one in a branch the row
+// does not take; SQLite evaluates only the branch taken, so a NEXTVAL in CASE or a function that
+// picks one of its arguments is refused rather than numbered wrongly.
+void checkUnconditional(const std::vector<SqlToken>& t, size_t scopeBegin, size_t at) {
+  static const QSet<QString> choosers = {QStringLiteral("DECODE"), QStringLiteral("NVL"), QStringLiteral("NVL2"),
+                                         QStringLiteral("COALESCE"), QStringLiteral("NULLIF")};
+  std::vector<bool> conditional; // one for each open CASE or parenthesis
+  for (size_t k = scopeBegin; k < at; ++k) {
+    if (t[k].is(u"CASE"))
+      conditional.push_back(true);
+    else if (t[k].is(u"("))
+      conditional.push_back(k > 0 && t[k - 1].kind == SqlToken::Kind::Word && choosers.contains(t[k - 1].upper()));
+    else if ((t[k].is(u"END") || t[k].is(u")")) && !conditional.empty())
+      conditional.pop_back();
+  }
+  if (std::find(conditional.begin(), conditional.end(), true) != conditional.end())
+    throw OraError(3001, QStringLiteral("unimplemented feature"));
+}
+
 } // namespace
 
 // The FROM items [first, second) of the query block, UPDATE or DELETE that token at belongs to.
@@ -966,6 +985,8 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
     i += k;
     // Oracle gives every NEXTVAL of a sequence in one row of a statement the same number.
     const auto [scopeBegin, scopeEnd] = sequenceScope(t, i);
+    if (nextval)
+      checkUnconditional(t, scopeBegin, i);
     qint64 references = 0;
     for (size_t r = qMax<size_t>(scopeBegin, 2); nextval && r < scopeEnd; ++r)
       references += t[r].is(u"NEXTVAL") && t[r - 1].is(u".") && t[r - 2].isName() && t[r - 2].name() == seq;
