@@ -75,7 +75,17 @@ private Q_SLOTS:
     QCOMPARE(errorOf([&] { m_sales->ExecuteSQL("grant select on prices to nobody"); }), 1917);
     QCOMPARE(errorOf([&] { m_sales->ExecuteSQL("grant execute on prices to clerk"); }), 3001);
     m_sales->ExecuteSQL("create sequence tickets");
-    QCOMPARE(errorOf([&] { m_sales->ExecuteSQL("grant select on tickets to clerk"); }), 3001);
+    // Another schema's sequence does not exist for a user until SELECT on it is granted.
+    QString text;
+    QCOMPARE(clerkReads("select sales.tickets.nextval from dual", &text), 2289);
+    QCOMPARE(text, QString("ORA-02289: sequence does not exist"));
+    QCOMPARE(clerkRuns("grant select on sales.tickets to clerk"), 1031);
+    QCOMPARE(errorOf([&] { m_sales->ExecuteSQL("grant alter on tickets to clerk"); }), 3001);
+    m_sales->ExecuteSQL("grant select on tickets to clerk");
+    QCOMPARE(rowsOf(*m_clerk, "select sales.tickets.nextval from dual"), QStringList({"1"}));
+    QCOMPARE(rowsOf(*m_sales, "select tickets.nextval from dual"), QStringList({"2"}));
+    m_sales->ExecuteSQL("revoke select on tickets from clerk");
+    QCOMPARE(clerkReads("select sales.tickets.nextval from dual"), 2289);
     auto system = m_fx->open("system", "manager");
     QCOMPARE(rowsOf(*system, "select count(*) from sales.hidden"), QStringList({"0"}));
     system->ExecuteSQL("grant select on sales.hidden to clerk");

@@ -31,6 +31,11 @@ private Q_SLOTS:
     m_db->ExecuteSQL("update pairs set a = ids.nextval, b = ids.nextval where a = 30");
     QCOMPARE(rows("select a - b from pairs where a = 50"), QStringList({"0"}));
     QCOMPARE(rows("select ids.currval from dual"), QStringList({"50"}));
+    // Oracle numbers a row for a NEXTVAL in a branch the row does not take; the engine, which
+    // evaluates only the branch taken, refuses it and takes no number.
+    QCOMPARE(errorOf([&] { rows("select case when n = 2 then ids.nextval else 0 end from three"); }), 3001);
+    QCOMPARE(errorOf([&] { rows("select nvl(n, ids.nextval) from three"); }), 3001);
+    QCOMPARE(rows("select ids.currval, nvl(n, 0) from three where n = 1"), QStringList({"50|1"}));
   }
 
   void sequencesOnlyWhereOracleTakesThem() {
@@ -53,6 +58,22 @@ private Q_SLOTS:
                             "user_sequences where sequence_name = ";
     QCOMPARE(rows(columns + "'CACHED'"), QStringList({"1|1|N|N|20|1"}));
     QCOMPARE(rows(columns + "'FIVES'"), QStringList({"1|5|N|Y|0|5"}));
+    // Unbounded sequences show Oracle's bounds digit for digit; the 19c flags are all N.
+    m_db->ExecuteSQL("create sequence downs increment by -1");
+    QCOMPARE(rows("select sequence_name, min_value, max_value from user_sequences where sequence_name in "
+                  "('CACHED', 'DOWNS') order by 1"),
+             QStringList({"CACHED|1|9999999999999999999999999999", "DOWNS|-999999999999999999999999999|-1"}));
+    QCOMPARE(rows("select count(*) from user_sequences where max_value > 1e27"), QStringList({"3"}));
+    auto d = m_db->CreateDynaset("select * from all_sequences where sequence_name = 'FIVES'", 4);
+    QStringList names;
+    for (int c = 0; c < d->FieldCount(); ++c)
+      names << d->FieldName(c);
+    QCOMPARE(names, QStringList({"SEQUENCE_OWNER", "SEQUENCE_NAME", "MIN_VALUE", "MAX_VALUE", "INCREMENT_BY",
+                                 "CYCLE_FLAG", "ORDER_FLAG", "CACHE_SIZE", "LAST_NUMBER", "SCALE_FLAG", "EXTEND_FLAG",
+                                 "SHARDED_FLAG", "SESSION_FLAG", "KEEP_VALUE"}));
+    QCOMPARE(rows("select scale_flag || extend_flag || sharded_flag || session_flag || keep_value from "
+                  "user_sequences where sequence_name = 'FIVES'"),
+             QStringList({"NNNNN"}));
     // A cache of twenty is written down whole when its first number is taken.
     rows("select cached.nextval from dual");
     QCOMPARE(rows("select last_number from user_sequences where sequence_name = 'CACHED'"), QStringList({"21"}));

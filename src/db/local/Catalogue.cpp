@@ -140,15 +140,19 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
        "table_name AS TABLE_NAME, column_name AS COLUMN_NAME, column_position AS COLUMN_POSITION, "
        "column_length AS COLUMN_LENGTH, descend AS DESCEND FROM CAT.ind_columns",
        "INDEX_OWNER", "TABLE_OWNER", "TABLE_NAME"},
+      // An unbounded sequence is kept to the widest bound the engine counts to, and shown with
+      // Oracle's own: 10^28 - 1 up, -(10^27 - 1) down.
       {"ALL_SEQUENCES",
-       "SELECT owner AS SEQUENCE_OWNER, sequence_name AS SEQUENCE_NAME, min_value AS MIN_VALUE, max_value AS "
-       "MAX_VALUE, "
+       "SELECT owner AS SEQUENCE_OWNER, sequence_name AS SEQUENCE_NAME, CASE WHEN min_value = -999999999999999999 "
+       "THEN TO_NUMBER('-999999999999999999999999999') ELSE min_value END AS MIN_VALUE, CASE WHEN max_value = "
+       "999999999999999999 THEN TO_NUMBER('9999999999999999999999999999') ELSE max_value END AS MAX_VALUE, "
        "increment_by AS INCREMENT_BY, cycle_flag AS CYCLE_FLAG, order_flag AS ORDER_FLAG, cache_size AS CACHE_SIZE, "
        // Oracle writes down a cached sequence's numbers a cache at a time: the number after the
        // last of the cache in use, until the first is taken.
        "CASE WHEN cache_size > 0 AND start_with IS NOT NULL THEN start_with + increment_by * cache_size * "
        "(((last_number - start_with) / increment_by + cache_size - 1) / cache_size) ELSE last_number END "
-       "AS LAST_NUMBER FROM CAT.sequences",
+       "AS LAST_NUMBER, 'N' AS SCALE_FLAG, 'N' AS EXTEND_FLAG, 'N' AS SHARDED_FLAG, 'N' AS SESSION_FLAG, "
+       "'N' AS KEEP_VALUE FROM CAT.sequences",
        "SEQUENCE_OWNER", "SEQUENCE_OWNER", nullptr},
       // Indexes, in a namespace of their own, are numbered apart from the other objects.
       {"ALL_OBJECTS",

@@ -505,8 +505,9 @@ void DdlRunner::requireUser(const QString& name) const {
     throw OraError(1917, QStringLiteral("user or role '%1' does not exist").arg(name));
 }
 
-// SELECT, INSERT, UPDATE and DELETE (ALL: the four) on a table or view, granted by its owner or
-// a DBA to users or PUBLIC. The privileges the engine has no use for are refused, not ignored.
+// SELECT, INSERT, UPDATE and DELETE (ALL: the four) on a table or view, SELECT on a sequence,
+// granted by its owner or a DBA to users or PUBLIC. The privileges the engine has no use for are
+// refused, not ignored.
 void DdlRunner::grantObject(bool revoke, QStringList privileges, const QString& owner, const QString& object,
                             const QStringList& grantees) {
   static const QStringList known = {QStringLiteral("SELECT"), QStringLiteral("INSERT"), QStringLiteral("UPDATE"),
@@ -514,12 +515,13 @@ void DdlRunner::grantObject(bool revoke, QStringList privileges, const QString& 
   if (privileges == QStringList{QStringLiteral("ALL")} ||
       privileges == QStringList{QStringLiteral("ALL"), QStringLiteral("PRIVILEGES")})
     privileges = known;
-  for (const QString& p : privileges)
-    if (!known.contains(p))
-      throw OraError(3001, QStringLiteral("unimplemented feature"));
   const auto type = objectType(owner, object);
-  if (type && type != QStringLiteral("TABLE") && type != QStringLiteral("VIEW"))
-    throw OraError(3001, QStringLiteral("unimplemented feature")); // a sequence's privileges
+  const bool sequence = type == QStringLiteral("SEQUENCE");
+  for (const QString& p : privileges)
+    if (!known.contains(p) || (sequence && p != u"SELECT"))
+      throw OraError(3001, QStringLiteral("unimplemented feature"));
+  if (type && type != QStringLiteral("TABLE") && type != QStringLiteral("VIEW") && !sequence)
+    throw OraError(3001, QStringLiteral("unimplemented feature"));
   if (!type)
     throw OraError(942, QStringLiteral("table or view does not exist"));
   if (owner != m_c.user())

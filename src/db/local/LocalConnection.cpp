@@ -96,7 +96,15 @@ qint64 takeNext(LocalConnection* c, const QString& owner, const QString& name) {
     SqliteStmt s(side, QStringLiteral("SELECT last_number, increment_by, min_value, max_value, cycle_flag FROM "
                                       "CAT.sequences WHERE owner = ?1 AND sequence_name = ?2"));
     s.bindAll({owner, name});
-    if (!s.step())
+    // Another schema's sequence is there only for those granted SELECT on it.
+    const bool granted =
+        owner == c->user() || c->isDba() ||
+        sqliteValue(side,
+                    QStringLiteral("SELECT 1 FROM CAT.tab_privs WHERE grantee IN (?1, 'PUBLIC') AND owner = ?2 AND "
+                                   "table_name = ?3 AND privilege = 'SELECT'"),
+                    {c->user(), owner, name})
+            .isValid();
+    if (!granted || !s.step())
       throw OraError(2289, QStringLiteral("sequence does not exist"));
     const qint64 value = s.column(0).toLongLong();
     const qint64 step = s.column(1).toLongLong();

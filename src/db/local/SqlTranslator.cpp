@@ -9,6 +9,7 @@
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
 #include "db/local/OrderedAggregates.h"
+#include "db/local/Pivots.h"
 #include "db/local/QuantifiedComparisons.h"
 #include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
@@ -301,6 +302,25 @@ std::pair<size_t, size_t> sequenceScope(const std::vector<SqlToken>& t, size_t a
   return {start, block.from ? block.from : block.end};
 }
 
+// Oracle takes a row's number for every NEXTVAL of the statement, even one in a branch the row
+// does not take; SQLite evaluates only the branch taken, so a NEXTVAL in CASE or a function that
+// picks one of its arguments is refused rather than numbered wrongly.
+void checkUnconditional(const std::vector<SqlToken>& t, size_t scopeBegin, size_t at) {
+  static const QSet<QString> choosers = {QStringLiteral("DECODE"), QStringLiteral("NVL"), QStringLiteral("NVL2"),
+                                         QStringLiteral("COALESCE"), QStringLiteral("NULLIF")};
+  std::vector<bool> conditional; // one for each open CASE or parenthesis
+  for (size_t k = scopeBegin; k < at; ++k) {
+    if (t[k].is(u"CASE"))
+      conditional.push_back(true);
+    else if (t[k].is(u"("))
+      conditional.push_back(k > 0 && t[k - 1].kind == SqlToken::Kind::Word && choosers.contains(t[k - 1].upper()));
+    else if ((t[k].is(u"END") || t[k].is(u")")) && !conditional.empty())
+      conditional.pop_back();
+  }
+  if (std::find(conditional.begin(), conditional.end(), true) != conditional.end())
+    throw OraError(3001, QStringLiteral("unimplemented feature"));
+}
+
 } // namespace
 
 // The FROM items [first, second) of the query block, UPDATE or DELETE that token at belongs to.
@@ -352,6 +372,14 @@ QString SqlTranslator::labelOf(const std::vector<SqlToken>& t, size_t begin, siz
   return label;
 }
 
+std::optional<QStringList> SqlTranslator::columnsOf(const std::vector<SqlToken>& item) const {
+  if (!m_context.columnNames)
+    return std::nullopt;
+  SqlTranslator inner(*this);
+  inner.m_probing = true;
+  return m_context.columnNames(QStringLiteral("SELECT * FROM %1 WHERE 0").arg(inner.translate(item)));
+}
+
 QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
   if (begin == 0 && !m_probing && !m_rownumDone && !m_rewritten) {
     SyntaxCheck::check(t);
@@ -366,11 +394,11 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
             return std::optional<QStringList>();
           std::vector<SqlToken> probe = item;
           probe.push_back(SqlToken{});
+          if (!rowid)
+            return columnsOf(probe);
           SqlTranslator inner(*this);
           inner.m_probing = true;
           const QString from = inner.translate(probe);
-          if (!rowid)
-            return m_context.columnNames(QStringLiteral("SELECT * FROM %1 WHERE 0").arg(from));
           // A view answers for a rowid too, with NULLs; only a table's is an INTEGER.
           if (m_context.declaredType(QStringLiteral("SELECT rowid FROM %1 WHERE 0").arg(from)) != u"INTEGER")
             return std::optional<QStringList>();
@@ -379,6 +407,12 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     SqlTranslator inner(*this);
     inner.m_rewritten = true;
     return inner.translate(tree, 0, tree.size());
+  }
+  if (Pivots::contains(t, begin, end)) {
+    const auto rotated = Pivots::rewrite(t, begin, end, [this](const std::vector<SqlToken>& item) { return columnsOf(item); });
+    SqlTranslator inner(*this);
+    inner.m_rewritten = true;
+    return inner.translate(rotated, 0, rotated.size());
   }
   if (GroupingSets::contains(t, begin, end)) {
     const auto sets = GroupingSets::rewrite(t, begin, end);
@@ -951,6 +985,8 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
     i += k;
     // Oracle gives every NEXTVAL of a sequence in one row of a statement the same number.
     const auto [scopeBegin, scopeEnd] = sequenceScope(t, i);
+    if (nextval)
+      checkUnconditional(t, scopeBegin, i);
     qint64 references = 0;
     for (size_t r = qMax<size_t>(scopeBegin, 2); nextval && r < scopeEnd; ++r)
       references += t[r].is(u"NEXTVAL") && t[r - 1].is(u".") && t[r - 2].isName() && t[r - 2].name() == seq;

@@ -50,6 +50,8 @@ public:
   static QString labelOf(const std::vector<SqlToken>& tokens, size_t begin, size_t end);
 
 private:
+  // The columns of a FROM item, as SELECT * names them; nullopt when it is no valid source.
+  std::optional<QStringList> columnsOf(const std::vector<SqlToken>& item) const;
   QString token(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString selectList(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString orderBy(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
