@@ -57,6 +57,8 @@ QString StatementFeedback::message(QStringView sql, qint64 rows) {
     return rowsMessage(rows, "deleted");
   if (first == u"MERGE")
     return rowsMessage(rows, "merged");
+  if (first == u"BEGIN" || first == u"DECLARE")
+    return QStringLiteral("PL/SQL procedure successfully completed.");
   if (first == u"COMMIT")
     return QStringLiteral("Commit complete.");
   if (first == u"ROLLBACK")

@@ -27,6 +27,12 @@ qint64 DdlRunner::run() {
     const bool replace = m_t.accept(u"OR") ? (m_t.expect(u"REPLACE", 922), true) : false;
     if (m_t.accept(u"GLOBAL"))
       m_t.expect(u"TEMPORARY", 901);
+    // Stored PL/SQL does not run here: its CREATE is refused whole rather than half-kept.
+    if (!m_t.accept(u"EDITIONABLE"))
+      m_t.accept(u"NONEDITIONABLE");
+    for (const char16_t* unit : {u"PROCEDURE", u"FUNCTION", u"PACKAGE", u"TRIGGER", u"TYPE", u"LIBRARY"})
+      if (m_t.peek().is(unit))
+        throw OraError(3001, QStringLiteral("unimplemented feature"));
     if (m_t.accept(u"TABLE") && !replace)
       createTable();
     else if (m_t.peek().is(u"UNIQUE") && !replace)

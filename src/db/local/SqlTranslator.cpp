@@ -52,6 +52,7 @@ bool endsOperand(const SqlToken& t) {
   switch (t.kind) {
   case SqlToken::Kind::Number:
   case SqlToken::Kind::String:
+  case SqlToken::Kind::Bind:
   case SqlToken::Kind::Quoted: return true;
   case SqlToken::Kind::Word: return !keywords().contains(t.upper()) || t.is(u"NULL") || t.is(u"END");
   case SqlToken::Kind::Symbol: return t.is(u")") || t.is(u"(+)");
@@ -77,7 +78,8 @@ size_t afterPrimary(const std::vector<SqlToken>& t, size_t i, size_t end) {
   if (i >= end)
     return NoEnd;
   const SqlToken& a = t[i];
-  if (a.kind == SqlToken::Kind::Number || a.kind == SqlToken::Kind::String || a.is(u"NULL"))
+  if (a.kind == SqlToken::Kind::Number || a.kind == SqlToken::Kind::String || a.kind == SqlToken::Kind::Bind ||
+      a.is(u"NULL"))
     return i + 1;
   if (a.is(u"(") || a.is(u"CASE"))
     return afterGroup(t, i, end);
@@ -788,7 +790,11 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
   switch (tok.kind) {
   case SqlToken::Kind::String: ++i; return tok.text.isEmpty() ? QStringLiteral("NULL") : quoteText(tok.text);
   case SqlToken::Kind::Number: ++i; return tok.text;
-  case SqlToken::Kind::Bind: throw OraError(1008, QStringLiteral("not all variables bound"));
+  case SqlToken::Kind::Bind:
+    if (!m_context.binds)
+      throw OraError(1008, QStringLiteral("not all variables bound"));
+    ++i;
+    return tok.text;
   case SqlToken::Kind::Symbol:
     ++i;
     if (tok.text == u"!=" || tok.text == u"^=")
