@@ -316,7 +316,8 @@ PlsqlRunner::Flow PlsqlRunner::forQuery(const Statement& s) {
   return Flow::Next;
 }
 
-std::vector<std::vector<QVariant>> PlsqlRunner::queryRows(Compiled& c, QStringList* labels, QStringList* types) {
+std::vector<std::vector<QVariant>> PlsqlRunner::queryRows(Compiled& c, QStringList* labels, QStringList* types,
+                                                          const QVariantList& given) {
   if (!c.statement) {
     try {
       c.statement = std::make_unique<SqliteStmt>(m_c.db(), c.sqlite);
@@ -326,7 +327,7 @@ std::vector<std::vector<QVariant>> PlsqlRunner::queryRows(Compiled& c, QStringLi
   }
   SqliteStmt& stmt = *c.statement;
   stmt.reset();
-  stmt.bindAll(values(c.slots));
+  stmt.bindAll(c.slots.empty() ? given : values(c.slots));
   for (int i = 0; labels && i < stmt.columnCount(); ++i) {
     *labels << stmt.columnName(i).toUpper();
     *types << stmt.declaredType(i).section(u'(', 0, 0).toUpper();
@@ -418,7 +419,7 @@ void PlsqlRunner::executeImmediate(const Statement& s) {
       throw OraError(1007, QStringLiteral("variable not in select list"));
     Compiled c;
     c.sqlite = m_c.translator(true).translate(tokens);
-    auto rows = queryRows(c, nullptr, nullptr);
+    auto rows = queryRows(c, nullptr, nullptr, arguments);
     if (rows.empty())
       throw OraError(1403, QStringLiteral("no data found"));
     if (rows.size() > 1)
@@ -615,10 +616,6 @@ std::vector<SqlToken> PlsqlRunner::substituted(Range r, Mode mode, std::vector<i
         compileError(i + 2, QStringLiteral("PLS-00103: Encountered the symbol \"%1\"").arg(attribute));
       parameter(slot, t);
       i += 2;
-      continue;
-    }
-    if (mode != Mode::Sql && (name == u"SQLCODE" || name == u"SQLERRM") && !(i + 1 < r.end && m_t[i + 1].is(u"("))) {
-      parameter(name == u"SQLCODE" ? SqlCode : SqlErrm, t);
       continue;
     }
     if (mode != Mode::Sql && (name == u"TRUE" || name == u"FALSE")) {
@@ -821,7 +818,7 @@ int PlsqlRunner::lookup(const QString& name) const {
   for (auto scope = m_scopes.rbegin(); scope != m_scopes.rend(); ++scope)
     if (const auto it = scope->variables.constFind(name); it != scope->variables.constEnd())
       return *it;
-  return -1;
+  return name == u"SQLCODE" ? SqlCode : name == u"SQLERRM" ? SqlErrm : -1;
 }
 
 int PlsqlRunner::target(const QString& name, size_t at) const {

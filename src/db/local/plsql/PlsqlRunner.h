@@ -71,7 +71,9 @@ private:
   Compiled& compiled(Plsql::Range r, Mode mode, Plsql::Range skip = {});
   std::vector<SqlToken> substituted(Plsql::Range r, Mode mode, std::vector<int>& slots, Plsql::Range skip = {}) const;
   QVariantList values(const std::vector<int>& slots) const;
-  std::vector<std::vector<QVariant>> queryRows(Compiled& c, QStringList* labels, QStringList* types);
+  // The rows of a query, with its slots' values or else those given.
+  std::vector<std::vector<QVariant>> queryRows(Compiled& c, QStringList* labels, QStringList* types,
+                                               const QVariantList& given = {});
   void assign(int slot, const QVariant& value, const Plsql::Type* from = nullptr);
   QVariant converted(const QVariant& value, const Plsql::Type& to, const Plsql::Type* from);
   QVariant sqlValue(const QString& oracleSql, const QVariant& argument);
