@@ -54,6 +54,14 @@ const QStringList Seeds = {
     "siblings by cust_name",
     "select cust_no, row_number() over (partition by rank_code order by credit desc) from customers order by 1 "
     "offset 1 rows fetch next 2 rows only",
+    // Loops stay bounded by FOR: a mutated WHILE could run for ever, as it would on a server.
+    "declare n number(8, 2) := 0; s varchar2(20) := 'x'; d date := sysdate; b boolean := n > 1; begin for i in "
+    "reverse 1..20 loop if mod(i, 3) = 0 then n := n + i / 2; elsif b or i > 15 then s := substr(s || i, 1, 20); "
+    "else null; end if; end loop; select cust_name into s from customers where cust_no = n; "
+    "for r in (select cust_no, credit from customers) loop update orders set amount = amount + nvl(r.credit, n) "
+    "where cust_no = r.cust_no; end loop; dbms_output.put_line(s || sql%rowcount || d); execute immediate "
+    "'delete from order_lines where qty > :1' using n; exception when no_data_found then "
+    "raise_application_error(-20001, 'none'); when others then raise; end;",
 };
 
 const QStringList Interesting = {
@@ -66,6 +74,7 @@ const QStringList Interesting = {
     "/*",      "*/",     ";",          "\\",      "\t",    "日本",       "TABLE",   "CREATE", "ALTER",
     "DROP",    "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
     "CONNECT", "PRIOR",  "LEVEL",      "START",   "WITH",  "FETCH",      "OFFSET",  "ROWS",   "OVER",
+    "BEGIN",   "DECLARE", ":=",        "..",      "INTO",  "EXCEPTION",  "IF",      "RAISE",  "%",
 };
 
 QString mutate(const QString& seed, QRandomGenerator& random) {

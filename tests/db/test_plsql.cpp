@@ -127,6 +127,10 @@ private Q_SLOTS:
     QCOMPARE(rows("select count(*) from t where id = 7"), QStringList({"0"}));
     QCOMPARE(error("create or replace procedure p as begin null; end;"), 3001);
     QCOMPARE(error("create trigger trg before insert on t for each row begin null; end;"), 3001);
+    QCOMPARE(error("alter trigger trg disable", &text), 4080);
+    QCOMPARE(text, QString("ORA-04080: trigger 'TRG' does not exist"));
+    QCOMPARE(error("drop procedure p", &text), 4043);
+    QCOMPARE(text, QString("ORA-04043: object P does not exist"));
     QCOMPARE(error("begin open c; end;"), 3001);
   }
 

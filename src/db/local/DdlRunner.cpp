@@ -50,6 +50,7 @@ qint64 DdlRunner::run() {
       createView(replace);
     }
   } else if (m_t.accept(u"ALTER")) {
+    missingStoredUnit();
     if (m_t.accept(u"TABLE"))
       alterTable();
     else if (m_t.accept(u"USER"))
@@ -59,6 +60,7 @@ qint64 DdlRunner::run() {
     else
       TokenCursor::fail(940);
   } else if (m_t.accept(u"DROP")) {
+    missingStoredUnit();
     drop();
   } else if (m_t.accept(u"TRUNCATE")) {
     truncate();
@@ -72,6 +74,21 @@ qint64 DdlRunner::run() {
     TokenCursor::fail(900);
   }
   return 0;
+}
+
+// No stored PL/SQL can be created here, so ALTER or DROP of a unit names one that does not exist.
+void DdlRunner::missingStoredUnit() {
+  const bool trigger = m_t.peek().is(u"TRIGGER");
+  if (!trigger && !m_t.peek().is(u"PROCEDURE") && !m_t.peek().is(u"FUNCTION") && !m_t.peek().is(u"PACKAGE") &&
+      !m_t.peek().is(u"TYPE"))
+    return;
+  m_t.next();
+  if (m_t.peek().is(u"BODY"))
+    m_t.next();
+  const auto [owner, name] = m_t.qualifiedName();
+  if (trigger)
+    throw OraError(4080, QStringLiteral("trigger '%1' does not exist").arg(name));
+  throw OraError(4043, QStringLiteral("object %1 does not exist").arg(name));
 }
 
 QString DdlRunner::ownerOr(const QString& owner) const { return owner.isEmpty() ? m_c.user() : owner; }

@@ -52,6 +52,7 @@ private:
   void truncate();
   void comment();
   void grant(bool revoke);
+  void missingStoredUnit();
   void grantObject(bool revoke, QStringList privileges, const QString& owner, const QString& object,
                    const QStringList& grantees);
 

@@ -149,7 +149,7 @@ void PlsqlRunner::declare(const Declaration& d) {
   }
   Type type = d.type;
   if (!d.anchor.empty())
-    type = *typeOf(d.anchor);
+    type = anchoredType(d.anchor);
   try {
     const QVariant initial = d.value.empty() ? QVariant() : evaluate(d.value, type.kind == Type::Kind::Boolean
                                                                                     ? Mode::Condition
@@ -770,46 +770,43 @@ QString PlsqlRunner::text(const QVariant& value, const Type* from) {
   return sqlValue(QStringLiteral("SELECT TO_CHAR(:1) FROM DUAL"), value).toString();
 }
 
-// The type an expression is known to have without running it: that of a lone variable, or of the
-// column a %TYPE names.
+// The type an expression is known to have without running it: that of a lone variable.
 const Type* PlsqlRunner::typeOf(Range r) const {
-  const bool column = r.end == r.begin + 3 && m_t[r.begin + 1].is(u".");
-  if (r.end == r.begin + 1 || (column && lookup(m_t[r.begin].name() + u'.' + m_t[r.begin + 2].name()) >= 0)) {
-    const int slot = column ? lookup(m_t[r.begin].name() + u'.' + m_t[r.begin + 2].name())
-                            : m_t[r.begin].isName() ? lookup(m_t[r.begin].name()) : -1;
-    if (slot >= 0)
-      return &m_variables[size_t(slot)].type;
-    if (r.end == r.begin + 1) {
-      if (m_t[r.begin].kind != SqlToken::Kind::Word)
-        return nullptr;
-      compileError(r.begin, QStringLiteral("PLS-00201: identifier '%1' must be declared").arg(m_t[r.begin].name()));
-    }
-  }
-  if (!column)
-    return nullptr;
-  // table.column%TYPE
+  int slot = -1;
+  if (r.end == r.begin + 1 && m_t[r.begin].isName())
+    slot = lookup(m_t[r.begin].name());
+  else if (r.end == r.begin + 3 && m_t[r.begin + 1].is(u".") && m_t[r.begin].isName() && m_t[r.begin + 2].isName())
+    slot = lookup(m_t[r.begin].name() + u'.' + m_t[r.begin + 2].name());
+  return slot >= 0 ? &m_variables[size_t(slot)].type : nullptr;
+}
+
+// What name%TYPE or table.column%TYPE stands for.
+Type PlsqlRunner::anchoredType(Range r) const {
+  if (const Type* variable = typeOf(r))
+    return *variable;
+  const QString name = m_t[r.begin].name() + (r.end == r.begin + 3 ? u'.' + m_t[r.begin + 2].name() : QString());
+  if (r.end != r.begin + 3)
+    compileError(r.begin, QStringLiteral("PLS-00201: identifier '%1' must be declared").arg(name));
   SqliteStmt s(m_c.db(), QStringLiteral("SELECT data_type, char_length, data_precision, data_scale FROM CAT.columns "
                                         "WHERE owner = ?1 AND table_name = ?2 AND column_name = ?3"));
   s.bindAll({m_c.user(), m_t[r.begin].name(), m_t[r.begin + 2].name()});
   if (!s.step())
-    compileError(r.begin, QStringLiteral("PLS-00201: identifier '%1.%2' must be declared")
-                              .arg(m_t[r.begin].name(), m_t[r.begin + 2].name()));
-  static thread_local Type anchored;
-  anchored = Type{};
+    compileError(r.begin, QStringLiteral("PLS-00201: identifier '%1' must be declared").arg(name));
+  Type t;
   const QString type = s.text(0);
   if (type == u"DATE") {
-    anchored.kind = Type::Kind::Date;
+    t.kind = Type::Kind::Date;
   } else if (type.contains(u"CHAR") || type == u"CLOB") {
-    anchored.kind = Type::Kind::Text;
-    anchored.length = s.column(1).toLongLong();
-    anchored.fixed = type == u"CHAR" || type == u"NCHAR";
+    t.kind = Type::Kind::Text;
+    t.length = s.column(1).toLongLong();
+    t.fixed = type == u"CHAR" || type == u"NCHAR";
   } else if (type == u"NUMBER" || type == u"FLOAT") {
-    anchored.precision = s.column(2);
-    anchored.scale = s.column(3);
+    t.precision = s.column(2);
+    t.scale = s.column(3);
   } else {
     throw OraError(3001, QStringLiteral("unimplemented feature"));
   }
-  return &anchored;
+  return t;
 }
 
 // Names ---------------------------------------------------------------------------------------

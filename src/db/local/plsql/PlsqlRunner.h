@@ -79,6 +79,7 @@ private:
   QVariant sqlValue(const QString& oracleSql, const QVariant& argument);
   QString text(const QVariant& value, const Plsql::Type* from);
   const Plsql::Type* typeOf(Plsql::Range r) const;
+  Plsql::Type anchoredType(Plsql::Range r) const;
 
   // Names.
   int lookup(const QString& name) const;
