@@ -7,6 +7,7 @@
 #include "db/local/DecimalAggregates.h"
 #include "db/local/HierarchicalQueries.h"
 #include "db/local/LocalDynaset.h"
+#include "db/local/MergeStatement.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
@@ -21,7 +22,7 @@ namespace {
 
 constexpr int MaxAttached = 8; // SQLite allows ten: CAT and one spare for the DDL of a DBA
 
-enum class Kind { Query, Dml, Ddl, Transaction, Block, Session, Unknown };
+enum class Kind { Query, Dml, Merge, Ddl, Transaction, Block, Session, Unknown };
 
 Kind kindOf(const std::vector<SqlToken>& t) {
   const SqlToken& first = t.front();
@@ -29,6 +30,8 @@ Kind kindOf(const std::vector<SqlToken>& t) {
     return Kind::Query;
   if (first.is(u"INSERT") || first.is(u"UPDATE") || first.is(u"DELETE"))
     return Kind::Dml;
+  if (first.is(u"MERGE"))
+    return Kind::Merge;
   if (first.is(u"COMMIT") || first.is(u"ROLLBACK") || first.is(u"SAVEPOINT"))
     return Kind::Transaction;
   if (first.is(u"BEGIN") || first.is(u"DECLARE"))
@@ -467,6 +470,11 @@ qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const 
     return 0;
   }
   case Kind::Dml: return runDml(translateDml(tokens, false));
+  case Kind::Merge: {
+    qint64 rows = 0;
+    asOneCall([&] { rows = MergeStatement(*this, tokens).run(); });
+    return rows;
+  }
   case Kind::Transaction: {
     TokenCursor c(tokens, 1);
     if (tokens.front().is(u"SAVEPOINT") || (c.peek().is(u"WORK") ? c.peek(1) : c.peek()).is(u"TO"))
@@ -519,7 +527,7 @@ qint64 LocalConnection::runDml(const Dml& dml, const QVariantList& values) {
   try {
     began = beginPending();
     SqliteStmt stmt(m_db, dml.sqlite);
-    stmt.bindAll(values);
+    stmt.bindPresent(values);
     while (stmt.step()) {
     }
     return sqlite3_changes64(m_db);
@@ -553,23 +561,21 @@ qint64 LocalConnection::alterSession(const std::vector<SqlToken>& t) {
   return 0;
 }
 
-// A block is one call: when an error leaves it, what it changed since it started (or since its
-// last COMMIT) is undone, and what the session had pending before it stays. Its statements run
-// in one transaction even outside begin(), which then ends with the block.
-qint64 LocalConnection::runBlock(const std::vector<SqlToken>& t, const QString& sql) {
-  PlsqlRunner runner(*this, t, sql);
-  runner.compile();
+// A block, or a statement run as several, is one call: when an error leaves it, what it changed
+// since it started (or since a COMMIT inside it) is undone, and what the session had pending
+// before it stays. It runs in one transaction even outside begin(), which then ends with it.
+void LocalConnection::asOneCall(const std::function<void()>& work) {
   const bool wasExplicit = m_explicit;
   m_explicit = true;
   const auto restore = qScopeGuard([&] { m_explicit = wasExplicit; });
   const qint64 transaction = m_transactionsEnded;
-  const QString mark = QStringLiteral("dbsweep_block%1").arg(++m_blockDepth);
-  const auto depth = qScopeGuard([this] { --m_blockDepth; });
+  const QString mark = QStringLiteral("dbsweep_call%1").arg(++m_callDepth);
+  const auto depth = qScopeGuard([this] { --m_callDepth; });
   const bool marked = m_inTransaction;
   if (marked)
     sqliteExec(m_db, QStringLiteral("SAVEPOINT ") + mark);
   try {
-    runner.run();
+    work();
   } catch (...) {
     if (marked && m_inTransaction && m_transactionsEnded == transaction)
       sqlite3_exec(m_db, qPrintable(QStringLiteral("ROLLBACK TO %1; RELEASE %1").arg(mark)), nullptr, nullptr,
@@ -582,5 +588,11 @@ qint64 LocalConnection::runBlock(const std::vector<SqlToken>& t, const QString& 
     sqliteExec(m_db, QStringLiteral("RELEASE ") + mark);
   if (!wasExplicit)
     commitPending();
+}
+
+qint64 LocalConnection::runBlock(const std::vector<SqlToken>& t, const QString& sql) {
+  PlsqlRunner runner(*this, t, sql);
+  runner.compile();
+  asOneCall([&] { runner.run(); });
   return 0;
 }

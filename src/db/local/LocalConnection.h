@@ -11,6 +11,7 @@
 #include <QHash>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -113,6 +114,8 @@ public:
   qint64 transactionsEnded() const { return m_transactionsEnded; }
   bool explicitTransaction() const { return m_explicit; }
   void setExplicitTransaction(bool on) { m_explicit = on; }
+  // Runs work as one statement: an error undoes all of it, and nothing else.
+  void asOneCall(const std::function<void()>& work);
   // DBMS_OUTPUT: text for the current line, and the line's end.
   void putOutput(const QString& text, bool endLine);
   void setOutputEnabled(bool on) { m_outputEnabled = on; }
@@ -140,7 +143,7 @@ private:
   QString m_targetOwner, m_targetTable, m_targetPrivilege;
   QHash<QString, bool> m_users;
   qint64 m_transactionsEnded = 0;
-  int m_blockDepth = 0; // blocks running, for the names of their savepoints
+  int m_callDepth = 0; // calls of asOneCall running, for the names of their savepoints
   bool m_outputEnabled = false;
   QStringList m_outputLines;
   QString m_outputLine;

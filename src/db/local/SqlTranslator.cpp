@@ -422,7 +422,7 @@ QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, siz
     if (exprEnd - start >= 2 && t[exprEnd - 1].isName() && !keywords().contains(t[exprEnd - 1].upper())) {
       const SqlToken& before = t[exprEnd - 2];
       if (before.is(u"AS") || before.isName() || before.is(u")") || before.kind == SqlToken::Kind::String ||
-          before.kind == SqlToken::Kind::Number) {
+          before.kind == SqlToken::Kind::Number || before.kind == SqlToken::Kind::Bind) {
         if (!(before.is(u".")))
           aliased = true;
       }

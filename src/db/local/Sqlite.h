@@ -22,6 +22,9 @@ public:
 
   SqliteStmt& bind(int index, const QVariant& value); // 1-based
   SqliteStmt& bindAll(const QVariantList& values);
+  // Binds those of values whose parameters the statement has: one made of parts of another may
+  // leave some out.
+  SqliteStmt& bindPresent(const QVariantList& values);
   // Steps once: true when a row is there. Raises SqliteFailure.
   bool step();
   void reset();

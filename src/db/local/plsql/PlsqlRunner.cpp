@@ -1,6 +1,7 @@
 #include "db/local/plsql/PlsqlRunner.h"
 
 #include "db/local/LocalConnection.h"
+#include "db/local/MergeStatement.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/plsql/PlsqlParser.h"
 
@@ -372,9 +373,15 @@ void PlsqlRunner::selectInto(const Statement& s) {
 
 void PlsqlRunner::runSql(const Statement& s) {
   const SqlToken& first = m_t[s.a.begin];
+  if (first.is(u"MERGE")) {
+    Compiled& c = compiled(s.a, Mode::Sql);
+    const qint64 rows = MergeStatement(m_c, c.tokens, values(c.slots)).run();
+    m_variables[RowCount].value = rows;
+    m_variables[Found].value = rows > 0 ? 1 : 0;
+    m_variables[NotFound].value = rows > 0 ? 0 : 1;
+    return;
+  }
   if (!(first.is(u"INSERT") || first.is(u"UPDATE") || first.is(u"DELETE"))) {
-    if (first.is(u"MERGE"))
-      throw OraError(3001, QStringLiteral("unimplemented feature"));
     std::vector<SqlToken> tokens(m_t.begin() + qsizetype(s.a.begin), m_t.begin() + qsizetype(s.a.end));
     tokens.push_back(SqlToken{SqlToken::Kind::End, {}, int(m_sql.size()), 0, tokens.back().line});
     m_c.runStatement(tokens, m_sql);
