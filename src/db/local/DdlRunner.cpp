@@ -326,6 +326,9 @@ void DdlRunner::createTable() {
   const QString owner = ownerOr(ownerText);
   requireAccess(owner);
   const QString schema = schemaFor(owner);
+  if (m_t.peek().is(u"AS") || (m_t.peek().is(u"(") && m_t.peek(1).isName() &&
+                               (m_t.peek(2).is(u",") || (m_t.peek(2).is(u")") && m_t.peek(3).is(u"AS")))))
+    return createTableAs(owner, table, schema);
   std::vector<Column> columns;
   std::vector<Constraint> constraints;
   m_t.expect(u"(", 906);
@@ -349,25 +352,27 @@ void DdlRunner::createTable() {
   skipClauses();
   if (columns.empty())
     throw OraError(904, QStringLiteral("invalid identifier"));
+  inTransaction([&] { addTable(owner, table, schema, columns, constraints, iot); });
+}
 
-  inTransaction([&] {
-    if (objectType(owner, table))
-      throw OraError(955, QStringLiteral("name is already used by an existing object"));
-    const QString now = OracleDate::now();
-    sqliteExec(m_c.db(),
-               QStringLiteral("INSERT INTO CAT.objects(owner, name, type, created) VALUES (?1, ?2, 'TABLE', ?3)"),
-               {owner, table, now});
-    sqliteExec(m_c.db(), QStringLiteral("INSERT INTO CAT.tables(owner, table_name, iot) VALUES (?1, ?2, ?3)"),
-               {owner, table, iot ? 1 : 0});
-    int id = 0;
-    for (const Column& c : columns)
-      addColumn(owner, table, c, ++id);
-    for (const Constraint& k : constraints)
-      addConstraint(owner, table, k);
-    refreshNullable(owner, table);
-    sqliteExec(m_c.db(), tableDdl(owner, table, q(schema) + u'.' + q(table)));
-    createTriggers(owner, table, schema);
-  });
+void DdlRunner::addTable(const QString& owner, const QString& table, const QString& schema,
+                         const std::vector<Column>& columns, const std::vector<Constraint>& constraints, bool iot) {
+  if (objectType(owner, table))
+    throw OraError(955, QStringLiteral("name is already used by an existing object"));
+  const QString now = OracleDate::now();
+  sqliteExec(m_c.db(),
+             QStringLiteral("INSERT INTO CAT.objects(owner, name, type, created) VALUES (?1, ?2, 'TABLE', ?3)"),
+             {owner, table, now});
+  sqliteExec(m_c.db(), QStringLiteral("INSERT INTO CAT.tables(owner, table_name, iot) VALUES (?1, ?2, ?3)"),
+             {owner, table, iot ? 1 : 0});
+  int id = 0;
+  for (const Column& c : columns)
+    addColumn(owner, table, c, ++id);
+  for (const Constraint& k : constraints)
+    addConstraint(owner, table, k);
+  refreshNullable(owner, table);
+  sqliteExec(m_c.db(), tableDdl(owner, table, q(schema) + u'.' + q(table)));
+  createTriggers(owner, table, schema);
 }
 
 void DdlRunner::addColumn(const QString& owner, const QString& table, const Column& c, int columnId) {

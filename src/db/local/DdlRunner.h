@@ -39,6 +39,7 @@ private:
 
   // Statements.
   void createTable();
+  void createTableAs(const QString& owner, const QString& table, const QString& schema);
   void createIndex(bool unique);
   void createView(bool replace);
   void createSequence();
@@ -75,6 +76,9 @@ private:
   std::optional<QString> objectType(const QString& owner, const QString& name) const;
   void requireTable(const QString& owner, const QString& table) const;
   void inTransaction(const std::function<void()>& work);
+  // The dictionary rows and the SQLite table of a new table.
+  void addTable(const QString& owner, const QString& table, const QString& schema, const std::vector<Column>& columns,
+                const std::vector<Constraint>& constraints, bool iot);
   void addColumn(const QString& owner, const QString& table, const Column& column, int columnId);
   void addConstraint(const QString& owner, const QString& table, Constraint k);
   void removeConstraint(const QString& owner, const QString& name);
