@@ -35,6 +35,42 @@ private Q_SLOTS:
     QCOMPARE(errorOf([&] { exec("create table c3 (a) as select id, name from src"); }), 1730);
     QCOMPARE(errorOf([&] { exec("create table c1 as select * from src"); }), 955);
   }
+
+  void alterTableColumns() {
+    const auto error = [&](const char* sql) { return errorOf([&] { exec(sql); }); };
+    // Added columns: a default fills the rows there; NOT NULL without one needs an empty table.
+    exec("alter table src add (x number, y char(1) default 'Y' not null)");
+    QCOMPARE(rows("select id || ':' || x || ':' || y from src order by id"), QStringList({"1::Y", "2::Y"}));
+    QCOMPARE(error("alter table src add (z number not null)"), 1758);
+    // MODIFY changes what the values allow.
+    QCOMPARE(error("alter table src modify (name varchar2(1))"), 1441);
+    QCOMPARE(error("alter table src modify (amt number(4,1))"), 1440);
+    QCOMPARE(error("alter table src modify (amt varchar2(10))"), 1439);
+    QCOMPARE(error("alter table src modify (amt not null)"), 2296);
+    QCOMPARE(error("alter table src modify (name not null)"), 1442);
+    QCOMPARE(error("alter table src modify (amt null)"), 1451);
+    QCOMPARE(error("alter table src modify (id null)"), 1451);
+    QCOMPARE(error("alter table src modify (nothing null)"), 904);
+    exec("alter table src modify (x varchar2(10) default 'q', name varchar2(30) null, y null)");
+    QCOMPARE(columns("SRC").mid(1, 1), QStringList({"NAME VARCHAR2 30   Y"}));
+    exec("insert into src (id, amt) values (3, 1)");
+    QCOMPARE(rows("select x from src where id = 3"), QStringList({"q"}));
+    // Renamed and dropped columns; the check constraint follows the new name.
+    exec("alter table src rename column amt to amount");
+    QCOMPARE(error("insert into src (id, amount) values (4, -1)"), 2290);
+    exec("alter table src drop column d");
+    exec("alter table src drop (x, y)");
+    QCOMPARE(columns("SRC"), QStringList({"ID NUMBER 22 6 0 N", "NAME VARCHAR2 30   Y", "AMOUNT NUMBER 22 8 2 Y"}));
+    QCOMPARE(rows("select id || name || amount from src order by id"), QStringList({"1a10", "2bb", "31"}));
+    QCOMPARE(error("alter table src drop (id, name, amount)"), 12983);
+    // Renaming the table takes its dictionary along.
+    exec("rename src to src2");
+    exec("alter table src2 rename to src3");
+    QCOMPARE(rows("select table_name from user_constraints where constraint_name = 'SRC_AMT_CK'"),
+             QStringList({"SRC3"}));
+    QCOMPARE(rows("select count(*) from src3"), QStringList({"3"}));
+    QCOMPARE(error("select * from src"), 942);
+  }
 };
 
 QTEST_GUILESS_MAIN(TestAlter)

@@ -62,6 +62,16 @@ qint64 DdlRunner::run() {
   } else if (m_t.accept(u"DROP")) {
     missingStoredUnit();
     drop();
+  } else if (m_t.accept(u"RENAME")) {
+    const QString from = m_t.name(903);
+    if (m_t.accept(u"."))
+      throw OraError(1765, QStringLiteral("specifying owner's name of the table is not allowed"));
+    m_t.expect(u"TO", 946);
+    const QString to = m_t.name(903);
+    if (!m_t.atEnd())
+      TokenCursor::fail(933);
+    requireTable(m_c.user(), from);
+    renameTable(m_c.user(), from, schemaFor(m_c.user(), 942), to);
   } else if (m_t.accept(u"TRUNCATE")) {
     truncate();
   } else if (m_t.accept(u"COMMENT")) {
@@ -634,15 +644,31 @@ void DdlRunner::createSqliteIndexes(const QString& owner, const QString& table, 
 }
 
 // Re-creates the SQLite table from the dictionary and copies the rows over; the copy is what
-// validates a constraint being added or enabled.
+// validates a constraint being added or enabled. A column the dictionary has and the old table
+// has not (one just added) takes its default; renamed maps new column names to old ones.
 void DdlRunner::rebuild(const QString& owner, const QString& table, const QString& schema,
-                        const Constraint* validating) {
+                        const Constraint* validating, const QHash<QString, QString>& renamed) {
   sqlite3* db = m_c.db();
   refreshNullable(owner, table);
   const QString temp = QStringLiteral("%1$REBUILD").arg(table);
   sqliteExec(db, tableDdl(owner, table, q(schema) + u'.' + q(temp)));
+  QStringList old;
+  SqliteStmt info(db, QStringLiteral("PRAGMA %1.table_info(%2)").arg(q(schema), q(table)));
+  while (info.step())
+    old << info.text(1);
+  QStringList into, from;
+  SqliteStmt cols(db, QStringLiteral("SELECT column_name FROM CAT.columns WHERE owner = ?1 AND table_name = ?2 "
+                                     "ORDER BY column_id"));
+  cols.bindAll({owner, table});
+  while (cols.step()) {
+    const QString source = renamed.value(cols.text(0), cols.text(0));
+    if (old.contains(source))
+      into << q(cols.text(0)), from << q(source);
+  }
   try {
-    sqliteExec(db, QStringLiteral("INSERT INTO %1.%2 SELECT * FROM %1.%3").arg(q(schema), q(temp), q(table)));
+    sqliteExec(db, QStringLiteral("INSERT INTO %1.%2 (%4) SELECT %5 FROM %1.%3")
+                       .arg(q(schema), q(temp), q(table), into.join(QStringLiteral(", ")),
+                            from.join(QStringLiteral(", "))));
   } catch (const SqliteFailure& f) {
     if (!validating)
       throw;
@@ -694,7 +720,14 @@ void DdlRunner::alterTable() {
           sqliteValue(db, QStringLiteral("SELECT max(column_id) FROM CAT.columns WHERE owner = ?1 AND table_name = ?2"),
                       {owner, table})
               .toInt();
+      const bool empty = !sqliteValue(db, QStringLiteral("SELECT 1 FROM %1.%2 LIMIT 1").arg(q(schema), q(table)))
+                              .isValid();
       for (const Column& c : columns) {
+        // Rows already there would have no value for it.
+        for (const Constraint& k : constraints)
+          if (!empty && c.defaultText.isEmpty() && k.columns == QStringList{c.name} &&
+              (k.type == u'P' || k.condition == q(c.name) + QStringLiteral(" IS NOT NULL")))
+            throw OraError(1758, QStringLiteral("table must be empty to add mandatory (NOT NULL) column"));
         if (sqliteValue(
                 db,
                 QStringLiteral("SELECT 1 FROM CAT.columns WHERE owner = ?1 AND table_name = ?2 AND column_name = ?3"),
@@ -766,6 +799,18 @@ void DdlRunner::alterTable() {
     return;
   }
 
+  if (m_t.accept(u"MODIFY"))
+    return modifyColumns(owner, table, schema);
+  if (m_t.accept(u"RENAME")) {
+    if (m_t.accept(u"TO"))
+      return renameTable(owner, table, schema, m_t.name(903));
+    m_t.expect(u"COLUMN", 905);
+    return renameColumn(owner, table, schema);
+  }
+  if (m_t.peek().is(u"DROP") && (m_t.peek(1).is(u"COLUMN") || m_t.peek(1).is(u"("))) {
+    m_t.next();
+    return dropColumns(owner, table, schema);
+  }
   if (m_t.accept(u"DROP")) {
     QString name;
     if (m_t.accept(u"PRIMARY")) {

@@ -4,6 +4,8 @@
 #include "db/local/OracleType.h"
 #include "db/local/TokenCursor.h"
 
+#include <QHash>
+
 #include <functional>
 #include <optional>
 
@@ -53,6 +55,11 @@ private:
   void truncate();
   void comment();
   void grant(bool revoke);
+  // ALTER TABLE's changes to columns, and renaming a table.
+  void modifyColumns(const QString& owner, const QString& table, const QString& schema);
+  void dropColumns(const QString& owner, const QString& table, const QString& schema);
+  void renameColumn(const QString& owner, const QString& table, const QString& schema);
+  void renameTable(const QString& owner, const QString& table, const QString& schema, const QString& to);
   void missingStoredUnit();
   void grantObject(bool revoke, QStringList privileges, const QString& owner, const QString& object,
                    const QStringList& grantees);
@@ -83,7 +90,8 @@ private:
   void addConstraint(const QString& owner, const QString& table, Constraint k);
   void removeConstraint(const QString& owner, const QString& name);
   void refreshNullable(const QString& owner, const QString& table);
-  void rebuild(const QString& owner, const QString& table, const QString& schema, const Constraint* validating);
+  void rebuild(const QString& owner, const QString& table, const QString& schema, const Constraint* validating,
+               const QHash<QString, QString>& renamed = {});
   QString tableDdl(const QString& owner, const QString& table, const QString& target) const;
   std::vector<ColumnTypes::Column> columnTypes(const QString& owner, const QString& table) const;
   void createTriggers(const QString& owner, const QString& table, const QString& schema);

@@ -39,6 +39,7 @@ Kind kindOf(const std::vector<SqlToken>& t) {
   if ((first.is(u"ALTER") && t.size() > 1 && t[1].is(u"SESSION")) || first.is(u"SET"))
     return Kind::Session;
   if (first.is(u"CREATE") || first.is(u"ALTER") || first.is(u"DROP") || first.is(u"TRUNCATE") || first.is(u"COMMENT") ||
+      first.is(u"RENAME") ||
       first.is(u"GRANT") || first.is(u"REVOKE"))
     return Kind::Ddl;
   return Kind::Unknown;
