@@ -11,6 +11,7 @@
 #include "db/local/OracleDateTime.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
+#include "db/local/ViewDml.h"
 #include "db/local/plsql/PlsqlRunner.h"
 
 #include <QDateTime>
@@ -509,10 +510,23 @@ LocalConnection::Dml LocalConnection::translateDml(const std::vector<SqlToken>& 
       TokenCursor::fail(t[0].is(u"INSERT") ? 925 : 903);
     target = 2;
   }
-  TokenCursor c(t, target);
-  const auto [owner, table] = c.qualifiedName();
-  if (!t[0].is(u"INSERT") && c.peek().isName() && !c.peek().is(u"SET") && !c.peek().is(u"WHERE"))
-    t.insert(t.begin() + qsizetype(c.pos()), word(u"AS"));
+  QString owner, table;
+  size_t targetEnd = 0;
+  const auto readTarget = [&] {
+    TokenCursor c(t, target);
+    std::tie(owner, table) = c.qualifiedName();
+    targetEnd = c.pos();
+  };
+  readTarget();
+  const QString viewOwner = owner.isEmpty() ? m_logon.user : owner;
+  if (sqliteValue(m_db, QStringLiteral("SELECT 1 FROM CAT.views WHERE owner = ?1 AND view_name = ?2"),
+                  {viewOwner, table})
+          .isValid()) {
+    t = ViewDml::rewrite(*this, t, target, targetEnd, viewOwner, table);
+    readTarget();
+  }
+  if (!t[0].is(u"INSERT") && t[targetEnd].isName() && !t[targetEnd].is(u"SET") && !t[targetEnd].is(u"WHERE"))
+    t.insert(t.begin() + qsizetype(targetEnd), word(u"AS"));
   m_targetOwner = owner.isEmpty() ? m_logon.user : owner;
   m_targetTable = table;
   m_targetPrivilege = deleting ? QStringLiteral("DELETE") : t[0].upper();
