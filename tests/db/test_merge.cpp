@@ -54,6 +54,31 @@ private Q_SLOTS:
              12899);
     QCOMPARE(rows("select count(*) from mt"), QStringList({"3"}));
   }
+
+  void multiTableInserts() {
+    exec("create table ib (id number, v varchar2(10))");
+    // The subquery is read before any row goes in: mt's new rows are not read again.
+    QCOMPARE(m_db->ExecuteSQL("insert all into mt (id, v) values (id + 10, v) into ib (id) values (id) "
+                              "select id, v from mt"),
+             qint64(6));
+    QCOMPARE(rows("select count(*) from mt"), QStringList({"6"}));
+    exec("delete from ib");
+    QCOMPARE(m_db->ExecuteSQL("insert first when id > 10 then into ib values (id, 'big') "
+                              "when id > 1 then into ib values (id, 'mid') else into ib values (id, 'low') "
+                              "select id from mt where id in (1, 2, 11)"),
+             qint64(3));
+    QCOMPARE(rows("select id || v from ib order by id"), QStringList({"1low", "2mid", "11big"}));
+    exec("delete from ib");
+    QCOMPARE(m_db->ExecuteSQL("insert all when id > 10 then into ib values (id, 'a') "
+                              "when id > 1 then into ib values (id, 'b') else into ib values (id, 'c') "
+                              "select id from mt where id in (1, 2, 11)"),
+             qint64(4));
+    QCOMPARE(rows("select id || v from ib order by id, v"), QStringList({"1c", "2b", "11a", "11b"}));
+    // One failing INTO undoes them all.
+    QCOMPARE(errorOf([&] { exec("insert all into ib values (id, 'x') into mt (id) values (1) select id from ms"); }),
+             1);
+    QCOMPARE(rows("select count(*) from ib where v = 'x'"), QStringList({"0"}));
+  }
 };
 
 QTEST_GUILESS_MAIN(TestMerge)

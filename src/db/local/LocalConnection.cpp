@@ -8,6 +8,7 @@
 #include "db/local/HierarchicalQueries.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/MergeStatement.h"
+#include "db/local/MultiTableInsert.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
@@ -471,7 +472,13 @@ qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const 
     rows->Close();
     return 0;
   }
-  case Kind::Dml: return runDml(translateDml(tokens, false));
+  case Kind::Dml: {
+    if (!MultiTableInsert::isOne(tokens))
+      return runDml(translateDml(tokens, false));
+    qint64 rows = 0;
+    asOneCall([&] { rows = MultiTableInsert(*this, tokens).run(); });
+    return rows;
+  }
   case Kind::Merge: {
     qint64 rows = 0;
     asOneCall([&] { rows = MergeStatement(*this, tokens).run(); });

@@ -2,6 +2,7 @@
 
 #include "db/local/LocalConnection.h"
 #include "db/local/MergeStatement.h"
+#include "db/local/MultiTableInsert.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/plsql/PlsqlParser.h"
 
@@ -373,9 +374,11 @@ void PlsqlRunner::selectInto(const Statement& s) {
 
 void PlsqlRunner::runSql(const Statement& s) {
   const SqlToken& first = m_t[s.a.begin];
-  if (first.is(u"MERGE")) {
+  if (first.is(u"MERGE") || MultiTableInsert::isOne(std::vector<SqlToken>(m_t.begin() + qsizetype(s.a.begin),
+                                                                           m_t.begin() + qsizetype(s.a.begin) + 3))) {
     Compiled& c = compiled(s.a, Mode::Sql);
-    const qint64 rows = MergeStatement(m_c, c.tokens, values(c.slots)).run();
+    const qint64 rows = first.is(u"MERGE") ? MergeStatement(m_c, c.tokens, values(c.slots)).run()
+                                           : MultiTableInsert(m_c, c.tokens, values(c.slots)).run();
     m_variables[RowCount].value = rows;
     m_variables[Found].value = rows > 0 ? 1 : 0;
     m_variables[NotFound].value = rows > 0 ? 0 : 1;
