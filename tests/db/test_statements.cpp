@@ -123,6 +123,8 @@ private Q_SLOTS:
     QCOMPARE(rows("select cust_no from customers minus select cust_no from orders where order_no < 100"),
              QStringList({"2"}));
     QCOMPARE(rows("select user from dual"), QStringList({"SALES"}));
+    // A number in GROUP BY is a constant to Oracle, not a column position.
+    QCOMPARE(rows("select count(*) n from customers group by 2"), QStringList({"2"}));
     // ROWNUM limits the rows before ORDER BY sorts them, as in Oracle.
     exec("insert into customers (cust_no, cust_name) values (3, 'C')");
     exec("insert into customers (cust_no, cust_name) values (4, 'D')");

@@ -368,6 +368,11 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       out << rowLimits(t, i, end);
       continue;
     }
+    // Oracle groups by a number as by any constant, where SQLite would read a column position.
+    if (t[i].kind == SqlToken::Kind::Number && groupByItem(t, i, begin, end)) {
+      out << quoteText(t[i++].text);
+      continue;
+    }
     if (const auto listed = literalOperands(t, i, begin, end)) {
       out << *listed;
       continue;
@@ -455,6 +460,29 @@ QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, siz
 
 // Oracle puts NULLs last going up and first going down, SQLite the other way round: every item
 // of the list is given its direction and its place for NULLs explicitly.
+// Whether [i, i + 1) is a whole item of a GROUP BY list.
+bool SqlTranslator::groupByItem(const std::vector<SqlToken>& t, size_t i, size_t begin, size_t end) {
+  const SqlToken& after = i + 1 < end ? t[i + 1] : t.back();
+  if (!(after.is(u",") || after.is(u")") || after.is(u"HAVING") || after.is(u"ORDER") || after.is(u"UNION") ||
+        after.is(u"MINUS") || after.is(u"INTERSECT") || after.kind == SqlToken::Kind::End))
+    return false;
+  int depth = 0;
+  for (size_t k = i; k-- > begin;) {
+    depth += t[k].is(u")") ? 1 : t[k].is(u"(") ? -1 : 0;
+    if (depth < 0)
+      return false;
+    if (depth > 0)
+      continue;
+    if (k == i - 1 && !t[k].is(u",") && !t[k].is(u"BY"))
+      return false;
+    if (t[k].is(u"BY"))
+      return k > begin && t[k - 1].is(u"GROUP");
+    if (t[k].is(u"SELECT") || t[k].is(u"FROM") || t[k].is(u"WHERE") || t[k].is(u"HAVING") || t[k].is(u"ORDER"))
+      return false;
+  }
+  return false;
+}
+
 QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
   QStringList items;
   while (i < end && t[i].kind != SqlToken::Kind::End) {

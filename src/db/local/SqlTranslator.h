@@ -56,6 +56,7 @@ private:
   QString token(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString selectList(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString orderBy(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
+  static bool groupByItem(const std::vector<SqlToken>& t, size_t i, size_t begin, size_t end);
   QString rowLimits(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString declaredType(const std::vector<SqlToken>& t, size_t begin, size_t end) const;
   static std::optional<std::pair<size_t, size_t>> fromItems(const std::vector<SqlToken>& t, size_t at);
