@@ -31,8 +31,9 @@ demo database, a SQL console (dbsweep-sql) and a tray companion (dbsweep-tray)."
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION database)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The desktop's platform plugin and a font that holds Japanese are needed to see anything;
-# dbsweep-sql edits typed lines with libedit.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "qt6-qpa-plugins, fonts-noto-cjk | fonts-ipafont-gothic, libedit2")
+# The desktop's platform plugin and a font that holds Japanese are needed to see anything; the
+# libraries the programs link (libedit for dbsweep-sql's line editing among them) are found by
+# shlibdeps.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "qt6-qpa-plugins, fonts-noto-cjk | fonts-ipafont-gothic")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "libaio1")
 include(CPack)

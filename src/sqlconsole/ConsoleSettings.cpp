@@ -101,6 +101,8 @@ const QList<Option>& options() {
       {L("TERMOUT"), 4, onOff(L("TERMOUT"), &ConsoleSettings::termout)},
       {L("TRIMOUT"), 4, alwaysOn},
       {L("TRIMSPOOL"), 5, alwaysOn},
+      {L("NUMWIDTH"), 3, number(L("NUMWIDTH"), &ConsoleSettings::numWidth, 2, 50)},
+      {L("TAB"), 3, onOff(L("TAB"), &ConsoleSettings::tab)},
   };
   return table;
 }

@@ -19,6 +19,10 @@ struct ConsoleSettings final {
   // The character that starts a substitution variable; none after SET DEFINE OFF.
   QChar define = u'&';
   bool termout = true;
+  // Kept so that scripts written for SQL*Plus run unchanged; neither changes what is printed,
+  // because number columns are sized to their values and blanks are never written as tabs.
+  int numWidth = 10;
+  bool tab = true;
 
   // SET option value [option value ...]; returns the error texts of what it could not set.
   QStringList set(QStringList words);

@@ -54,6 +54,11 @@ const QStringList Seeds = {
     "siblings by cust_name",
     "select cust_no, row_number() over (partition by rank_code order by credit desc) from customers order by 1 "
     "offset 1 rows fetch next 2 rows only",
+    "select regexp_replace(cust_name, '(a)(b)?', '\\1x', 1, 0, 'i'), regexp_substr(cust_name, '[^ ]+', 1, 2), "
+    "translate(cust_name, 'ab', 'x'), trim(leading 'S' from cust_name), dump(credit), nullif(cust_no, 2), "
+    "timestamp '2024-01-31 10:00:00.5' + interval '1 02:03:04.5' day to second, interval '1-6' year to month, "
+    "numtodsinterval(credit, 'hour'), sys_context('USERENV', 'SID'), 1 / 3, remainder(cust_no, 3) from customers "
+    "where regexp_like(cust_name, '^S', 'i') and sysdate - timestamp '2004-01-01 00:00:00' > interval '1' day",
     // Loops stay bounded by FOR: a mutated WHILE could run for ever, as it would on a server.
     "declare n number(8, 2) := 0; s varchar2(20) := 'x'; d date := sysdate; b boolean := n > 1; begin for i in "
     "reverse 1..20 loop if mod(i, 3) = 0 then n := n + i / 2; elsif b or i > 15 then s := substr(s || i, 1, 20); "
@@ -74,6 +79,7 @@ const QStringList Interesting = {
     "/*",      "*/",     ";",          "\\",      "\t",    "日本",       "TABLE",   "CREATE", "ALTER",
     "DROP",    "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
     "CONNECT", "PRIOR",  "LEVEL",      "START",   "WITH",  "FETCH",      "OFFSET",  "ROWS",   "OVER",
+    "SECOND",  "YEAR",   "INTERVAL",   "DAY",     "TO",    "TIMESTAMP",  "LEADING", "1e126",  "TRAILING",
     "BEGIN",   "DECLARE", ":=",        "..",      "INTO",  "EXCEPTION",  "IF",      "RAISE",  "%",
 };
 

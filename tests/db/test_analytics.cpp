@@ -40,8 +40,31 @@ private Q_SLOTS:
                   "unbounded following) l from pay) where id = 6"),
              QStringList({"200|<null>"}));
     QCOMPARE(rows("select ratio_to_report(sal) over (partition by dept) from pay where dept = 10 order by id"),
-             QStringList({"0.6", "0.2", "0.2"}));
+             QStringList({".6", ".2", ".2"}));
     QCOMPARE(errorOf([&] { rows("select ratio_to_report(sal) from pay"); }), 30484);
+  }
+
+  void orderedAggregates() {
+    // NULLs of a key go last going up; a NULL value is left out.
+    QCOMPARE(rows("select dept, listagg(id, ',') within group (order by sal, id), listagg(sal, '-') within group "
+                  "(order by sal desc) from pay group by dept order by dept"),
+             QStringList({"10|2,3,1|300-100-100", "20|6,4,5|400-200"}));
+    QCOMPARE(rows("select listagg(distinct sal, ',') within group (order by sal) from pay where dept = 10"),
+             QStringList({"100,300"}));
+    QCOMPARE(rows("select id, listagg(id, ',') within group (order by id) over (partition by dept) from pay "
+                  "where dept = 10 order by id"),
+             QStringList({"1|1,2,3", "2|1,2,3", "3|1,2,3"}));
+    // KEEP aggregates the rows of the first or last rank only; ASC puts NULL keys last.
+    QCOMPARE(rows("select dept, min(id) keep (dense_rank first order by sal), max(id) keep (dense_rank last order "
+                  "by sal), count(*) keep (dense_rank first order by sal) from pay group by dept order by dept"),
+             QStringList({"10|2|1|2", "20|6|5|1"}));
+    QCOMPARE(rows("select sum(sal) keep (dense_rank first order by dept), avg(sal) keep (dense_rank last order by "
+                  "dept nulls first) from pay"),
+             QStringList({"500|300"}));
+    QCOMPARE(rows("select id, max(sal) keep (dense_rank first order by id desc) over (partition by dept) from pay "
+                  "order by id"),
+             QStringList({"1|100", "2|100", "3|100", "4|200", "5|200", "6|200"}));
+    QCOMPARE(errorOf([&] { rows("select id, min(sal) keep (dense_rank first order by id) from pay"); }), 937);
   }
 
   void rowLimitingClause() {
@@ -51,7 +74,19 @@ private Q_SLOTS:
     QCOMPARE(rows("select id from pay order by id fetch first row only"), QStringList({"1"}));
     QCOMPARE(rows("select count(*) from (select id from pay order by id offset -3 rows fetch first 0 rows only)"),
              QStringList({"0"}));
-    QCOMPARE(errorOf([&] { rows("select id from pay order by sal fetch first 2 rows with ties"); }), 3001);
+    // Fractions are cut off; an offset or a count of NULL leaves no rows.
+    QCOMPARE(rows("select id from pay order by id offset 1.9 rows fetch next 1.5 rows only"), QStringList({"2"}));
+    QCOMPARE(rows("select id from pay order by id offset null rows"), QStringList());
+    QCOMPARE(rows("select id from pay order by id fetch first null rows only"), QStringList());
+    // WITH TIES adds the rows that sort equal to the last; PERCENT rounds the share of rows up.
+    QCOMPARE(rows("select dept from pay order by dept fetch first 1 row with ties"), QStringList({"10", "10", "10"}));
+    QCOMPARE(rows("select id, sal s from pay order by s desc fetch first 2 rows with ties"),
+             QStringList({"5|<null>", "4|400"}));
+    QCOMPARE(rows("select count(*) from (select id from pay order by sal fetch first 1 rows with ties)"),
+             QStringList({"2"}));
+    QCOMPARE(rows("select id from pay order by sal, id offset 1 row fetch next 1 row with ties"), QStringList({"3"}));
+    QCOMPARE(rows("select id from pay order by id fetch first 34 percent rows only"), QStringList({"1", "2", "3"}));
+    QCOMPARE(rows("select id from pay order by id offset 5 rows fetch first 50 percent rows only"), QStringList({"6"}));
   }
 };
 

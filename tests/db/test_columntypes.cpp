@@ -39,7 +39,7 @@ private Q_SLOTS:
     QCOMPARE(text, QString("ORA-01722: invalid number"));
     QCOMPARE(errorOf([&] { m_db->ExecuteSQL("update typed set price = price * 10 where price > 100"); }), 1438);
     m_db->ExecuteSQL("update typed set price = 0.125 where price = 12.5");
-    QCOMPARE(column("price").value(1), QString("0.13"));
+    QCOMPARE(column("price").value(1), QString(".13"));
     // A scale of zero rounds half away from zero; a negative one rounds left of the point.
     m_db->ExecuteSQL("delete from typed");
     for (const char* v : {"2.5", "-2.5", "7"})
@@ -78,6 +78,29 @@ private Q_SLOTS:
     QCOMPARE(rowsOf(*m_db, "select count(*) from typed where code = 'ab  '"), QStringList({"1"}));
     m_db->ExecuteSQL("update typed set code = 'x' where code = 'abcd'");
     QCOMPARE(column("code || '|'"), QStringList({"ab  |", "x   |"}));
+  }
+
+  void timestampsHoldTheirDigits() {
+    m_db->ExecuteSQL("create table stamps (id number, ts timestamp, ms timestamp(3), tz timestamp with time zone)");
+    const auto stamp = [&](const QString& values, QString* text = nullptr) {
+      return errorOf([&] { m_db->ExecuteSQL("insert into stamps values (" + values + ")"); }, text);
+    };
+    QCOMPARE(stamp("1, timestamp '2024-01-31 10:00:00.123456789', timestamp '2024-01-31 10:00:00.9996', null"), 0);
+    QCOMPARE(stamp("2, date '2024-01-31', '2024/01/31 10:00:00.5', timestamp '2024-01-31 10:00:00 '"), 0);
+    QCOMPARE(stamp("3, '2024/01/31 10:00:00', null, systimestamp"), 0);
+    // The fraction rounds to the column's digits; a DATE or a text in the session's form is a
+    // timestamp too; a zone is kept only where the column has one.
+    QCOMPARE(rowsOf(*m_db, "select ts, ms, length(tz) - length(ts) from stamps where id < 3 order by id"),
+             QStringList({"2024/01/31 10:00:00.123457|2024/01/31 10:00:01.000|<null>",
+                          "2024/01/31 00:00:00.000000|2024/01/31 10:00:00.500|7"}));
+    QCOMPARE(rowsOf(*m_db, "select count(*) from stamps where tz - systimestamp < interval '1' minute and id = 3"),
+             QStringList({"1"}));
+    QString text;
+    QCOMPARE(stamp("4, 5, null, null", &text), 932);
+    QCOMPARE(text, QString("ORA-00932: inconsistent datatypes: expected TIMESTAMP got NUMBER"));
+    QCOMPARE(stamp("5, interval '1' day, null, null"), 932);
+    QCOMPARE(stamp("6, 'abc', null, null"), 1858);
+    m_db->ExecuteSQL("drop table stamps");
   }
 
   void datesHoldDates() {

@@ -64,7 +64,7 @@ private Q_SLOTS:
 
   void numbersStillAddAsNumbers() {
     QCOMPARE(eval("1 + 2, 7 - 10, 2 * 3 - 1, 10 - 2 - 3, 1 - -1, 0.5 + 0.25, 9 / 2 - 1"),
-             QString("3|-3|5|5|2|0.75|3.5"));
+             QString("3|-3|5|5|2|.75|3.5"));
     // + and - bind as tightly as ||, left to right.
     QCOMPARE(eval("1 + 2 || 'x', '1' || 5 - 3 || 'z'"), QString("3x|12z"));
     QCOMPARE(error("'a' || 1 + 2"), 1722);
@@ -80,10 +80,6 @@ private Q_SLOTS:
     // Text is a number in arithmetic, even text in the form of a date.
     QCOMPARE(error("'2024/01/31' + 1"), 1722);
     QCOMPARE(eval("to_date('2024/01/31', 'YYYY/MM/DD') - '1', '5' + 3"), QString("2024/01/30|8"));
-    // Interval and timestamp literals are not available; they fail rather than compute a wrong value.
-    QCOMPARE(error("sysdate - interval '1' day", &text), 3001);
-    QCOMPARE(text, QString("ORA-03001: unimplemented feature"));
-    QCOMPARE(error("timestamp '2024-01-31 10:00:00' + 1"), 3001);
     QCOMPARE(error("to_date('9999/12/31', 'YYYY/MM/DD') + 1"), 1841);
     QCOMPARE(error("to_date('0001/01/01', 'YYYY/MM/DD') - 1"), 1841);
   }
@@ -120,6 +116,73 @@ private Q_SLOTS:
     QCOMPARE(error("extract(hour from " + d + ")", &text), 30076);
     QCOMPARE(text, QString("ORA-30076: invalid extract field for extract source"));
     QCOMPARE(error("extract(minute from sysdate)"), 30076);
+  }
+
+  void timestampsAndIntervals() {
+    QCOMPARE(eval("timestamp '2024-01-31 10:00:00.5', to_timestamp('10-Sep-02 14:10:10.123000', "
+                  "'DD-Mon-RR HH24:MI:SS.FF')"),
+             QString("2024/01/31 10:00:00.500000000|2002/09/10 14:10:10.123000000"));
+    QCOMPARE(eval("interval '2' day, interval '1-6' year to month, interval '0 10:00:00' day to second"),
+             QString("+02 00:00:00|+01-06|+00 10:00:00.000000"));
+    QCOMPARE(eval("interval '123-2' year(3) to month, interval '300' month(3), interval '4 5:12:10.222' day to "
+                  "second(3), interval '30.12345' second(2, 4)"),
+             QString("+123-02|+25-00|+04 05:12:10.222|+00 00:00:30.1235"));
+    QString text;
+    QCOMPARE(error("interval '123' year", &text), 1873);
+    QCOMPARE(text, QString("ORA-01873: the leading precision of the interval is too small"));
+    QCOMPARE(error("interval '1 25' day to hour"), 1850);
+    QCOMPARE(error("interval '1:60' hour to minute"), 1851);
+    QCOMPARE(error("interval 'x' day"), 1867);
+    QCOMPARE(error("timestamp '2024-13-01 00:00:00'"), 1843);
+    QCOMPARE(eval("to_timestamp('2024/01/31 10:00:00.5'), timestamp '2024-01-02 00:00:00' - date '2024-01-01'"),
+             QString("2024/01/31 10:00:00.500000000|+000000001 00:00:00.000000000"));
+    QCOMPARE(eval("to_dsinterval('1 02:00:00'), to_yminterval('01-06'), timestamp '2024-01-31 10:00:00 +09:00', "
+                  "timestamp '2024-01-31 10:00:00 +09:00' - timestamp '2024-01-31 10:00:00 +00:00'"),
+             QString("+000000001 02:00:00.000000000|+000000001-06|2024/01/31 10:00:00.000000000 +09:00|"
+                     "-000000000 09:00:00.000000000"));
+    // CURRENT_TIMESTAMP has the session's zone, LOCALTIMESTAMP none; both are the statement's moment.
+    QCOMPARE(eval("case when abs(current_date - sysdate) * 86400 <= 1 and current_timestamp = systimestamp and localtimestamp - "
+                  "systimestamp = interval '0' second then 'same' end, length(current_timestamp) - "
+                  "length(localtimestamp)"),
+             QString("same|7"));
+    QCOMPARE(eval("numtodsinterval(100, 'MINUTE'), numtoyminterval(30, 'month')"),
+             QString("+000000000 01:40:00.000000000|+000000002-06"));
+    // A moment moved by an interval keeps its type; two moments give an INTERVAL DAY TO SECOND.
+    const QString t = "timestamp '2024-01-31 10:00:00.5'";
+    QCOMPARE(eval(t + " + interval '0 10:00:00' day to second, " + t +
+                  " - interval '1' year, timestamp '2024-01-31 10:00:00' + 1"),
+             QString("2024/01/31 20:00:00.500000000|2023/01/31 10:00:00.500000000|2024/02/01 10:00:00"));
+    QCOMPARE(eval("date '2024-01-15' + interval '1-6' year to month, date '2024-01-15' - interval '36' hour"),
+             QString("2025/07/15|2024/01/13 12:00:00"));
+    QCOMPARE(eval("timestamp '2024-01-02 00:00:00' - timestamp '2024-01-01 00:00:00', date '2024-01-01' - " + t),
+             QString("+000000001 00:00:00.000000000|-000000030 10:00:00.500000000"));
+    // SYSTIMESTAMP is one moment for the whole statement.
+    QCOMPARE(eval("systimestamp - systimestamp, extract(hour from interval '1' day - interval '2' hour)"),
+             QString("+000000000 00:00:00.000000|22"));
+    QCOMPARE(eval("extract(second from " + t + "), extract(hour from " + t +
+                  "), extract(day from interval '4 "
+                  "5:12:10' day to second), extract(hour from interval '1' hour * 3)"),
+             QString(".5|10|4|3"));
+    QCOMPARE(eval("to_char(" + t + ", 'HH24:MI:SS.FF3'), trunc(" + t + "), length(to_char(systimestamp, 'FF'))"),
+             QString("10:00:00.500|2024/01/31|6"));
+    // They compare by value, not by their text.
+    QCOMPARE(rowsOf(*m_db, "select count(*) from dual where systimestamp - timestamp '2004-01-01 00:00:00' > "
+                           "interval '1' day and interval '2' day > interval '36' hour and interval '-1' day < "
+                           "interval '1' hour and " +
+                               t +
+                               " > timestamp '2024-01-31 10:00:00.25' and "
+                               "date '2024-01-31' < timestamp '2024-01-31 00:00:00.1'"),
+             QStringList({"1"}));
+    QCOMPARE(error("case when interval '1' day > interval '1' month then 1 end"), 932);
+    QCOMPARE(eval("extract(year from interval '5-3' year to month), extract(month from interval '-5-3' year to "
+                  "month), extract(second from interval '0 0:0:7.25' day to second), -interval '1' day, "
+                  "interval '10' minute * 1.5, interval '3' hour / 2"),
+             QString("5|-3|7.25|-01 00:00:00|+000000000 00:15:00|+000000000 01:30:00"));
+    QCOMPARE(error("date '2024-01-31' + interval '1' month", &text), 1839);
+    QCOMPARE(text, QString("ORA-01839: date not valid for month specified"));
+    QCOMPARE(error("1 + interval '1' day", &text), 30081);
+    QCOMPARE(text, QString("ORA-30081: invalid data type for datetime/interval arithmetic"));
+    QCOMPARE(error("interval '1' day + interval '1' month"), 30081);
   }
 
   void theSessionsDateFormatReadsAndWritesDates() {

@@ -136,6 +136,34 @@ private Q_SLOTS:
     QCOMPARE(rowsOf(*m_db, "select count(*) from customers where cust_no = 900"), QStringList({"1"}));
     m_db->ExecuteSQL("delete from customers where cust_no = 900");
   }
+
+  // Every kind of object, the index of an index-organized table, privileges, the instance.
+  void objectsPrivilegesAndInstance() {
+    QCOMPARE(rowsOf(*m_db, "select object_type, count(*) from user_objects group by object_type order by 1"),
+             QStringList({"INDEX|5", "SEQUENCE|1", "TABLE|3", "VIEW|1"}));
+    QCOMPARE(rowsOf(*m_db, "select count(distinct object_id), count(*) from all_objects"), QStringList({"10|10"}));
+    QCOMPARE(rowsOf(*m_db, "select index_type, uniqueness, generated from user_indexes where table_name = "
+                           "'ORDER_LINES'"),
+             QStringList({"IOT - TOP|UNIQUE|Y"}));
+    QCOMPARE(rowsOf(*m_db, "select index_name, index_type, uniqueness from user_indexes where table_name = 'ORDERS' "
+                           "order by 1"),
+             QStringList({"ORDERS_DATE_IX|NORMAL|NONUNIQUE", "ORDERS_PK|NORMAL|UNIQUE"}));
+    auto system = m_fx.open("SYSTEM", "manager");
+    m_db->ExecuteSQL("grant select on orders to system");
+    QCOMPARE(rowsOf(*m_db, "select grantee, owner, table_name, grantor, privilege, type from user_tab_privs"),
+             QStringList({"SYSTEM|SALES|ORDERS|SALES|SELECT|TABLE"}));
+    QCOMPARE(rowsOf(*system, "select table_schema, table_name from all_tab_privs where grantee = 'SYSTEM'"),
+             QStringList({"SALES|ORDERS"}));
+    QCOMPARE(rowsOf(*system, "select username, account_status, default_tablespace from dba_users order by 1"),
+             QStringList({"SALES|OPEN|USERS", "SYSTEM|OPEN|USERS"}));
+    QCOMPARE(errorOf([&] { rowsOf(*m_db, "select count(*) from dba_users"); }), 942);
+    QCOMPARE(rowsOf(*m_db, "select count(*) from v$version where banner like 'Oracle Database 19c%'"),
+             QStringList({"1"}));
+    QCOMPARE(rowsOf(*m_db, "select name, open_mode from v$database"), QStringList({"INST|READ WRITE"}));
+    m_db->ExecuteSQL("alter session set nls_date_format = 'DD-MON-RR'");
+    QCOMPARE(rowsOf(*m_db, "select value from nls_session_parameters where parameter = 'NLS_DATE_FORMAT'"),
+             QStringList({"DD-MON-RR"}));
+  }
 };
 
 QTEST_GUILESS_MAIN(TestDictionary)

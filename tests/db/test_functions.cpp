@@ -131,7 +131,7 @@ private Q_SLOTS:
              QString(" 2.68| $1,234.50|  42"));
 
     QCOMPARE(eval("to_number(' 42 '), to_number('-1.5e2'), to_number('.25'), to_number('+7'), to_number('')"),
-             QString("42|-150|0.25|7|<null>"));
+             QString("42|-150|.25|7|<null>"));
     QCOMPARE(eval("to_number('$1,234.50', '$9,999.99'), to_number('FF', 'XX'), to_number('12-', '99MI')"),
              QString("1234.5|255|-12"));
     QCOMPARE(eval("to_number('<5>', '9PR'), mod('7', 2), to_number(12.5)"), QString("-5|1|12.5"));
@@ -188,7 +188,10 @@ private Q_SLOTS:
              QString("1.03225806"));
     QCOMPARE(eval("months_between('2004/03/31', '2004/02/29'), months_between('2004/01/15 08:00:00', '2004/03/15'), "
                   "round(months_between('2004/01/02 12:00:00', '2004/01/01'), 6)"),
-             QString("1|-2|0.048387"));
+             QString("1|-2|.048387"));
+    // A fraction of a month in decimal, to NUMBER's digits.
+    QCOMPARE(eval("months_between(to_date('02-02-1995', 'MM-DD-YYYY'), to_date('01-01-1995', 'MM-DD-YYYY'))"),
+             QString("1.03225806451612903225806451612903225806"));
     QCOMPARE(eval("last_day('2004/02/10 08:00:00'), last_day('2100/02/01'), last_day(null)"),
              QString("2004/02/29 08:00:00|2100/02/28|<null>"));
 
@@ -277,9 +280,115 @@ private Q_SLOTS:
     QCOMPARE(error("add_months(5, 1)"), 932);
   }
 
+  void characterAndByteFunctions() {
+    QCOMPARE(
+        eval("translate('SQL*Plus User''s Guide', ' */''', '___'), translate('2KRW229', "
+             "'0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ', '9999999999XXXXXXXXXXXXXXXXXXXXXXXXXX'), initcap('the soap')"),
+        QString("SQL_Plus_Users_Guide|9XXX999|The Soap"));
+    // Bytes of AL32UTF8: three for each of these characters.
+    QCOMPARE(eval("lengthb('CANDIDE'), lengthb('日本語'), substrb('ABCDEFG', 5, 4.2), substrb('日本語', 4, 3), "
+                  "instrb('日本語', '語'), instrb('CORPORATE FLOOR', 'OR', 5, 2)"),
+             QString("7|9|EFG|本|7|14"));
+    QCOMPARE(eval("ascii('L'), ascii('é'), chr(67) || chr(65) || chr(84), chr(50089), ascii(''), chr(null)"),
+             QString("76|50089|CAT|é|<null>|<null>"));
+    QCOMPARE(eval("ascii('日本'), chr(15112101), lengthb(chr(15112101)), instrb('日本日本', '日', -1), "
+                  "substrb('日本語', 4), initcap('o''neil mcDONALD-smith 2nd')"),
+             QString("15112101|日|3|7|本語|O'Neil Mcdonald-Smith 2nd"));
+    QCOMPARE(eval("trim(both 'x' from 'xxAxx'), trim(leading '0' from '000123'), trim(trailing '0' from '12300'), "
+                  "trim('x' from 'xAx'), trim(leading from '  a  ') || '|', trim(chr(48) from '0a0')"),
+             QString("A|123|123|A|a  ||a"));
+    QString text;
+    QCOMPARE(error("trim('ab' from 'abc')", &text), 30001);
+    QCOMPARE(text, QString("ORA-30001: trim set should have only one character"));
+  }
+
+  void regularExpressions() {
+    const QString address = "'500 Oracle Parkway, Redwood Shores, CA'";
+    QCOMPARE(eval("regexp_substr(" + address +
+                  ", ',[^,]+,'), regexp_substr('http://www.example.com/products', "
+                  "'http://([[:alnum:]]+\\.?){3,4}/?'), regexp_substr('1234567890', '(123)(4(56)(78))', 1, 1, 'i', 4)"),
+             QString(", Redwood Shores,|http://www.example.com/|78"));
+    QCOMPARE(eval("regexp_instr(" + address +
+                  ", '[^ ]+', 1, 6), regexp_instr('1234567890', '(123)(4(56)(78))', 1, "
+                  "1, 0, 'i', 4), regexp_instr('abc', 'b', 1, 1, 1), regexp_instr('abc', 'x')"),
+             QString("37|7|3|0"));
+    QCOMPARE(eval("regexp_count('123123123123123', '(12)3', 1, 'i'), regexp_count('123123123123', '123', 3, 'i'), "
+                  "regexp_count('AaA', 'a', 1, 'i'), regexp_count('AaA', 'a')"),
+             QString("5|3|3|1"));
+    QCOMPARE(eval("regexp_replace('500   Oracle     Parkway,    Redwood  Shores, CA', '( ){2,}', ' '), "
+                  "regexp_replace('515.123.4567', '([[:digit:]]{3})\\.([[:digit:]]{3})\\.([[:digit:]]{4})', "
+                  "'(\\1) \\2-\\3'), regexp_replace('aaa', 'a', 'b', 1, 2), regexp_replace('abc', null, 'x')"),
+             QString("500 Oracle Parkway, Redwood Shores, CA|(515) 123-4567|aba|abc"));
+    QCOMPARE(rowsOf(*m_db, "select count(*) from dual where regexp_like('Stephen', '^Ste(v|ph)en$') and not "
+                           "regexp_like('STEVEN', '^Ste(v|ph)en$') and regexp_like('STEVEN', '^ste(v|ph)en$', 'i')"),
+             QStringList({"1"}));
+    // Match parameters: n lets . match a newline, m anchors at each line, x ignores blanks.
+    QCOMPARE(eval("regexp_count('a' || chr(10) || 'b', 'a.b'), regexp_count('a' || chr(10) || 'b', 'a.b', 1, 'n'), "
+                  "regexp_count('a' || chr(10) || 'b', '^b'), regexp_count('a' || chr(10) || 'b', '^b', 1, 'm'), "
+                  "regexp_substr('abc', 'a b', 1, 1, 'x')"),
+             QString("0|1|0|1|ab"));
+    QCOMPARE(error("regexp_like('a', 'a', 'q')"), 1760);
+    QCOMPARE(error("regexp_substr('a', '(a')"), 12725);
+    QCOMPARE(error("regexp_count('a', 'a', 0)"), 1428);
+  }
+
+  void numberDateAndValueFunctions() {
+    QCOMPARE(
+        eval("remainder(11, 4), remainder(10, 4), remainder(14, 4), remainder(-11, 4), bitand(6, 3), bitand(15, 7)"),
+        QString("-1|2|-2|1|2|7"));
+    QCOMPARE(error("remainder(1, 0)"), 1476);
+    QCOMPARE(eval("next_day(to_date('2001/02/02', 'YYYY/MM/DD'), 'TUESDAY'), next_day(to_date('2001/02/02 10:30', "
+                  "'YYYY/MM/DD HH24:MI'), 'fri')"),
+             QString("2001/02/06|2001/02/09 10:30:00"));
+    QCOMPARE(error("next_day(sysdate, 'someday')"), 1846);
+    // GREATEST and LEAST take the type of their first argument.
+    QCOMPARE(eval("greatest(1, '3.925', '2.4'), greatest(date '2024-01-31', '2024/02/01'), least('10', 9)"),
+             QString("3.925|2024/02/01|10"));
+    QCOMPARE(eval("nullif(1, 1), nullif('a', 'b'), nullif(2, 1)"), QString("<null>|a|2"));
+    QString text;
+    QCOMPARE(error("nullif(1, '1')", &text), 932);
+    QCOMPARE(text, QString("ORA-00932: inconsistent datatypes: expected NUMBER got CHAR"));
+    QCOMPARE(rowsOf(*m_db, "select count(*) from (select 1 x from dual union all select null from dual union all "
+                           "select 3 from dual) where lnnvl(x >= 2)"),
+             QStringList({"2"}));
+    m_db->ExecuteSQL("create table dumped (code varchar2(5), at date)");
+    m_db->ExecuteSQL("insert into dumped values ('abc', to_date('2024/01/31 10:20:30', 'YYYY/MM/DD HH24:MI:SS'))");
+    QCOMPARE(rowsOf(*m_db, "select dump(100), dump(-123), dump(0.5), dump(0), dump(code, 1016), dump(at), "
+                           "vsize(code), vsize(at), vsize(100), dump(null) from dumped"),
+             QStringList({"Typ=2 Len=2: 194,2|Typ=2 Len=4: 61,100,78,102|Typ=2 Len=2: 192,51|Typ=2 Len=1: 128|"
+                          "Typ=1 Len=3 CharacterSet=AL32UTF8: 61,62,63|Typ=12 Len=7: 120,124,1,31,11,21,31|3|7|2|"
+                          "NULL"}));
+    m_db->ExecuteSQL("drop table dumped");
+    // ORA_HASH: the same bucket for the same value, within the buckets asked for.
+    QCOMPARE(eval("case when ora_hash('abc') = ora_hash('abc') and ora_hash('abc') <> ora_hash('abd') and "
+                  "ora_hash('abc', 9) between 0 and 9 and ora_hash(12, 9, 5) between 0 and 9 then 'ok' end"),
+             QString("ok"));
+    QCOMPARE(error("ora_hash('a', -1)"), 1428);
+  }
+
+  void sessionContext() {
+    QCOMPARE(eval("sys_context('USERENV', 'SESSION_USER'), sys_context('userenv', 'current_schema'), user, "
+                  "sys_context('USERENV', 'DB_NAME'), sys_context('USERENV', 'ISDBA'), userenv('LANGUAGE'), "
+                  "sys_context('my_ctx', 'x')"),
+             QString("SALES|SALES|SALES|INST|FALSE|AMERICAN_AMERICA.AL32UTF8|<null>"));
+    QCOMPARE(eval("sys_context('USERENV', 'INSTANCE_NAME'), sys_context('USERENV', 'LANG'), sys_context('USERENV', "
+                  "'NLS_DATE_FORMAT'), userenv('INSTANCE'), nvl2(sys_context('USERENV', 'MODULE'), 'set', 'none')"),
+             QString("INST|US|YYYY/MM/DD HH24:MI:SS|1|set"));
+    QCOMPARE(error("userenv('CURRENT_SCHEMA')"), 2003);
+    QCOMPARE(eval("case when to_number(sys_context('USERENV', 'SID')) = userenv('SID') and userenv('SESSIONID') > 0 "
+                  "and uid = "
+                  "(select user_id from all_users where username = 'SALES') and sys_context('USERENV', 'HOST') "
+                  "is not null and sys_context('USERENV', 'OS_USER') is not null then 'ok' end"),
+             QString("ok"));
+    QString text;
+    QCOMPARE(error("sys_context('USERENV', 'NO_SUCH_KEY')", &text), 2003);
+    QCOMPARE(text, QString("ORA-02003: invalid USERENV parameter"));
+  }
+
   void clockFunctions() {
-    const QRegularExpression timestamp("^(\\d{4}/\\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d)\\.\\d{6}$");
-    const QStringList now = eval("sysdate, systimestamp()").split(u'|');
+    // SYSTIMESTAMP has six digits of the second and the time zone.
+    const QRegularExpression timestamp("^(\\d{4}/\\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d)\\.\\d{6} [+-]\\d\\d:\\d\\d$");
+    const QStringList now = eval("sysdate, systimestamp").split(u'|');
     QCOMPARE(now.size(), 2);
     const QDateTime sysdate = QDateTime::fromString(now[0], "yyyy/MM/dd HH:mm:ss");
     QVERIFY2(sysdate.isValid(), qPrintable(now[0]));

@@ -56,8 +56,17 @@ private Q_SLOTS:
     QCOMPARE(text, QString("ORA-01722: invalid number"));
     for (const char* items : {"'x' * 2", "2 / 'x'", "-'x'", "'2024/01/31' * 2", "1 + 'x' * 0"})
       QCOMPARE(error(QString("select %1 from dual").arg(items)), 1722);
-    // A character column is text, even where it reads as a date.
+    // A character column or function is text, even where it reads as a date.
     QCOMPARE(error("select code + 1 from ledger where id = 1"), 1722);
+    QCOMPARE(error("select substr(code, 1, 10) - 1 from ledger where id = 1"), 1722);
+    QCOMPARE(error("select sum(code) from ledger where id = 1"), 1722);
+    QCOMPARE(rowsOf(*m_db, "select sum(distinct code), avg(code) over () from ledger where id = 2"),
+             QStringList({"10|10"}));
+    // A DATE compared with a number is no conversion but an error, also as an expression.
+    QCOMPARE(error("select count(*) from ledger where at > 5", &text), 932);
+    QCOMPARE(text, QString("ORA-00932: inconsistent datatypes: expected DATE got NUMBER"));
+    QCOMPARE(error("select count(*) from ledger where at + 1 = 5"), 932);
+    QCOMPARE(error("select count(*) from dual where 1 = systimestamp"), 932);
     QCOMPARE(error("select code - 1 from ledger where id = 1"), 1722);
     QCOMPARE(rowsOf(*m_db, "select code + 1, code * 2 from ledger where id = 2"), QStringList({"11|20"}));
   }
@@ -71,6 +80,10 @@ private Q_SLOTS:
     QCOMPARE(count("amount = '.1'"), QString("3"));
     QCOMPARE(count("length(code) = '3'"), QString("2"));
     QCOMPARE(count("code = '010'"), QString("1")); // text with text stays text
+    // A view's computed column has no declared type: the literal takes the kind of its values.
+    m_db->ExecuteSQL("create view ledger_view as select id * 1 n, code || '' c from ledger");
+    QCOMPARE(rowsOf(*m_db, "select count(*) from ledger_view where n = '2' or '1.0' = n or c = '010'"),
+             QStringList({"2"}));
     QString text;
     QCOMPARE(error("select count(*) from ledger where id = 'abc'", &text), 1722);
     QCOMPARE(text, QString("ORA-01722: invalid number"));
@@ -99,6 +112,36 @@ private Q_SLOTS:
     QCOMPARE(count("at = '2024/01/31'"), QString("1"));
     QCOMPARE(count("at >= '2024/2/1'"), QString("1"));
     QCOMPARE(error("select count(*) from ledger where at = 'abc'"), 1858);
+  }
+
+  void numberKeepsFortyDigits() {
+    const QString third = "." + QString(40, '3');
+    QCOMPARE(eval("1 / 3, 2 / 3, 10 / 3"), third + "|." + QString(39, '6') + "7|3." + QString(38, '3'));
+    QCOMPARE(eval("12345678901234567890123456789012345678 + 1, -99999999999999999999 * 99999999999999999999"),
+             QString("12345678901234567890123456789012345679|-9999999999999999999800000000000000000001"));
+    QCOMPARE(eval("to_char(3 * 0.5), 9223372036854775807 + 1, 0.5, -0.25, 1e-131"),
+             QString("1.5|9223372036854775808|.5|-.25|0"));
+    QCOMPARE(eval("greatest(1 / 3, 0.3333333333333333), abs(-1 / 3), round(1 / 3, 3)"), third + "|" + third + "|.333");
+    // Twenty base-100 digits: 38 nines and one more is 39 digits, exact; a first pair of one digit
+    // leaves 39 for the value.
+    QCOMPARE(eval("99999999999999999999999999999999999999 + 1, 12345678901234567890123456789012345678901, "
+                  "to_char(1 / 3, '0.999'), to_char(2 / 3, 'FM9.99999')"),
+             QString("1" + QString(38, '0') + "|12345678901234567890123456789012345678900| 0.333|.66667"));
+    QCOMPARE(eval("mod(1e25 + 1, 7), mod(1 / 3, 0.1), mod(-11, 4), mod(11.5, 4)"),
+             "4|.0" + QString(39, '3') + "|-3|3.5");
+    QCOMPARE(rowsOf(*m_db, "select amount from ledger where id = 1"), QStringList({".1"}));
+    // Wide values compare, group and sort as the numbers they are.
+    QCOMPARE(rowsOf(*m_db, "select count(distinct id / id / 3) from ledger"), QStringList({"1"}));
+    QCOMPARE(rowsOf(*m_db, "select count(*) from dual where 1 / 3 < 1 and 1 / 3 > 0.3 and 2 / 3 between 0.6 and "
+                           "0.7 and 12345678901234567890123 > 9e18 and -12345678901234567890123 < -9e18"),
+             QStringList({"1"}));
+    QCOMPARE(rowsOf(*m_db, "select id, avg(id / 3) from ledger group by id having avg(id / 3) > 0.5 order by 2 desc"),
+             QStringList({"3|1", "2|." + QString(39, '6') + "7"}));
+    QString text;
+    QCOMPARE(error("select 1e126 from dual", &text), 1426);
+    QCOMPARE(text, QString("ORA-01426: numeric overflow"));
+    QCOMPARE(error("select 9.9e125 * 10 from dual"), 1426);
+    QCOMPARE(eval("9.9e125 * -1"), QString("-9.9E+125"));
   }
 
   void divisionByZeroAndDatesAreRefused() {

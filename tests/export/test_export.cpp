@@ -107,7 +107,7 @@ private Q_SLOTS:
     // quotes, large objects and raw data by their type names; the date alone at midnight.
     QCOMPARE(written(*rows, columns, {}),
              QByteArray("1,\"A\",2024/01/31,12.5,BLOB,CLOB,RAW\r\n"
-                        "2,\"\",2024/02/01 13:05:09,-0.25,BLOB,CLOB,RAW\r\n"
+                        "2,\"\",2024/02/01 13:05:09,-.25,BLOB,CLOB,RAW\r\n"
                         "0,\"\",0,0,BLOB,CLOB,RAW\r\n"));
 
     // The header names the columns unquoted; LONG and LONG RAW follow their own rules.

@@ -140,6 +140,21 @@ private Q_SLOTS:
     QCOMPARE(column(g, 0), (QStringList{"1", "2", "3", "4"}));
   }
 
+  void numbersReadAsOraclePrintsThemAndSortAsNumbers() {
+    m_state.gDatabase->ExecuteSQL("create table PRICES (ID NUMBER(6), P NUMBER(8,2))");
+    m_state.gDatabase->ExecuteSQL("insert into PRICES select ID, ID / 4 - 0.5 from ITEMS where ID <= 4");
+    m_state.gInfoTable = "PRICES";
+    auto viewer = open("select * from PRICES order by ID");
+    FlexGrid& g = grid(*viewer);
+    QCOMPARE(column(g, 2), (QStringList{"-.25", "0", ".25", ".5"}));
+    QTest::mouseClick(g.horizontalHeader()->viewport(), Qt::LeftButton, {},
+                      QPoint(g.horizontalHeader()->sectionViewportPosition(2) + 5, 5));
+    QTest::mouseClick(viewer->findChild<QPushButton*>("cmdSort_1"), Qt::LeftButton);
+    QCOMPARE(column(g, 2), (QStringList{".5", ".25", "0", "-.25"}));
+    m_state.gInfoTable = "ITEMS";
+    m_state.gDatabase->ExecuteSQL("drop table PRICES");
+  }
+
   void aFailingQuerySaysSoAndAnEmptyOneDoesNot() {
     m_boxes.expect(MessageBoxes::Answer::Ok);
     auto viewer = open("select * from MISSING");

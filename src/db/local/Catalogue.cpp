@@ -124,9 +124,16 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
        "COLUMN_NAME, "
        "position AS POSITION FROM CAT.cons_columns",
        nullptr, "OWNER", "TABLE_NAME"},
+      // The primary key of an index-organized table is the table's own index.
       {"ALL_INDEXES",
-       "SELECT owner AS OWNER, index_name AS INDEX_NAME, 'NORMAL' AS INDEX_TYPE, table_owner AS TABLE_OWNER, "
-       "table_name AS TABLE_NAME, 'TABLE' AS TABLE_TYPE, uniqueness AS UNIQUENESS FROM CAT.indexes",
+       "SELECT i.owner AS OWNER, i.index_name AS INDEX_NAME, CASE WHEN EXISTS (SELECT 1 FROM CAT.tables t JOIN "
+       "CAT.constraints c ON c.owner = t.owner AND c.table_name = t.table_name AND c.constraint_type = 'P' WHERE "
+       "t.iot = 1 AND t.owner = i.table_owner AND t.table_name = i.table_name AND c.index_name = i.index_name) "
+       "THEN 'IOT - TOP' ELSE 'NORMAL' END AS INDEX_TYPE, i.table_owner AS TABLE_OWNER, i.table_name AS TABLE_NAME, "
+       "'TABLE' AS TABLE_TYPE, i.uniqueness AS UNIQUENESS, 'DISABLED' AS COMPRESSION, 'USERS' AS TABLESPACE_NAME, "
+       "'YES' AS LOGGING, 'VALID' AS STATUS, NULL AS NUM_ROWS, NULL AS LAST_ANALYZED, '1' AS DEGREE, "
+       "'NO' AS PARTITIONED, 'N' AS TEMPORARY, CASE WHEN i.index_name GLOB 'SYS_*' THEN 'Y' ELSE 'N' END "
+       "AS GENERATED, 'VISIBLE' AS VISIBILITY FROM CAT.indexes i",
        "OWNER", "TABLE_OWNER", "TABLE_NAME"},
       {"ALL_IND_COLUMNS",
        "SELECT index_owner AS INDEX_OWNER, index_name AS INDEX_NAME, table_owner AS TABLE_OWNER, "
@@ -143,9 +150,15 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
        "(((last_number - start_with) / increment_by + cache_size - 1) / cache_size) ELSE last_number END "
        "AS LAST_NUMBER FROM CAT.sequences",
        "SEQUENCE_OWNER", "SEQUENCE_OWNER", nullptr},
+      // Indexes, in a namespace of their own, are numbered apart from the other objects.
       {"ALL_OBJECTS",
-       "SELECT owner AS OWNER, name AS OBJECT_NAME, type AS OBJECT_TYPE, created AS CREATED, 'VALID' AS STATUS "
-       "FROM CAT.objects",
+       "SELECT owner AS OWNER, name AS OBJECT_NAME, NULL AS SUBOBJECT_NAME, id AS OBJECT_ID, CASE WHEN type IN "
+       "('TABLE', 'INDEX') THEN id END AS DATA_OBJECT_ID, type AS OBJECT_TYPE, created AS CREATED, created AS "
+       "LAST_DDL_TIME, replace(replace(created, '/', '-'), ' ', ':') AS TIMESTAMP, 'VALID' AS STATUS, 'N' AS "
+       "TEMPORARY, CASE WHEN name GLOB 'SYS_*' THEN 'Y' ELSE 'N' END AS GENERATED, 'N' AS SECONDARY FROM (SELECT "
+       "rowid AS id, owner, name, type, created FROM CAT.objects UNION ALL SELECT 1000000 + i.rowid, i.owner, "
+       "i.index_name, 'INDEX', t.created FROM CAT.indexes i LEFT JOIN CAT.objects t ON t.owner = i.table_owner AND "
+       "t.name = i.table_name)",
        "OWNER", "OWNER", "OBJECT_NAME"},
       {"ALL_USERS", "SELECT username AS USERNAME, user_id AS USER_ID, created AS CREATED FROM CAT.users", nullptr,
        nullptr, nullptr},

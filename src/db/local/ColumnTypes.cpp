@@ -3,8 +3,10 @@
 #include "db/OraError.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
+#include "db/local/OracleTimestamp.h"
 #include "db/local/SessionSettings.h"
 #include "db/local/SqlTranslator.h"
+#include "db/local/SqliteNumber.h"
 
 namespace ColumnTypes {
 
@@ -29,17 +31,13 @@ QString text(sqlite3_value* v) {
   return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(v)), sqlite3_value_bytes(v));
 }
 
-Value numberOf(sqlite3_value* v) {
-  switch (sqlite3_value_type(v)) {
-  case SQLITE_INTEGER: return Value::of(qint64(sqlite3_value_int64(v)));
-  case SQLITE_FLOAT: return Value::of(sqlite3_value_double(v));
-  default: return OracleNumber::fromText(text(v));
-  }
+// dbsweep_fits(value, type, maximum, characters, precision, scale, owner, table, column)
+const SessionSettings& session(sqlite3_context* ctx) {
+  return *static_cast<const SessionSettings*>(sqlite3_user_data(ctx));
 }
 
-// dbsweep_fits(value, type, maximum, characters, precision, scale, owner, table, column)
-void checkNumber(sqlite3_value** argv) {
-  const Value v = numberOf(argv[0]);
+void checkNumber(sqlite3_context* ctx, sqlite3_value** argv) {
+  const Value v = SqliteNumber::read(argv[0], session(ctx).wideNumbers);
   if (sqlite3_value_type(argv[4]) == SQLITE_NULL)
     return;
   const int precision = sqlite3_value_int(argv[4]);
@@ -60,14 +58,28 @@ void checkText(sqlite3_value** argv) {
                               .arg(maximum));
 }
 
-const SessionSettings& session(sqlite3_context* ctx) {
-  return *static_cast<const SessionSettings*>(sqlite3_user_data(ctx));
-}
-
 void checkDate(sqlite3_context* ctx, sqlite3_value** argv) {
   if (sqlite3_value_type(argv[0]) != SQLITE_TEXT)
     throw OraError(932, QStringLiteral("inconsistent datatypes: expected DATE got NUMBER"));
   session(ctx).date(text(argv[0]));
+}
+
+bool isTimestamp(const QString& type) { return type.startsWith(u"TIMESTAMP"); }
+bool isZoned(const QString& type) { return type.endsWith(u" WITH TIME ZONE"); }
+
+// A value written to a TIMESTAMP column: a TIMESTAMP, a DATE, or a text in the session's form of
+// a timestamp; a number is none (ORA-00932).
+OracleTimestamp::Timestamp timestampOf(sqlite3_value* v) {
+  if (sqlite3_value_type(v) != SQLITE_TEXT)
+    throw OraError(932, QStringLiteral("inconsistent datatypes: expected TIMESTAMP got NUMBER"));
+  const QString value = text(v);
+  if (const auto d = OracleDateTime::parseStored(value))
+    return OracleTimestamp::fromDate(*d);
+  if (const auto t = OracleTimestamp::read(value); t && std::holds_alternative<OracleTimestamp::Timestamp>(*t))
+    return std::get<OracleTimestamp::Timestamp>(*t);
+  if (OracleTimestamp::read(value))
+    throw OraError(932, QStringLiteral("inconsistent datatypes: expected TIMESTAMP got INTERVAL"));
+  return {OracleDateTime::parse(value, u"YYYY/MM/DD HH24:MI:SS.FF", QDate::currentDate()), 9, std::nullopt};
 }
 
 void fits(sqlite3_context* ctx, int, sqlite3_value** argv) {
@@ -76,9 +88,11 @@ void fits(sqlite3_context* ctx, int, sqlite3_value** argv) {
     if (type != SQLITE_NULL && !(type == SQLITE_TEXT && sqlite3_value_bytes(argv[0]) == 0)) {
       const QString dataType = text(argv[1]);
       if (dataType == u"NUMBER" || dataType == u"FLOAT")
-        checkNumber(argv);
+        checkNumber(ctx, argv);
       else if (dataType == u"DATE")
         checkDate(ctx, argv);
+      else if (dataType == u"TIMESTAMP")
+        timestampOf(argv[0]);
       else
         checkText(argv);
     }
@@ -95,11 +109,9 @@ void storedNumber(sqlite3_context* ctx, int, sqlite3_value** argv) {
       sqlite3_result_null(ctx);
       return;
     }
-    const Value v = Decimal::from(numberOf(argv[0])).rounded(sqlite3_value_int(argv[1])).value();
-    if (v.isInteger)
-      sqlite3_result_int64(ctx, v.integer);
-    else
-      sqlite3_result_double(ctx, v.real);
+    WideNumbers& wide = session(ctx).wideNumbers;
+    SqliteNumber::result(
+        ctx, Decimal::from(SqliteNumber::read(argv[0], wide)).rounded(sqlite3_value_int(argv[1])).value(), wide);
   } catch (const OraError& e) {
     sqlite3_result_error(ctx, e.what(), -1);
   }
@@ -113,6 +125,27 @@ void storedDate(sqlite3_context* ctx, int, sqlite3_value** argv) {
       return;
     }
     const QByteArray out = OracleDateTime::stored(session(ctx).date(text(argv[0]))).toUtf8();
+    sqlite3_result_text(ctx, out.constData(), int(out.size()), SQLITE_TRANSIENT);
+  } catch (const OraError& e) {
+    sqlite3_result_error(ctx, e.what(), -1);
+  }
+}
+
+// dbsweep_stored_timestamp(value, fraction, zoned): a value written to a TIMESTAMP column in the
+// form the column keeps: its fraction of a second rounded to the column's digits, with a time
+// zone only in a column WITH TIME ZONE, the session's where the value had none.
+void storedTimestamp(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  try {
+    if (sqlite3_value_type(argv[0]) != SQLITE_TEXT) {
+      sqlite3_result_value(ctx, argv[0]);
+      return;
+    }
+    OracleTimestamp::Timestamp t = OracleTimestamp::withPrecision(timestampOf(argv[0]), sqlite3_value_int(argv[1]));
+    if (!sqlite3_value_int(argv[2]))
+      t.zoneMinutes.reset();
+    else if (!t.zoneMinutes)
+      t.zoneMinutes = OracleTimestamp::sessionZoneMinutes(t.at);
+    const QByteArray out = OracleTimestamp::text(t).toUtf8();
     sqlite3_result_text(ctx, out.constData(), int(out.size()), SQLITE_TRANSIENT);
   } catch (const OraError& e) {
     sqlite3_result_error(ctx, e.what(), -1);
@@ -138,12 +171,12 @@ QString literal(const QVariant& v) { return v.isNull() ? QStringLiteral("NULL") 
 
 QString clauses(const Column& c) {
   const bool text = isText(c.dataType);
-  if (!text && c.dataType != u"NUMBER" && c.dataType != u"FLOAT" && c.dataType != u"DATE")
+  if (!text && c.dataType != u"NUMBER" && c.dataType != u"FLOAT" && c.dataType != u"DATE" && !isTimestamp(c.dataType))
     return {};
   const qint64 maximum = countsCharacters(c) ? c.charLength : c.dataLength;
   QString out =
       QStringLiteral(" CHECK (dbsweep_fits(%1, '%2', %3, %4, %5, %6, %7, %8, %9))")
-          .arg(q(c.name), c.dataType)
+          .arg(q(c.name), isTimestamp(c.dataType) ? QStringLiteral("TIMESTAMP") : c.dataType)
           .arg(maximum)
           .arg(countsCharacters(c) ? 1 : 0)
           .arg(c.dataType == u"NUMBER" ? literal(c.precision) : QStringLiteral("NULL"), literal(c.scale),
@@ -162,6 +195,10 @@ QStringList triggers(const QString& schema, const QString& table, const std::vec
       stored = QStringLiteral("dbsweep_stored(%1, %2)").arg(q(c.name), c.scale.toString());
     else if (c.dataType == u"DATE")
       stored = QStringLiteral("dbsweep_stored_date(%1)").arg(q(c.name));
+    else if (isTimestamp(c.dataType))
+      stored = QStringLiteral("dbsweep_stored_timestamp(%1, %2, %3)")
+                   .arg(q(c.name), literal(c.scale))
+                   .arg(isZoned(c.dataType) ? 1 : 0);
     else if (c.dataType == u"CHAR" || c.dataType == u"NCHAR")
       stored = QStringLiteral("dbsweep_padded(%1, %2, %3)")
                    .arg(q(c.name))
@@ -188,9 +225,11 @@ void registerFunctions(sqlite3* db, const SessionSettings* settings) {
   const int flags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
   auto* session = const_cast<SessionSettings*>(settings);
   sqlite3_create_function_v2(db, "dbsweep_fits", 9, flags, session, fits, nullptr, nullptr, nullptr);
-  sqlite3_create_function_v2(db, "dbsweep_stored", 2, flags, nullptr, storedNumber, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_stored", 2, flags, session, storedNumber, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(db, "dbsweep_padded", 3, flags, nullptr, padded, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(db, "dbsweep_stored_date", 1, flags, session, storedDate, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_stored_timestamp", 3, flags, nullptr, storedTimestamp, nullptr, nullptr,
+                             nullptr);
 }
 
 } // namespace ColumnTypes

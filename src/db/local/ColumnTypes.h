@@ -10,7 +10,8 @@ struct SessionSettings;
 // What a column's Oracle type demands of the values written to it, which SQLite's affinities
 // do not: a NUMBER holds numbers within its precision, rounded to its scale; a VARCHAR2 or CHAR
 // holds no more than its length in bytes or characters, a CHAR padded with blanks to it; a
-// DATE holds dates. Each rule raises the error Oracle raises.
+// DATE holds dates, a TIMESTAMP timestamps to the digits of its fraction of a second. Each rule
+// raises the error Oracle raises.
 namespace ColumnTypes {
 
 struct Column {

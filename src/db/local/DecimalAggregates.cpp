@@ -3,6 +3,8 @@
 #include "db/OraError.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OracleNumber.h"
+#include "db/local/SessionSettings.h"
+#include "db/local/SqliteNumber.h"
 
 #include <optional>
 
@@ -28,25 +30,24 @@ Total* totalOf(sqlite3_context* ctx, bool create) {
   return *slot;
 }
 
+WideNumbers& wideNumbers(sqlite3_context* ctx) {
+  return static_cast<const SessionSettings*>(sqlite3_user_data(ctx))->wideNumbers;
+}
+
 // The value of an argument as a number, NULL ('' too) being none.
-std::optional<Value> numberOf(sqlite3_value* v) {
-  switch (sqlite3_value_type(v)) {
-  case SQLITE_NULL: return std::nullopt;
-  case SQLITE_INTEGER: return Value::of(qint64(sqlite3_value_int64(v)));
-  case SQLITE_FLOAT: return Value::of(sqlite3_value_double(v));
-  default: break;
-  }
-  const QString text = QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(v)), sqlite3_value_bytes(v));
-  if (text.isEmpty())
+std::optional<Value> numberOf(sqlite3_context* ctx, sqlite3_value* v) {
+  const int type = sqlite3_value_type(v);
+  if (type == SQLITE_NULL || (type == SQLITE_TEXT && sqlite3_value_bytes(v) == 0))
     return std::nullopt;
-  if (OracleDateTime::parseStored(text))
+  if (type == SQLITE_TEXT &&
+      OracleDateTime::parseStored(QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(v)))))
     throw OraError(932, QStringLiteral("inconsistent datatypes: expected NUMBER got DATE"));
-  return OracleNumber::fromText(text);
+  return SqliteNumber::read(v, wideNumbers(ctx));
 }
 
 template <int Sign> void add(sqlite3_context* ctx, int, sqlite3_value** argv) {
   try {
-    const auto v = numberOf(argv[0]);
+    const auto v = numberOf(ctx, argv[0]);
     if (!v)
       return;
     Total* total = totalOf(ctx, true);
@@ -60,20 +61,13 @@ template <int Sign> void add(sqlite3_context* ctx, int, sqlite3_value** argv) {
   }
 }
 
-void result(sqlite3_context* ctx, const Value& v) {
-  if (v.isInteger)
-    sqlite3_result_int64(ctx, v.integer);
-  else
-    sqlite3_result_double(ctx, v.real);
-}
-
 template <bool Average> void current(sqlite3_context* ctx) {
   const Total* total = totalOf(ctx, false);
   if (!total || total->count == 0)
     return sqlite3_result_null(ctx);
   try {
     const Value sum = total->sum.value();
-    result(ctx, Average ? OracleNumber::divide(sum, Value::of(total->count)) : sum);
+    SqliteNumber::result(ctx, Average ? OracleNumber::divide(sum, Value::of(total->count)) : sum, wideNumbers(ctx));
   } catch (const OraError& e) {
     sqlite3_result_error(ctx, e.what(), -1);
   }
@@ -89,10 +83,11 @@ template <bool Average> void finish(sqlite3_context* ctx) {
 
 } // namespace
 
-void registerAll(sqlite3* db) {
+void registerAll(sqlite3* db, const SessionSettings* settings) {
   const int flags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
-  sqlite3_create_window_function(db, "SUM", 1, flags, nullptr, add<1>, finish<false>, value<false>, add<-1>, nullptr);
-  sqlite3_create_window_function(db, "AVG", 1, flags, nullptr, add<1>, finish<true>, value<true>, add<-1>, nullptr);
+  auto* data = const_cast<SessionSettings*>(settings);
+  sqlite3_create_window_function(db, "SUM", 1, flags, data, add<1>, finish<false>, value<false>, add<-1>, nullptr);
+  sqlite3_create_window_function(db, "AVG", 1, flags, data, add<1>, finish<true>, value<true>, add<-1>, nullptr);
 }
 
 } // namespace DecimalAggregates

@@ -1,15 +1,22 @@
 #include "db/local/LocalConnection.h"
+
 #include "db/local/OracleFunctions.h"
+#include "db/local/SessionContext.h"
 
 #include "db/local/Catalogue.h"
 #include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/DecimalAggregates.h"
+#include "db/local/DictionaryViews.h"
 #include "db/local/HierarchicalQueries.h"
 #include "db/local/LocalDynaset.h"
+#include "db/local/LocalEngine.h"
 #include "db/local/MergeStatement.h"
 #include "db/local/MultiTableInsert.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/OrderedAggregates.h"
+#include "db/local/RowLocks.h"
+#include "db/local/SessionContext.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
 #include "db/local/ViewDml.h"
@@ -191,6 +198,7 @@ LocalConnection::LocalConnection(Logon logon, sqlite3* db, sqlite3* side)
     rollbackQuietly();
   });
   Catalogue::installViews(m_db, m_logon.user, m_logon.dba, m_watch->sid());
+  DictionaryViews::install(m_db, m_logon.user, m_logon.dba);
 }
 
 LocalConnection::~LocalConnection() {
@@ -208,8 +216,11 @@ void LocalConnection::registerFunctions() {
   sqlite3_create_collation_v2(m_db, "ORADATE", SQLITE_UTF8, nullptr, compareDates, nullptr);
   OracleFunctions::registerAll(m_db, &m_settings);
   ColumnTypes::registerFunctions(m_db, &m_settings);
-  DecimalAggregates::registerAll(m_db);
+  DecimalAggregates::registerAll(m_db, &m_settings);
   HierarchicalQueries::registerFunctions(m_db);
+  SessionContext::registerAll(m_db, this);
+  OrderedAggregates::registerFunctions(m_db);
+  DictionaryViews::registerFunctions(m_db, &m_settings);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_currval", 2, SQLITE_UTF8, this, currval, nullptr, nullptr, nullptr);
@@ -221,6 +232,7 @@ void LocalConnection::checkAlive() {
 }
 
 void LocalConnection::startCall() {
+  m_settings.wideNumbers.clear();
   if (m_watch && m_watch->killedNow()) {
     rollbackQuietly();
     throw killedError();
@@ -398,10 +410,10 @@ void LocalConnection::putOutput(const QString& text, bool endLine) {
 }
 
 OraError LocalConnection::oracleError(const SqliteFailure& failure, const QString& owner, const QString& table,
-                                      SqlErrors::Dml dml) const {
+                                      SqlErrors::Dml dml, const std::optional<SqlErrors::ForeignKey>& violated) const {
   if ((failure.code & 0xff) == SQLITE_INTERRUPT && m_watch && m_watch->killed())
     return killedError();
-  return SqlErrors::toOracle(m_db, failure, owner.isEmpty() ? m_logon.user : owner, table, dml);
+  return SqlErrors::toOracle(m_db, failure, owner.isEmpty() ? m_logon.user : owner, table, dml, violated);
 }
 
 void LocalConnection::interrupt() {
@@ -442,17 +454,54 @@ QString LocalConnection::clientVersion() {
 std::unique_ptr<OraDynaset> LocalConnection::query(const QString& sql, int options) {
   std::lock_guard lock(m_mutex);
   startCall();
-  const auto tokens = tokenizeSql(sql);
+  auto tokens = tokenizeSql(sql);
   if (kindOf(tokens) != Kind::Query)
     throw OraError(tokens.front().kind == SqlToken::Kind::End ? 900 : 24333,
                    tokens.front().kind == SqlToken::Kind::End ? TokenCursor::textOf(900)
                                                               : QStringLiteral("zero iteration count"));
+  if (const auto locking = RowLocks::read(tokens)) {
+    tokens.erase(tokens.begin() + qsizetype(locking->at), tokens.end() - 1);
+    lockForUpdate(tokens, locking->waitMs);
+  }
   for (const SqlToken& t : tokens)
     if (t.is(u"V$SESSION") || t.is(u"GV$SESSION")) {
       SessionWatch::removeDeadSessions(m_side);
       break;
     }
   return LocalDynaset::open(shared_from_this(), tokens, options);
+}
+
+// The write lock of every schema the query reads: held by the pending transaction until it ends;
+// outside one, only tried, as the query's own transaction would end with it.
+void LocalConnection::lockForUpdate(const std::vector<SqlToken>& t, int waitMs) {
+  QStringList schemas{QStringLiteral("main")};
+  for (size_t k = 0; k + 2 < t.size(); ++k)
+    if (t[k].isName() && t[k + 1].is(u".") && t[k + 2].isName()) {
+      const QString schema = schemaOf(t[k].name());
+      if (!schema.isEmpty() && !schemas.contains(schema))
+        schemas << schema;
+    }
+  sqlite3_busy_timeout(m_db, waitMs < 0 ? LocalEngine::BusyWaitMs : waitMs);
+  const auto restore = qScopeGuard([this] { sqlite3_busy_timeout(m_db, LocalEngine::BusyWaitMs); });
+  const bool began = beginPending();
+  const bool holding = m_inTransaction;
+  try {
+    if (!holding)
+      sqliteExec(m_db, QStringLiteral("BEGIN"));
+    for (const QString& schema : schemas) {
+      const QString name = schema == u"main" ? schema : SqlTranslator::quoteName(schema);
+      const QVariant version = sqliteValue(m_db, QStringLiteral("PRAGMA %1.user_version").arg(name));
+      sqliteExec(m_db, QStringLiteral("PRAGMA %1.user_version = %2").arg(name).arg(version.toLongLong()));
+    }
+    if (!holding)
+      sqliteExec(m_db, QStringLiteral("ROLLBACK"));
+  } catch (const SqliteFailure& f) {
+    if (began)
+      abandonPending();
+    else if (!holding)
+      sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    throw oracleError(f);
+  }
 }
 
 qint64 LocalConnection::execute(const QString& sql) {
@@ -554,7 +603,12 @@ qint64 LocalConnection::runDml(const Dml& dml, const QVariantList& values) {
     }
     return sqlite3_changes64(m_db);
   } catch (const SqliteFailure& f) {
-    const OraError error = oracleError(f, dml.owner, dml.table, dml.kind);
+    // Running the statement again to name the key would take sequence numbers a second time.
+    std::optional<SqlErrors::ForeignKey> violated;
+    const QString owner = dml.owner.isEmpty() ? m_logon.user : dml.owner;
+    if (f.code == SQLITE_CONSTRAINT_FOREIGNKEY && !dml.sqlite.contains(u"dbsweep_nextval"))
+      violated = SqlErrors::violatedForeignKey(m_db, dml.sqlite, schemaOf(owner), owner, values);
+    const OraError error = oracleError(f, dml.owner, dml.table, dml.kind, violated);
     if (began)
       abandonPending();
     throw error;

@@ -81,7 +81,8 @@ public:
   void commitPending();
   // The Oracle error for a failed SQLite call; table is the statement's target, if it has one.
   OraError oracleError(const SqliteFailure& failure, const QString& owner = {}, const QString& table = {},
-                       SqlErrors::Dml dml = SqlErrors::Dml::None) const;
+                       SqlErrors::Dml dml = SqlErrors::Dml::None,
+                       const std::optional<SqlErrors::ForeignKey>& violated = std::nullopt) const;
   QHash<QString, qint64>& currentValues() { return m_currval; }
   // Whether the session may use owner's table for privilege (SELECT, INSERT, UPDATE, DELETE):
   // its own tables and, for a DBA, every table; others only as granted to it or to PUBLIC.
@@ -126,6 +127,8 @@ private:
   qint64 savepoint(const std::vector<SqlToken>& tokens);
   void registerFunctions();
   qint64 alterSession(const std::vector<SqlToken>& tokens);
+  // SELECT ... FOR UPDATE: the locks of query t, waiting waitMs for them (-1: the usual wait).
+  void lockForUpdate(const std::vector<SqlToken>& t, int waitMs);
 
   Logon m_logon;
   sqlite3* m_db;

@@ -2,6 +2,7 @@
 
 #include "db/local/LocalConnection.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/SqliteNumber.h"
 #include "db/local/TokenCursor.h"
 
 namespace {
@@ -137,9 +138,13 @@ bool LocalDynaset::fetchTo(qint64 row) {
       break;
     }
     QVariantList values = m_stmt->row();
-    for (int i = 0; i < int(m_dates.size()); ++i)
+    for (int i = 0; i < int(m_dates.size()); ++i) {
       if (m_dates[size_t(i)] != DateColumn::No)
         values[i] = shown(values[i], i);
+      // A NUMBER with a fraction reads as Oracle prints it (.5), not as a double (0.5).
+      if (values[i].typeId() == QMetaType::Double)
+        values[i] = SqliteNumber::text(values[i].toDouble(), m_connection->settings().wideNumbers);
+    }
     if (m_options == NoCache && !m_rows.empty()) {
       m_first += qint64(m_rows.size());
       m_rows.clear();

@@ -14,8 +14,6 @@ namespace LocalEngine {
 
 namespace {
 
-constexpr int BusyWaitMs = 3000;
-
 sqlite3* openFile(const QString& path, bool create) {
   sqlite3* db = nullptr;
   const int flags = SQLITE_OPEN_READWRITE | (create ? SQLITE_OPEN_CREATE : 0) | SQLITE_OPEN_FULLMUTEX;

@@ -9,6 +9,9 @@
 // (users, sessions, sequences and the data dictionary) and one SQLite file per schema.
 namespace LocalEngine {
 
+// How long a session waits for another's lock before ORA-00054.
+inline constexpr int BusyWaitMs = 3000;
+
 // The folder of "local:NAME" (<data>/instances/NAME) or "local:/absolute/folder".
 QString folderFor(const QString& nameOrPath, const DbEnvironment& env);
 

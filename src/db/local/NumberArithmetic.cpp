@@ -153,14 +153,28 @@ Value divide(const Value& a, const Value& b) {
     throw divisorIsZero();
   if (a.isInteger && b.isInteger && b.integer != -1 && a.integer % b.integer == 0)
     return Value::of(a.integer / b.integer);
-  // More digits than a double holds, so that its rounding is the only one.
-  return Decimal::from(a).dividedBy(Decimal::from(b), 20).value();
+  // Two digits past the most NUMBER keeps, so that its rounding is the only one.
+  return Decimal::from(a).dividedBy(Decimal::from(b), 42).value();
 }
 
 Value negate(const Value& v) {
   if (v.isInteger && v.integer != std::numeric_limits<qint64>::min())
     return Value::of(-v.integer);
-  return Value::of(-v.toDouble());
+  if (v.isInteger || v.isWide())
+    return Decimal::from(v).negated().value();
+  return Value::of(-v.real);
+}
+
+int compare(const Value& a, const Value& b) {
+  if (a.isInteger && b.isInteger)
+    return a.integer < b.integer ? -1 : a.integer > b.integer ? 1 : 0;
+  if (!a.isWide() && !b.isWide()) {
+    const double x = a.toDouble();
+    const double y = b.toDouble();
+    if (x != y || (a.isInteger == b.isInteger))
+      return x < y ? -1 : x > y ? 1 : 0;
+  }
+  return Decimal::from(a).compare(Decimal::from(b));
 }
 
 } // namespace OracleNumber

@@ -18,11 +18,11 @@ const std::array<const char*, 7> Days = {"SUNDAY", "MONDAY", "TUESDAY", "WEDNESD
 const std::array<const char*, 12> Roman = {"I", "II", "III", "IV", "V", "VI", "VII", "VIII", "IX", "X", "XI", "XII"};
 
 // Longest first, so that MONTH is read before MON and HH24 before HH.
-const std::array<QStringView, 43> Elements = {
+const std::array<QStringView, 44> Elements = {
     u"SSSSS", u"SYYYY", u"MONTH", u"RRRR", u"YYYY", u"IYYY", u"HH24", u"HH12", u"A.M.", u"P.M.", u"A.D.",
     u"B.C.",  u"SCC",   u"DAY",   u"DDD",  u"MON",  u"YYY",  u"IYY",  u"RR",   u"YY",   u"IY",   u"IW",
     u"WW",    u"MM",    u"MI",    u"DD",   u"DY",   u"HH",   u"SS",   u"AM",   u"PM",   u"AD",   u"BC",
-    u"CC",    u"FM",    u"FX",    u"RM",   u"Q",    u"D",    u"J",    u"W",    u"Y",    u"I"};
+    u"CC",    u"FF",    u"FM",    u"FX",   u"RM",   u"Q",    u"D",    u"J",    u"W",    u"Y",    u"I"};
 
 OraError error(int number, const char* text) { return OraError(number, QString::fromLatin1(text)); }
 OraError notRecognized() { return error(1821, "date format not recognized"); }
@@ -59,6 +59,9 @@ std::vector<Element> readModel(QStringView model) {
       if (model.mid(i).startsWith(name, Qt::CaseInsensitive)) {
         out.push_back({name.toString(), model.mid(i, name.size()).toString()});
         i += name.size();
+        // FF1 to FF9: the digits of a fraction of a second.
+        if (name == u"FF" && i < model.size() && model[i] >= u'1' && model[i] <= u'9')
+          out.back().name += model[i++];
         found = true;
         break;
       }
@@ -158,7 +161,7 @@ QString stored(const DateTime& d) {
 
 QString defaultText(const DateTime& d) { return d.seconds == 0 ? stored(d).left(10) : stored(d); }
 
-QString format(const DateTime& d, QStringView model) {
+QString format(const DateTime& d, QStringView model, int fraction) {
   const QDate date = d.date;
   const int year = date.year();
   const int hour = d.seconds / 3600;
@@ -242,6 +245,8 @@ QString format(const DateTime& d, QStringView model) {
       number(d.seconds % 60, 2);
     else if (n == u"SSSSS")
       number(d.seconds, 5);
+    else if (n.startsWith(u"FF"))
+      out += QString::number(d.nanos).rightJustified(9, u'0').left(n.size() > 2 ? n.at(2).digitValue() : fraction);
     else if (n == u"AM" || n == u"PM")
       out += spelled(hour < 12 ? QStringLiteral("AM") : QStringLiteral("PM"), e.text);
     else if (n == u"A.M." || n == u"P.M.")
@@ -262,6 +267,7 @@ DateTime parse(QStringView text, QStringView model, QDate today) {
       throw error(1820, "format code cannot appear in date input format");
 
   std::optional<int> year, month, day, hour, minute, second, dayOfYear, julian, daySeconds;
+  int nanos = 0;
   std::optional<bool> pm;
   bool twelveHour = false;
   qsizetype i = 0;
@@ -399,6 +405,9 @@ DateTime parse(QStringView text, QStringView model, QDate today) {
       daySeconds = read(5);
       if (*daySeconds >= DaySeconds)
         throw error(1853, "seconds in day must be between 0 and 86399");
+    } else if (name.startsWith(u"FF")) {
+      const qsizetype digits = qMin(digitRun(), qsizetype(name.size() > 2 ? name.at(2).digitValue() : 9));
+      nanos = read(digits) * int(std::pow(10, 9 - digits));
     } else if (name == u"AM" || name == u"PM" || name == u"A.M." || name == u"P.M.") {
       if (take(u"A.M.") || take(u"AM"))
         pm = false;
@@ -439,7 +448,7 @@ DateTime parse(QStringView text, QStringView model, QDate today) {
       h = h % 12 + (pm.value_or(false) ? 12 : 0);
     seconds = h * 3600 + minute.value_or(0) * 60 + second.value_or(0);
   }
-  return checked({date, seconds});
+  return checked({date, seconds, nanos});
 }
 
 namespace {
@@ -575,15 +584,14 @@ DateTime addDays(const DateTime& d, double days) {
   return checked({d.date.addDays(wholeDays), int(seconds - wholeDays * DaySeconds)});
 }
 
-double monthsBetween(const DateTime& later, const DateTime& earlier) {
+MonthsApart monthsBetween(const DateTime& later, const DateTime& earlier) {
   const QDate a = later.date;
   const QDate b = earlier.date;
   const int months = (a.year() - b.year()) * 12 + (a.month() - b.month());
   if (a.day() == b.day() || (a.day() == a.daysInMonth() && b.day() == b.daysInMonth()))
-    return months;
+    return {months, 0};
   // The rest counts in months of 31 days, the time of day included.
-  const double days = (a.day() - b.day()) + double(later.seconds - earlier.seconds) / DaySeconds;
-  return months + days / 31.0;
+  return {months, qint64(a.day() - b.day()) * DaySeconds + (later.seconds - earlier.seconds)};
 }
 
 DateTime lastDay(const DateTime& d) { return {QDate(d.date.year(), d.date.month(), d.date.daysInMonth()), d.seconds}; }

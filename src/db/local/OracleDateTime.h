@@ -14,6 +14,7 @@ namespace OracleDateTime {
 struct DateTime {
   QDate date;
   int seconds = 0; // since midnight
+  int nanos = 0;   // into the second: a TIMESTAMP's fraction, which a DATE has not
 };
 
 // The session's date format, in which the stored form is written.
@@ -26,8 +27,9 @@ QString stored(const DateTime& d);
 QString defaultText(const DateTime& d);
 
 // TO_CHAR(date, model) and TO_DATE(text, model). Elements left out of the text take Oracle's
-// defaults: the current year and month of today, the first day, midnight.
-QString format(const DateTime& d, QStringView model);
+// defaults: the current year and month of today, the first day, midnight. FF without its digits
+// prints fraction digits of the second.
+QString format(const DateTime& d, QStringView model, int fraction = 9);
 DateTime parse(QStringView text, QStringView model, QDate today);
 
 // TRUNC and ROUND of a date to a unit such as 'DD', 'MM', 'YYYY', 'HH24'.
@@ -39,7 +41,12 @@ DateTime addMonths(const DateTime& d, qint64 months);
 DateTime addDays(const DateTime& d, double days);
 // The seconds from one to the other, negative when to is the earlier.
 qint64 secondsBetween(const DateTime& from, const DateTime& to);
-double monthsBetween(const DateTime& later, const DateTime& earlier);
+// MONTHS_BETWEEN: whole months, and the seconds beyond them in months of 31 days.
+struct MonthsApart {
+  qint64 whole = 0;
+  qint64 seconds = 0;
+};
+MonthsApart monthsBetween(const DateTime& later, const DateTime& earlier);
 DateTime lastDay(const DateTime& d);
 
 } // namespace OracleDateTime

@@ -1,138 +1,26 @@
 #include "db/local/OracleFunctions.h"
 
-#include "db/OraError.h"
+#include "db/local/DatetimeFunctions.h"
+#include "db/local/FunctionCall.h"
 #include "db/local/OracleDate.h"
-#include "db/local/OracleDateTime.h"
-#include "db/local/OracleNumber.h"
-#include "db/local/SessionSettings.h"
+#include "db/local/RegexpFunctions.h"
+#include "db/local/TextFunctions.h"
+#include "db/local/ValueFunctions.h"
 
-#include <QDateTime>
 #include <QHash>
 
-#include <chrono>
-#include <cmath>
-#include <limits>
+#include <algorithm>
 
 namespace {
 
+using FunctionCall::Call;
+using FunctionCall::Chars;
+using FunctionCall::entry;
+using FunctionCall::fromChars;
+using FunctionCall::Function;
 using OracleDateTime::DateTime;
 using OracleNumber::Decimal;
 using OracleNumber::Value;
-
-// Positions and lengths count characters, not UTF-16 units: a character beyond the BMP is one.
-using Chars = QList<uint>;
-
-QString fromChars(const uint* begin, qsizetype count) {
-  return QString::fromUcs4(reinterpret_cast<const char32_t*>(begin), count);
-}
-
-int compare(const Value& a, const Value& b) {
-  if (a.isInteger && b.isInteger)
-    return a.integer < b.integer ? -1 : a.integer > b.integer ? 1 : 0;
-  const double x = a.toDouble();
-  const double y = b.toDouble();
-  return x < y ? -1 : x > y ? 1 : 0;
-}
-
-// The arguments of one call, converted as Oracle converts implicitly, and its result.
-class Call final {
-public:
-  Call(sqlite3_context* ctx, int argc, sqlite3_value** argv) : m_ctx(ctx), m_argc(argc), m_argv(argv) {}
-
-  int count() const { return m_argc; }
-  // '' is NULL to Oracle.
-  bool isNull(int i) const {
-    const int type = sqlite3_value_type(m_argv[i]);
-    return type == SQLITE_NULL || (type == SQLITE_TEXT && sqlite3_value_bytes(m_argv[i]) == 0);
-  }
-  bool anyNull() const {
-    for (int i = 0; i < m_argc; ++i)
-      if (isNull(i))
-        return true;
-    return false;
-  }
-  bool isNumber(int i) const {
-    const int type = sqlite3_value_type(m_argv[i]);
-    return type == SQLITE_INTEGER || type == SQLITE_FLOAT;
-  }
-
-  QByteArray utf8(int i) const {
-    if (isNumber(i))
-      return OracleNumber::toText(number(i)).toUtf8();
-    const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(m_argv[i]));
-    return QByteArray(text, sqlite3_value_bytes(m_argv[i]));
-  }
-  // A number as TO_CHAR prints it.
-  QString text(int i) const { return QString::fromUtf8(utf8(i)); }
-  Chars chars(int i) const { return text(i).toUcs4(); }
-
-  Value number(int i) const {
-    switch (sqlite3_value_type(m_argv[i])) {
-    case SQLITE_INTEGER: return Value::of(qint64(sqlite3_value_int64(m_argv[i])));
-    case SQLITE_FLOAT: return Value::of(sqlite3_value_double(m_argv[i]));
-    default: return OracleNumber::fromText(text(i));
-    }
-  }
-  // Oracle truncates the fraction of a position, length or count.
-  qint64 integer(int i) const {
-    const Value v = number(i);
-    if (v.isInteger)
-      return v.integer;
-    return qint64(std::clamp(std::trunc(v.real), -9.0e18, 9.0e18));
-  }
-
-  std::optional<DateTime> storedDate(int i) const {
-    if (sqlite3_value_type(m_argv[i]) != SQLITE_TEXT)
-      return std::nullopt;
-    return OracleDateTime::parseStored(text(i));
-  }
-  DateTime date(int i) const {
-    if (isNumber(i))
-      throw OraError(932, QStringLiteral("inconsistent datatypes: expected DATE got NUMBER"));
-    return session().date(text(i));
-  }
-  const SessionSettings& session() const {
-    static const SessionSettings defaults;
-    const auto* settings = static_cast<const SessionSettings*>(sqlite3_user_data(m_ctx));
-    return settings ? *settings : defaults;
-  }
-
-  void setNull() { sqlite3_result_null(m_ctx); }
-  void set(const QString& text) {
-    if (text.isEmpty())
-      return setNull();
-    const QByteArray utf8 = text.toUtf8();
-    sqlite3_result_text(m_ctx, utf8.constData(), int(utf8.size()), SQLITE_TRANSIENT);
-  }
-  void set(const Value& v) {
-    if (v.isInteger)
-      sqlite3_result_int64(m_ctx, v.integer);
-    else
-      sqlite3_result_double(m_ctx, v.real);
-  }
-  void set(const DateTime& d) { set(OracleDateTime::stored(d)); }
-
-  void setArgument(int i) {
-    if (isNull(i))
-      setNull();
-    else
-      sqlite3_result_value(m_ctx, m_argv[i]);
-  }
-  // Argument i in the type of argument model, as DECODE, GREATEST and LEAST return it.
-  void setArgumentAs(int i, int model) {
-    if (isNull(i))
-      setNull();
-    else if (isNumber(model))
-      set(number(i));
-    else
-      set(text(i));
-  }
-
-private:
-  sqlite3_context* m_ctx;
-  int m_argc;
-  sqlite3_value** m_argv;
-};
 
 OraError wrongArgumentCount() { return OraError(909, QStringLiteral("invalid number of arguments")); }
 
@@ -153,7 +41,7 @@ void decode(Call& c) {
     } else if (numeric) {
       if (!number)
         number = c.number(0);
-      match = compare(*number, c.number(k)) == 0;
+      match = OracleNumber::compare(*number, c.number(k)) == 0;
     } else {
       if (!text)
         text = c.utf8(0);
@@ -306,6 +194,8 @@ void toChar(Call& c) {
     return c.set(model ? OracleNumber::format(c.number(0), c.text(1)) : OracleNumber::toText(c.number(0)));
   if (const auto d = c.storedDate(0))
     return c.set(model ? OracleDateTime::format(*d, c.text(1)) : c.session().dateText(*d));
+  if (const auto t = c.storedTimestamp(0))
+    return c.set(model ? OracleDateTime::format(t->at, c.text(1), t->precision) : c.text(0));
   c.set(model ? OracleNumber::format(c.number(0), c.text(1)) : c.text(0));
 }
 
@@ -314,14 +204,15 @@ void toChar(Call& c) {
 void concat(Call& c) {
   if (c.count() != 2)
     throw wrongArgumentCount();
-  QString joined;
+  // Joined as UTF-8: a path of SYS_CONNECT_BY_PATH is built of thousands of these.
+  QByteArray joined;
   for (int i = 0; i < 2; ++i) {
     if (c.isNull(i))
       continue;
-    const auto date = c.storedDate(i);
-    joined += date ? c.session().dateText(*date) : c.text(i);
+    const auto date = c.mayBeDate(i) ? c.storedDate(i) : std::nullopt;
+    joined += date ? c.session().dateText(*date).toUtf8() : c.utf8(i);
   }
-  c.set(joined);
+  c.setUtf8(joined);
 }
 
 void toDate(Call& c) {
@@ -343,7 +234,7 @@ void toNumber(Call& c) {
 template <bool Round> void truncOrRound(Call& c) {
   if (c.anyNull())
     return c.setNull();
-  if (const auto d = c.storedDate(0)) {
+  if (const auto d = c.storedDateOrTimestamp(0)) {
     const QString unit = c.count() == 2 ? c.text(1) : QStringLiteral("DD");
     return c.set(Round ? OracleDateTime::round(*d, unit) : OracleDateTime::truncate(*d, unit));
   }
@@ -361,84 +252,16 @@ void addMonths(Call& c) {
 void monthsBetween(Call& c) {
   if (c.anyNull())
     return c.setNull();
-  c.set(Decimal::from(Value::of(OracleDateTime::monthsBetween(c.date(0), c.date(1)))).value());
-}
-
-// EXTRACT of a DATE: its year, month or day. A DATE has a time but, to EXTRACT, no hour,
-// minute or second: those are for timestamps (ORA-30076).
-void extract(Call& c) {
-  if (c.isNull(1))
-    return c.setNull();
-  const QString field = c.text(0);
-  const DateTime d = c.date(1);
-  if (field == u"YEAR")
-    return c.set(Value::of(qint64(d.date.year())));
-  if (field == u"MONTH")
-    return c.set(Value::of(qint64(d.date.month())));
-  if (field == u"DAY")
-    return c.set(Value::of(qint64(d.date.day())));
-  throw OraError(30076, QStringLiteral("invalid extract field for extract source"));
+  // In decimal: a fraction of a month has 40 digits as Oracle's has.
+  const OracleDateTime::MonthsApart m = OracleDateTime::monthsBetween(c.date(0), c.date(1));
+  c.set(
+      OracleNumber::add(Value::of(m.whole), OracleNumber::divide(Value::of(m.seconds), Value::of(qint64(31 * 86400)))));
 }
 
 void lastDay(Call& c) {
   if (c.isNull(0))
     return c.setNull();
   c.set(OracleDateTime::lastDay(c.date(0)));
-}
-
-// Oracle's arithmetic, which the translator turns into calls of these: a DATE (a text in its
-// stored form) moves by a number of days, two DATEs subtract to the days between them, and
-// numbers compute in decimal; a text other than a number is ORA-01722 as in Oracle.
-OraError dateNotNumber() { return OraError(932, QStringLiteral("inconsistent datatypes: expected NUMBER got DATE")); }
-
-void plus(Call& c) {
-  if (c.anyNull())
-    return c.setNull();
-  const auto a = c.storedDate(0);
-  const auto b = c.storedDate(1);
-  if (a && b)
-    throw OraError(975, QStringLiteral("date + date not allowed"));
-  if (a)
-    return c.set(OracleDateTime::addDays(*a, c.number(1).toDouble()));
-  if (b)
-    return c.set(OracleDateTime::addDays(*b, c.number(0).toDouble()));
-  c.set(OracleNumber::add(c.number(0), c.number(1)));
-}
-
-void minus(Call& c) {
-  if (c.anyNull())
-    return c.setNull();
-  const auto a = c.storedDate(0);
-  const auto b = c.storedDate(1);
-  if (a && b) {
-    const qint64 seconds = OracleDateTime::secondsBetween(*b, *a);
-    constexpr qint64 day = 86400;
-    return c.set(seconds % day == 0 ? Value::of(seconds / day) : Value::of(double(seconds) / day));
-  }
-  if (a)
-    return c.set(OracleDateTime::addDays(*a, -c.number(1).toDouble()));
-  if (b)
-    throw dateNotNumber();
-  c.set(OracleNumber::add(c.number(0), OracleNumber::negate(c.number(1))));
-}
-
-// Numbers only: a DATE has no product, quotient or sign.
-Value numberOperand(Call& c, int i) {
-  if (c.storedDate(i))
-    throw dateNotNumber();
-  return c.number(i);
-}
-
-template <Value (*Operation)(const Value&, const Value&)> void numeric(Call& c) {
-  if (c.anyNull())
-    return c.setNull();
-  c.set(Operation(numberOperand(c, 0), numberOperand(c, 1)));
-}
-
-void negate(Call& c) {
-  if (c.isNull(0))
-    return c.setNull();
-  c.set(OracleNumber::negate(numberOperand(c, 0)));
 }
 
 // A text literal compared with a value takes the value's kind, as Oracle converts the text side
@@ -456,8 +279,6 @@ void singleRow(Call& c) {
   c.setArgument(1);
 }
 
-int fractionDigits(const Decimal& d) { return qMax(0, int(d.digits().size()) - d.point()); }
-
 // The remainder keeps the sign of the dividend, as Oracle's MOD does, and MOD(m, 0) is m.
 void mod(Call& c) {
   if (c.anyNull())
@@ -469,40 +290,46 @@ void mod(Call& c) {
       return c.set(m);
     return c.set(Value::of(n.integer == -1 ? qint64(0) : m.integer % n.integer));
   }
-  if (n.toDouble() == 0)
-    return c.set(m);
-  // In decimal where both scale to exact integers, so that MOD(0.3, 0.1) is 0 and not 0.0999….
   const Decimal dm = Decimal::from(m);
   const Decimal dn = Decimal::from(n);
-  const int places = qMax(fractionDigits(dm), fractionDigits(dn));
-  const Value sm = dm.shifted(places).value();
-  const Value sn = dn.shifted(places).value();
-  if (places <= 15 && sm.isInteger && sn.isInteger && sn.integer != 0 && sn.integer != -1)
-    return c.set(Decimal::from(Value::of(sm.integer % sn.integer)).shifted(-places).value());
-  c.set(Value::of(std::fmod(m.toDouble(), n.toDouble())));
+  if (dn.isZero())
+    return c.set(m);
+  // In decimal, m - n * TRUNC(m / n), so that MOD(0.3, 0.1) is 0 and not 0.0999….
+  const Decimal whole = dm.dividedBy(dn, 42).truncated(0);
+  c.set(dm.plus(dn.times(whole).negated()).value());
 }
 
 void abs(Call& c) {
   if (c.isNull(0))
     return c.setNull();
   const Value v = c.number(0);
-  if (v.isInteger && v.integer != std::numeric_limits<qint64>::min())
-    return c.set(Value::of(v.integer < 0 ? -v.integer : v.integer));
-  c.set(Value::of(std::fabs(v.toDouble())));
+  c.set(v.isNegative() ? OracleNumber::negate(v) : v);
 }
 
-// In the type of the first argument: numbers compare as numbers, anything else as text.
+// In the type of the first argument: numbers compare as numbers, DATEs as DATEs (a text read in
+// the session's format), anything else as text.
 template <int Sign> void extreme(Call& c) {
   if (c.count() == 0)
     throw wrongArgumentCount();
   if (c.anyNull())
     return c.setNull();
   int best = 0;
+  if (const auto first = c.storedDate(0)) {
+    DateTime top = *first;
+    for (int i = 1; i < c.count(); ++i) {
+      const DateTime d = c.date(i);
+      if (OracleDateTime::secondsBetween(top, d) * Sign > 0) {
+        top = d;
+        best = i;
+      }
+    }
+    return c.set(top);
+  }
   if (c.isNumber(0)) {
     Value top = c.number(0);
     for (int i = 1; i < c.count(); ++i) {
       const Value v = c.number(i);
-      if (compare(v, top) * Sign > 0) {
+      if (OracleNumber::compare(v, top) * Sign > 0) {
         top = v;
         best = i;
       }
@@ -533,31 +360,6 @@ void rownum(Call& c) {
   }
   c.set(Value::of(++counts[c.integer(1)]));
 }
-
-void systimestamp(Call& c) {
-  const qint64 micros =
-      std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch())
-          .count();
-  const QDateTime now = QDateTime::fromMSecsSinceEpoch(micros / 1000);
-  c.set(now.toString(QStringLiteral("yyyy/MM/dd HH:mm:ss.")) +
-        QString::number(micros % 1000000).rightJustified(6, u'0'));
-}
-
-template <void (*F)(Call&)> void entry(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
-  try {
-    Call call(ctx, argc, argv);
-    F(call);
-  } catch (const OraError& e) {
-    sqlite3_result_error(ctx, e.what(), -1);
-  }
-}
-
-struct Function {
-  const char* name;
-  int args; // -1: any number, checked by the function
-  void (*call)(sqlite3_context*, int, sqlite3_value**);
-  bool deterministic = true;
-};
 
 } // namespace
 
@@ -601,26 +403,20 @@ void registerAll(sqlite3* db, const SessionSettings* settings) {
       {"ADD_MONTHS", 2, entry<addMonths>},
       {"MONTHS_BETWEEN", 2, entry<monthsBetween>},
       {"LAST_DAY", 1, entry<lastDay>},
-      {"dbsweep_extract", 2, entry<extract>},
       {"MOD", 2, entry<mod>},
       {"ABS", 1, entry<abs>},
-      {"dbsweep_plus", 2, entry<plus>},
-      {"dbsweep_minus", 2, entry<minus>},
-      {"dbsweep_times", 2, entry<numeric<OracleNumber::multiply>>},
-      {"dbsweep_divide", 2, entry<numeric<OracleNumber::divide>>},
-      {"dbsweep_negate", 1, entry<negate>},
       {"dbsweep_compared", 2, entry<compared>},
       {"dbsweep_single_row", 2, entry<singleRow>},
       {"GREATEST", -1, entry<extreme<1>>},
       {"LEAST", -1, entry<extreme<-1>>},
-      {"SYSTIMESTAMP", 0, entry<systimestamp>, false},
       {"dbsweep_sysdate", 0, entry<sysdate>, false},
       {"dbsweep_rownum", 2, entry<rownum>, false},
   };
-  for (const Function& f : functions)
-    sqlite3_create_function_v2(db, f.name, f.args,
-                               SQLITE_UTF8 | (f.deterministic ? SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS : 0),
-                               const_cast<SessionSettings*>(settings), f.call, nullptr, nullptr, nullptr);
+  FunctionCall::registerAll(db, settings, functions);
+  DatetimeFunctions::registerAll(db, settings);
+  TextFunctions::registerAll(db, settings);
+  RegexpFunctions::registerAll(db, settings);
+  ValueFunctions::registerAll(db, settings);
 }
 
 } // namespace OracleFunctions

@@ -34,6 +34,8 @@ double toDouble(const QByteArray& text) {
 } // namespace
 
 Decimal Decimal::from(const Value& v) {
+  if (v.isWide())
+    return read(v.wide);
   Decimal d;
   if (v.isInteger) {
     if (v.integer == 0)
@@ -99,6 +101,12 @@ Decimal Decimal::cut(int places, bool roundUp) const {
 Decimal Decimal::rounded(int places) const { return cut(places, true); }
 Decimal Decimal::truncated(int places) const { return cut(places, false); }
 
+Decimal Decimal::negated() const {
+  Decimal out = *this;
+  out.m_negative = !isZero() && !m_negative;
+  return out;
+}
+
 Decimal Decimal::shifted(int shift) const {
   Decimal out = *this;
   if (!isZero())
@@ -123,18 +131,66 @@ QByteArray Decimal::fractionDigits(int places) const {
   return out;
 }
 
+Decimal Decimal::read(QByteArrayView text) {
+  bool negative = false;
+  if (!text.isEmpty() && (text.front() == '-' || text.front() == '+')) {
+    negative = text.front() == '-';
+    text = text.sliced(1);
+  }
+  QByteArray digits;
+  int exponent = 0;
+  qsizetype i = 0;
+  for (bool point = false; i < text.size() && text[i] != 'e' && text[i] != 'E'; ++i) {
+    if (text[i] == '.')
+      point = true;
+    else {
+      digits += text[i];
+      exponent -= point ? 1 : 0;
+    }
+  }
+  if (i < text.size()) {
+    // An exponent far beyond NUMBER's range only needs to stay far beyond it.
+    const QByteArrayView e = text.sliced(i + 1);
+    const bool down = e.startsWith('-');
+    const QByteArrayView magnitude = e.sliced(down || e.startsWith('+') ? 1 : 0);
+    int n = 0;
+    for (const char c : magnitude)
+      n = qMin(n * 10 + (c - '0'), 100000);
+    exponent += down ? -n : n;
+  }
+  return make(negative, digits, exponent);
+}
+
 Value Decimal::value() const {
   if (isZero())
     return Value::of(qint64(0));
-  if (m_digits.size() <= m_point && m_point <= 18) {
+  // Base-100 digits, twenty of them: a first pair holding one digit leaves 39 for the rest.
+  const int kept = (m_point % 2 == 0 ? 40 : 39) - m_point;
+  if (int(m_digits.size()) - m_point > kept)
+    return rounded(kept).value();
+  if (m_point > 126)
+    throw OraError(1426, QStringLiteral("numeric overflow"));
+  if (m_point < -129)
+    return Value::of(qint64(0));
+  const QByteArray sign = m_negative ? QByteArray("-") : QByteArray();
+  if (m_digits.size() <= m_point && m_point <= 19) {
     qint64 n = 0;
-    for (int i = 0; i < m_point; ++i)
-      n = n * 10 + (i < m_digits.size() ? m_digits.at(i) - '0' : 0);
-    return Value::of(m_negative ? -n : n);
+    const QByteArray whole = sign + integerDigits();
+    if (std::from_chars(whole.constData(), whole.constData() + whole.size(), n).ec == std::errc())
+      return Value::of(n);
   }
-  const QByteArray text = (m_negative ? QByteArray("-") : QByteArray()) + m_digits + 'e' +
-                          QByteArray::number(m_point - int(m_digits.size()));
-  return Value::of(toDouble(text));
+  const double nearest = toDouble(sign + m_digits + 'e' + QByteArray::number(exponent()));
+  // A double holds the value when its shortest text has the same digits.
+  if (m_digits.size() <= 17 && from(Value::of(nearest)).m_digits == m_digits)
+    return Value::of(nearest);
+  return Value::ofWide(text().toLatin1(), nearest);
+}
+
+int Decimal::compare(const Decimal& other) const {
+  if (m_negative != other.m_negative)
+    return m_negative ? -1 : 1;
+  const Decimal difference = plus(other.negated());
+  return difference.isZero() ? 0 : difference.m_negative ? -1 : 1;
 }
 
 QString Decimal::text() const {
@@ -161,10 +217,8 @@ std::optional<Value> parse(QStringView text) {
   const QStringView s = text.trimmed();
   qsizetype i = 0;
   const qsizetype n = s.size();
-  bool negative = false;
   if (i < n && (s[i] == u'+' || s[i] == u'-'))
-    negative = s[i++] == u'-';
-  const qsizetype mantissa = i;
+    ++i;
   qsizetype digits = 0;
   bool point = false;
   for (; i < n; ++i) {
@@ -190,16 +244,36 @@ std::optional<Value> parse(QStringView text) {
   }
   if (i != n)
     return std::nullopt;
-  const QByteArray ascii = s.mid(mantissa).toLatin1();
+  const QByteArray ascii = s.toLatin1();
   if (!point && mantissaEnd == n) {
     qint64 v = 0;
-    const auto r = std::from_chars(ascii.constData(), ascii.constData() + ascii.size(), v);
+    const char* begin = ascii.constData() + (ascii.startsWith('+') ? 1 : 0);
+    const auto r = std::from_chars(begin, ascii.constData() + ascii.size(), v);
     if (r.ec == std::errc())
-      return Value::of(negative ? -v : v);
+      return Value::of(v);
   }
-  const double d = toDouble(ascii);
-  // Numbers such as "3.0" or "1e3" are whole: keep them integers, as Oracle makes no difference.
-  return Decimal::from(Value::of(negative ? -d : d)).value();
+  // Numbers such as "3.0" or "1e3" are whole: they become integers, as Oracle makes no difference.
+  return Decimal::read(ascii).value();
+}
+
+QString toText(const Value& v) {
+  if (v.isInteger)
+    return QString::number(v.integer);
+  // The common case without building the digits one by one: a double's shortest plain text,
+  // without the zero Oracle leaves out before the point.
+  const double magnitude = std::fabs(v.real);
+  if (!v.isWide() && magnitude >= 1e-30 && magnitude < 1e30) {
+    char buf[80];
+    const char* end = std::to_chars(buf, buf + sizeof buf, v.real, std::chars_format::fixed).ptr;
+    char* begin = buf;
+    if (magnitude < 1) { // "0.5" or "-0.5": the sign, if any, moves onto the zero
+      ++begin;
+      if (v.real < 0)
+        *begin = '-';
+    }
+    return QString::fromLatin1(begin, end - begin);
+  }
+  return Decimal::from(v).text();
 }
 
 Value fromText(QStringView text) {

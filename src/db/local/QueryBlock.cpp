@@ -57,7 +57,8 @@ bool isNoColumn(const SqlToken& t) {
                                       QStringLiteral("ANY"),
                                       QStringLiteral("SOME"),
                                       QStringLiteral("CURRENT_DATE"),
-                                      QStringLiteral("CURRENT_TIMESTAMP")};
+                                      QStringLiteral("CURRENT_TIMESTAMP"),
+                                      QStringLiteral("LOCALTIMESTAMP")};
   return t.kind != SqlToken::Kind::Quoted && words.contains(t.upper());
 }
 
@@ -90,6 +91,14 @@ std::vector<Range> split(const Tokens& t, size_t begin, size_t end) {
   if (start < end)
     parts.push_back({start, end});
   return parts;
+}
+
+size_t afterOrdering(const Tokens& t, size_t k, size_t end) {
+  if (k + 1 < end && t[k].is(u"KEEP") && t[k + 1].is(u"("))
+    return closing(t, k + 1, end);
+  if (k + 2 < end && t[k].is(u"WITHIN") && t[k + 1].is(u"GROUP") && t[k + 2].is(u"("))
+    return closing(t, k + 2, end);
+  return k;
 }
 
 bool isAggregate(const SqlToken& t) {

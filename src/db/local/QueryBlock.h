@@ -35,6 +35,8 @@ bool isSetOperator(const SqlToken& t);
 bool isColumn(const Tokens& t, size_t begin, size_t end);
 // Whether a parenthesised query opens at k.
 bool isSubquery(const Tokens& t, size_t k, size_t end);
+// Past an aggregate's own ordering at k, "WITHIN GROUP (...)" or "KEEP (...)"; else k.
+size_t afterOrdering(const Tokens& t, size_t k, size_t end);
 // The name of an aggregate function: COUNT, SUM, MAX ...
 bool isAggregate(const SqlToken& t);
 

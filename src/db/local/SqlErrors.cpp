@@ -60,7 +60,53 @@ QString quotedPath(const QString& dotted) {
   return parts.join(u'.');
 }
 
-OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, const QString& table, Dml dml) {
+std::optional<ForeignKey> violatedForeignKey(sqlite3* db, const QString& statement, const QString& schema,
+                                             const QString& owner, const QVariantList& values) {
+  const QString q = u'"' + schema + u'"';
+  std::optional<ForeignKey> found;
+  try {
+    sqliteExec(db, QStringLiteral("SAVEPOINT dbsweep_fk"));
+    try {
+      sqliteExec(db, QStringLiteral("PRAGMA defer_foreign_keys = ON"));
+      SqliteStmt run(db, statement);
+      run.bindPresent(values);
+      while (run.step()) {
+      }
+      SqliteStmt check(db, QStringLiteral("PRAGMA %1.foreign_key_check").arg(q));
+      if (check.step()) {
+        const QString child = check.column(0).toString();
+        const qint64 key = check.column(3).toLongLong();
+        QStringList columns;
+        SqliteStmt keys(db, QStringLiteral("PRAGMA %1.foreign_key_list(\"%2\")").arg(q, child));
+        while (keys.step())
+          if (keys.column(0).toLongLong() == key)
+            columns << keys.column(3).toString();
+        const QString name =
+            sqliteValue(db,
+                        QStringLiteral("SELECT c.owner || '.' || c.constraint_name FROM CAT.constraints c WHERE "
+                                       "c.owner = ?1 AND c.table_name = ?2 AND c.constraint_type = 'R' AND ?3 = "
+                                       "(SELECT group_concat(column_name, ',') FROM (SELECT column_name FROM "
+                                       "CAT.cons_columns k WHERE k.owner = c.owner AND k.constraint_name = "
+                                       "c.constraint_name ORDER BY position))"),
+                        {owner, child, columns.join(u',')})
+                .toString();
+        if (!name.isEmpty())
+          found = ForeignKey{name, child};
+      }
+    } catch (const SqliteFailure&) {
+      // Some other failure on the way: the caller names a key as best it can.
+    }
+    sqliteExec(db, QStringLiteral("PRAGMA defer_foreign_keys = OFF"));
+    sqliteExec(db, QStringLiteral("ROLLBACK TO dbsweep_fk"));
+    sqliteExec(db, QStringLiteral("RELEASE dbsweep_fk"));
+  } catch (const SqliteFailure&) {
+    return std::nullopt;
+  }
+  return found;
+}
+
+OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, const QString& table, Dml dml,
+                  const std::optional<ForeignKey>& violated) {
   const QString& m = f.message;
   // Errors raised by the engine's own SQL functions already are Oracle's.
   static const QRegularExpression oracle(QStringLiteral("^ORA-(\\d{5}): (.*)$"),
@@ -92,8 +138,10 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
   case SQLITE_CONSTRAINT_CHECK:
     return OraError(2290, QStringLiteral("check constraint (%1.%2) violated").arg(owner, m.section(u':', 1).trimmed()));
   case SQLITE_CONSTRAINT_FOREIGNKEY: {
-    const bool parent = dml == Dml::Delete || (dml == Dml::Update && foreignKeyName(db, owner, table, false).isEmpty());
-    const QString name = foreignKeyName(db, owner, table, parent);
+    const bool parent =
+        dml == Dml::Delete || (violated ? violated->childTable != table
+                                        : dml == Dml::Update && foreignKeyName(db, owner, table, false).isEmpty());
+    const QString name = violated ? violated->name : foreignKeyName(db, owner, table, parent);
     return parent
                ? OraError(2292, QStringLiteral("integrity constraint (%1) violated - child record found").arg(name))
                : OraError(2291, QStringLiteral("integrity constraint (%1) violated - parent key not found").arg(name));

@@ -2,14 +2,22 @@
 
 #include "db/OraError.h"
 #include "db/local/CompoundCheck.h"
+#include "db/local/FetchLimits.h"
 #include "db/local/GroupingCheck.h"
+#include "db/local/GroupingSets.h"
 #include "db/local/HierarchicalQueries.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/OracleNumber.h"
+#include "db/local/OrderedAggregates.h"
+#include "db/local/QuantifiedComparisons.h"
 #include "db/local/QueryBlock.h"
 #include "db/local/RownumLimits.h"
+#include "db/local/SyntaxCheck.h"
+#include "db/local/TypedLiterals.h"
 
 #include <QSet>
 
+#include <algorithm>
 #include <optional>
 
 namespace {
@@ -37,6 +45,39 @@ QString functionName(const QString& upper) {
   if (upper == u"NVL")
     return QStringLiteral("COALESCE");
   return upper;
+}
+
+// A number literal as SQLite reads it: its own text where an integer or a double holds it, a
+// conversion of its exact text otherwise (a wide NUMBER); ORA-01426 beyond NUMBER's range, zero
+// below it.
+QString numberLiteral(const QString& text) {
+  if (text.size() <= 18 && std::all_of(text.begin(), text.end(), [](QChar c) { return c.isDigit(); }))
+    return text;
+  const OracleNumber::Value v = OracleNumber::fromText(text);
+  if (v.isWide())
+    return QStringLiteral("TO_NUMBER(%1)").arg(SqlTranslator::quoteText(QString::fromLatin1(v.wide)));
+  return v.isInteger ? QString::number(v.integer) : text;
+}
+
+// Whether the number at k is a whole item of a GROUP BY list.
+bool isGroupingConstant(const std::vector<SqlToken>& t, size_t k, size_t end) {
+  const bool alone = k > 0 && (t[k - 1].is(u",") || t[k - 1].is(u"BY")) &&
+                     (k + 1 >= end || t[k + 1].is(u",") || t[k + 1].is(u")") || t[k + 1].kind == SqlToken::Kind::End ||
+                      t[k + 1].is(u"HAVING") || t[k + 1].is(u"ORDER") || QueryBlock::isSetOperator(t[k + 1]));
+  if (!alone)
+    return false;
+  int depth = 0;
+  for (size_t j = k; j-- > 0;) {
+    if (t[j].is(u")"))
+      ++depth;
+    else if (t[j].is(u"(") && depth-- == 0)
+      return false;
+    else if (depth == 0 && t[j].is(u"BY"))
+      return j > 0 && t[j - 1].is(u"GROUP");
+    else if (depth == 0 && (t[j].is(u"SELECT") || t[j].is(u"WHERE") || t[j].is(u"HAVING")))
+      return false;
+  }
+  return false;
 }
 
 bool isPseudoSequence(const SqlToken& t) {
@@ -83,10 +124,8 @@ size_t afterPrimary(const std::vector<SqlToken>& t, size_t i, size_t end) {
     return i + 1;
   if (a.is(u"(") || a.is(u"CASE"))
     return afterGroup(t, i, end);
-  // A typed literal: DATE '...', also those the translation refuses.
-  if ((a.is(u"DATE") || a.is(u"TIMESTAMP") || a.is(u"INTERVAL")) && i + 1 < end &&
-      t[i + 1].kind == SqlToken::Kind::String)
-    return i + 2;
+  if (const auto literal = TypedLiterals::end(t, i, end))
+    return *literal;
   if (a.kind != SqlToken::Kind::Quoted && (a.kind != SqlToken::Kind::Word || keywords().contains(a.upper())))
     return NoEnd;
   size_t k = i + 1;
@@ -96,6 +135,8 @@ size_t afterPrimary(const std::vector<SqlToken>& t, size_t i, size_t end) {
     return k + 1;
   if (k < end && t[k].is(u"(")) {
     k = afterGroup(t, k, end);
+    if (k != NoEnd)
+      k = QueryBlock::afterOrdering(t, k, end);
     // An analytic call: f(...) OVER (...)
     if (k != NoEnd && k + 1 < end && t[k].is(u"OVER") && t[k + 1].is(u"("))
       k = afterGroup(t, k + 1, end);
@@ -130,6 +171,18 @@ size_t afterSum(const std::vector<SqlToken>& t, size_t i, size_t end) {
 bool isComparison(const SqlToken& t) {
   return t.kind == SqlToken::Kind::Symbol && (t.is(u"=") || t.is(u"<>") || t.is(u"!=") || t.is(u"^=") || t.is(u"<") ||
                                               t.is(u">") || t.is(u"<=") || t.is(u">="));
+}
+
+// Whether [begin, end) holds a TIMESTAMP or INTERVAL by the way it is written: a literal, or a
+// function that returns one.
+bool holdsTimestampOrInterval(const std::vector<SqlToken>& t, size_t begin, size_t end) {
+  for (size_t k = begin; k < end; ++k)
+    if (((t[k].is(u"TIMESTAMP") || t[k].is(u"INTERVAL")) && k + 1 < end && t[k + 1].kind == SqlToken::Kind::String) ||
+        t[k].is(u"SYSTIMESTAMP") || t[k].is(u"CURRENT_TIMESTAMP") || t[k].is(u"LOCALTIMESTAMP") ||
+        t[k].is(u"TO_TIMESTAMP") || t[k].is(u"NUMTODSINTERVAL") || t[k].is(u"NUMTOYMINTERVAL") ||
+        t[k].is(u"TO_DSINTERVAL") || t[k].is(u"TO_YMINTERVAL"))
+      return true;
+  return false;
 }
 
 bool isTextLiteral(const std::vector<SqlToken>& t, size_t begin, size_t end) {
@@ -302,8 +355,10 @@ QString SqlTranslator::labelOf(const std::vector<SqlToken>& t, size_t begin, siz
 }
 
 QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
-  if (begin == 0 && !m_probing && !m_rownumDone && !m_rewritten)
+  if (begin == 0 && !m_probing && !m_rownumDone && !m_rewritten) {
+    SyntaxCheck::check(t);
     CompoundCheck::check(t, begin, end, [&](size_t b, size_t e) { return declaredType(t, b, e); });
+  }
   // One rewrite takes every block it can; CONNECT BY left where no block holds it is an error of
   // the statement, for SQLite to find.
   if (!m_rewritten && HierarchicalQueries::contains(t, begin, end)) {
@@ -326,6 +381,10 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     SqlTranslator inner(*this);
     inner.m_rewritten = true;
     return inner.translate(tree, 0, tree.size());
+  }
+  if (GroupingSets::contains(t, begin, end)) {
+    const auto sets = GroupingSets::rewrite(t, begin, end);
+    return translate(sets, 0, sets.size());
   }
   if (OuterJoins::contains(t, begin, end)) {
     const auto ansi = OuterJoins::rewrite(t, begin, end, m_context.hasColumn);
@@ -368,13 +427,12 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
       out << rowLimits(t, i, end);
       continue;
     }
-    // Oracle groups by a number as by any constant, where SQLite would read a column position.
-    if (t[i].kind == SqlToken::Kind::Number && groupByItem(t, i, begin, end)) {
-      out << quoteText(t[i++].text);
-      continue;
-    }
     if (const auto listed = literalOperands(t, i, begin, end)) {
       out << *listed;
+      continue;
+    }
+    if (const auto compared = quantified(t, i, begin, end)) {
+      out << *compared;
       continue;
     }
     if (const auto compared = comparison(t, i, begin, end)) {
@@ -460,29 +518,6 @@ QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, siz
 
 // Oracle puts NULLs last going up and first going down, SQLite the other way round: every item
 // of the list is given its direction and its place for NULLs explicitly.
-// Whether [i, i + 1) is a whole item of a GROUP BY list.
-bool SqlTranslator::groupByItem(const std::vector<SqlToken>& t, size_t i, size_t begin, size_t end) {
-  const SqlToken& after = i + 1 < end ? t[i + 1] : t.back();
-  if (!(after.is(u",") || after.is(u")") || after.is(u"HAVING") || after.is(u"ORDER") || after.is(u"UNION") ||
-        after.is(u"MINUS") || after.is(u"INTERSECT") || after.kind == SqlToken::Kind::End))
-    return false;
-  int depth = 0;
-  for (size_t k = i; k-- > begin;) {
-    depth += t[k].is(u")") ? 1 : t[k].is(u"(") ? -1 : 0;
-    if (depth < 0)
-      return false;
-    if (depth > 0)
-      continue;
-    if (k == i - 1 && !t[k].is(u",") && !t[k].is(u"BY"))
-      return false;
-    if (t[k].is(u"BY"))
-      return k > begin && t[k - 1].is(u"GROUP");
-    if (t[k].is(u"SELECT") || t[k].is(u"FROM") || t[k].is(u"WHERE") || t[k].is(u"HAVING") || t[k].is(u"ORDER"))
-      return false;
-  }
-  return false;
-}
-
 QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
   QStringList items;
   while (i < end && t[i].kind != SqlToken::Kind::End) {
@@ -525,7 +560,7 @@ QString SqlTranslator::orderBy(const std::vector<SqlToken>& t, size_t& i, size_t
 
 // The row limiting clause, [OFFSET n ROWS] [FETCH FIRST|NEXT n ROWS ONLY], is SQLite's LIMIT and
 // OFFSET; a negative offset counts as none, and FETCH without a count fetches one row. PERCENT and
-// WITH TIES, which choose rows by the ordering's values, are refused.
+// WITH TIES count the rows by a query of their own.
 QString SqlTranslator::rowLimits(const std::vector<SqlToken>& t, size_t& i, size_t end) const {
   const auto countTo = [&](size_t from) {
     size_t k = from;
@@ -538,19 +573,34 @@ QString SqlTranslator::rowLimits(const std::vector<SqlToken>& t, size_t& i, size
   QString offset = QStringLiteral("0"), limit = QStringLiteral("-1");
   if (t[i].is(u"OFFSET")) {
     const size_t k = countTo(i + 1);
-    offset = QStringLiteral("max(0, %1)").arg(translate(t, i + 1, k));
+    // An offset of NULL leaves no rows.
+    offset = QStringLiteral("coalesce(dbsweep_row_count(%1), 9223372036854775807)").arg(translate(t, i + 1, k));
     i = k + 1;
   }
   if (i < end && t[i].is(u"FETCH")) {
     if (i + 1 >= end || !(t[i + 1].is(u"FIRST") || t[i + 1].is(u"NEXT")))
       throw OraError(933, QStringLiteral("SQL command not properly ended"));
-    const size_t k = countTo(i + 2);
-    limit = k == i + 2 ? QStringLiteral("1") : QStringLiteral("max(0, %1)").arg(translate(t, i + 2, k));
-    if (t[k].is(u"PERCENT") || (k + 1 < end && t[k + 1].is(u"WITH")))
-      throw OraError(3001, QStringLiteral("unimplemented feature"));
-    if (k + 1 >= end || !t[k + 1].is(u"ONLY"))
+    const size_t fetch = i;
+    size_t k = countTo(i + 2);
+    // A fraction is cut off; a count of NULL fetches nothing.
+    limit = k == i + 2 ? QStringLiteral("1")
+                       : QStringLiteral("coalesce(dbsweep_row_count(%1), 0)").arg(translate(t, i + 2, k));
+    const bool percent = t[k].is(u"PERCENT");
+    if (percent && (++k >= end || !(t[k].is(u"ROW") || t[k].is(u"ROWS"))))
       throw OraError(933, QStringLiteral("SQL command not properly ended"));
-    i = k + 2;
+    const bool ties = k + 2 < end && t[k + 1].is(u"WITH") && t[k + 2].is(u"TIES");
+    if (!ties && (k + 1 >= end || !t[k + 1].is(u"ONLY")))
+      throw OraError(933, QStringLiteral("SQL command not properly ended"));
+    const auto translateFn = [this](const std::vector<SqlToken>& tokens, size_t b, size_t e) {
+      return translate(tokens, b, e);
+    };
+    if (percent && ties)
+      throw OraError(3001, QStringLiteral("unimplemented feature"));
+    if (percent)
+      limit = FetchLimits::percent(t, fetch, translate(t, fetch + 2, k - 1), translateFn);
+    else if (ties)
+      limit = FetchLimits::withTies(t, fetch, offset, limit, translateFn);
+    i = k + (ties ? 3 : 2);
   }
   return QStringLiteral("LIMIT %1 OFFSET %2").arg(limit, offset);
 }
@@ -559,7 +609,8 @@ QString SqlTranslator::rowLimits(const std::vector<SqlToken>& t, size_t& i, size
 // and a NUMBER column compared with 'x' is ORA-01722, where SQLite holds a number and a text
 // unequal. A text literal compared with a column is converted as the column's declared type
 // says, which keeps the column's index usable; compared with any other expression it takes the
-// kind of that expression's value.
+// kind of that expression's value. A number literal makes the other side a number, which a DATE
+// refuses (ORA-00932).
 std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t, size_t& i, size_t begin,
                                                  size_t end) const {
   if (i > begin && endsOperand(t[i - 1]))
@@ -570,6 +621,15 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   const size_t after = afterSum(t, op + 1, end);
   if (after == NoEnd)
     return std::nullopt;
+  // TIMESTAMPs and INTERVALs are held as their printed text, which does not order as their
+  // values: a comparison that holds one compares by value.
+  if (holdsTimestampOrInterval(t, i, after)) {
+    const QString left = translate(t, i, op);
+    const QString right = translate(t, op + 1, after);
+    size_t o = op;
+    i = after;
+    return QStringLiteral("dbsweep_compare(%1, %2) %3 0").arg(left, right, token(t, o, end));
+  }
   const bool textLeft = isTextLiteral(t, i, op);
   const bool textRight = isTextLiteral(t, op + 1, after);
   const bool numberLeft = isNumberLiteral(t, i, op);
@@ -588,13 +648,19 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   const QString type =
       QueryBlock::isColumn(t, otherBegin, otherEnd) ? declaredType(t, otherBegin, otherEnd) : QString();
   if (!textLeft && !textRight) {
-    // A number compared with a text converts the text, which may be no number.
-    if (QueryBlock::isColumn(t, otherBegin, otherEnd) && !isTextType(type))
+    // A number compared with a text converts the text, which may be no number; a DATE cannot
+    // be compared with a number at all.
+    if (type == u"DATE")
+      throw OraError(932, QStringLiteral("inconsistent datatypes: expected DATE got NUMBER"));
+    if (QueryBlock::isColumn(t, otherBegin, otherEnd) && !type.isEmpty() && !isTextType(type))
       return std::nullopt;
-    other = QStringLiteral("TO_NUMBER(%1)").arg(other);
+    other = (isTextValue(t, otherBegin, otherEnd) ? QStringLiteral("TO_NUMBER(%1)")
+                                                  : QStringLiteral("dbsweep_as_number(%1)"))
+                .arg(other);
   } else if (isNumberLiteral(t, otherBegin, otherEnd)) {
     literal = QStringLiteral("TO_NUMBER(%1)").arg(literal);
-  } else if (!QueryBlock::isColumn(t, otherBegin, otherEnd)) {
+  } else if (!QueryBlock::isColumn(t, otherBegin, otherEnd) || type.isEmpty()) {
+    // An expression, or a view's computed column: the literal takes the kind of its value.
     literal = QStringLiteral("dbsweep_compared(%1, %2)").arg(other, literal);
   } else if (type == u"NUMBER" || type == u"FLOAT") {
     literal = QStringLiteral("TO_NUMBER(%1)").arg(literal);
@@ -606,6 +672,33 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   size_t o = op;
   i = after;
   return (literalLeft ? literal : other) + u' ' + token(t, o, end) + u' ' + (literalLeft ? other : literal);
+}
+
+// "x op ANY|SOME|ALL (...)".
+std::optional<QString> SqlTranslator::quantified(const std::vector<SqlToken>& t, size_t& i, size_t begin,
+                                                 size_t end) const {
+  if (i > begin && endsOperand(t[i - 1]))
+    return std::nullopt;
+  const size_t op = afterSum(t, i, end);
+  if (op == NoEnd || op + 2 >= end || !isComparison(t[op]) || !QuantifiedComparisons::isQuantifier(t[op + 1]) ||
+      !t[op + 2].is(u"("))
+    return std::nullopt;
+  const size_t close = afterGroup(t, op + 2, end);
+  if (close == NoEnd)
+    throw OraError(907, QStringLiteral("missing right parenthesis"));
+  if (QueryBlock::isSubquery(t, op + 2, close)) {
+    const QString sql = QuantifiedComparisons::subquery(t, op, translate(t, i, op), translate(t, op + 3, close - 1));
+    i = close;
+    return sql;
+  }
+  // The comparisons of a list stand where it stood, so that each finds its column's type.
+  const auto terms = QuantifiedComparisons::expandList(t, {i, op}, op, op + 2, close);
+  std::vector<SqlToken> spliced(t.begin(), t.begin() + qsizetype(i));
+  spliced.insert(spliced.end(), terms.begin(), terms.end());
+  spliced.insert(spliced.end(), t.begin() + qsizetype(close), t.end());
+  const QString sql = translate(spliced, i, i + terms.size());
+  i = close;
+  return sql;
 }
 
 // "column [NOT] IN (literals)" and "column [NOT] BETWEEN literal AND literal": the literals
@@ -780,10 +873,19 @@ std::optional<QString> SqlTranslator::arithmetic(const std::vector<SqlToken>& t,
   return chain;
 }
 
-// A product [begin, end): signed operands joined by * and /. A text literal or character column
-// in arithmetic is a number to Oracle, also next to a DATE: sysdate - '1' is yesterday and
-// '2024/01/31' + 1 is ORA-01722, though that text reads as a stored DATE; a lone operand of +
-// and - is one when numeric says so.
+// Whether [begin, end) is text by its type: a text literal, a character column, a function that
+// returns text, a concatenation.
+bool SqlTranslator::isTextValue(const std::vector<SqlToken>& t, size_t begin, size_t end) const {
+  if (end == begin + 1 && t[begin].kind == SqlToken::Kind::String)
+    return !t[begin].text.isEmpty();
+  if (QueryBlock::isColumn(t, begin, end))
+    return isTextType(declaredType(t, begin, end));
+  return CompoundCheck::isText(t, begin, end);
+}
+
+// A product [begin, end): signed operands joined by * and /. Text in arithmetic is a number to
+// Oracle, also next to a DATE: sysdate - '1' is yesterday and '2024/01/31' + 1 is ORA-01722,
+// though that text reads as a stored DATE; a lone operand of + and - is one when numeric says so.
 QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t end, bool numeric) const {
   const auto factor = [&](size_t b, size_t e, bool arithmetic) {
     bool negative = false;
@@ -791,13 +893,13 @@ QString SqlTranslator::term(const std::vector<SqlToken>& t, size_t begin, size_t
       negative ^= t[b].is(u"-");
     arithmetic = arithmetic || negative;
     QString text = translate(t, b, e);
-    if (arithmetic && ((e == b + 1 && t[b].kind == SqlToken::Kind::String && !t[b].text.isEmpty()) ||
-                       (QueryBlock::isColumn(t, b, e) && isTextType(declaredType(t, b, e)))))
+    if (arithmetic && isTextValue(t, b, e))
       text = QStringLiteral("TO_NUMBER(%1)").arg(text);
     if (!negative)
       return text;
-    return e == b + 1 && t[b].kind == SqlToken::Kind::Number ? u'-' + text
-                                                             : QStringLiteral("dbsweep_negate(%1)").arg(text);
+    return e == b + 1 && t[b].kind == SqlToken::Kind::Number && !text.contains(u'(')
+               ? u'-' + text
+               : QStringLiteral("dbsweep_negate(%1)").arg(text);
   };
   size_t k = afterPrimary(t, afterSigns(t, begin, end), end);
   QString out = factor(begin, k, numeric || k < end);
@@ -817,7 +919,12 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
   const auto next = [&](size_t k) -> const SqlToken& { return i + k < end ? t[i + k] : t.back(); };
   switch (tok.kind) {
   case SqlToken::Kind::String: ++i; return tok.text.isEmpty() ? QStringLiteral("NULL") : quoteText(tok.text);
-  case SqlToken::Kind::Number: ++i; return tok.text;
+  case SqlToken::Kind::Number:
+    ++i;
+    // Oracle groups by a number as by any constant, where SQLite takes it for a column's position.
+    if (isGroupingConstant(t, i - 1, end))
+      return numberLiteral(tok.text) + QStringLiteral(" + 0");
+    return numberLiteral(tok.text);
   case SqlToken::Kind::Bind:
     if (!m_context.binds)
       throw OraError(1008, QStringLiteral("not all variables bound"));
@@ -875,6 +982,36 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       i = close;
       return QStringLiteral("dbsweep_extract(%1, %2)").arg(quoteText(field), date);
     }
+    // TRIM([LEADING | TRAILING | BOTH] [character] FROM text)
+    if (upper == u"TRIM" && next(0).is(u"(")) {
+      const size_t close = afterGroup(t, i, end);
+      size_t from = i + 1;
+      for (int depth = 0; close != NoEnd && from + 1 < close && !(depth == 0 && t[from].is(u"FROM")); ++from)
+        depth += t[from].is(u"(") ? 1 : t[from].is(u")") ? -1 : 0;
+      if (close != NoEnd && from + 1 < close && t[from].is(u"FROM")) {
+        size_t set = i + 1;
+        QString mode = QStringLiteral("BOTH");
+        if (t[set].is(u"LEADING") || t[set].is(u"TRAILING") || t[set].is(u"BOTH"))
+          mode = t[set++].upper();
+        const QString character = set < from ? translate(t, set, from) : QStringLiteral("' '");
+        const QString trimmed =
+            QStringLiteral("dbsweep_trim('%1', %2, %3)").arg(mode, character, translate(t, from + 1, close - 1));
+        i = close;
+        return trimmed;
+      }
+    }
+    // SUM and AVG of text add it up as numbers, text that reads as a date too (ORA-01722).
+    if ((upper == u"SUM" || upper == u"AVG") && next(0).is(u"(")) {
+      const size_t close = afterGroup(t, i, end);
+      const size_t argument = i + 1 + (next(1).is(u"DISTINCT") || next(1).is(u"ALL") ? 1 : 0);
+      if (close != NoEnd && close > argument + 1 && isTextValue(t, argument, close - 1)) {
+        const QString quantifier = argument > i + 1 ? t[i + 1].upper() + u' ' : QString();
+        const QString sum =
+            QStringLiteral("%1(%2TO_NUMBER(%3))").arg(upper, quantifier, translate(t, argument, close - 1));
+        i = close;
+        return sum;
+      }
+    }
     // RATIO_TO_REPORT(expr) OVER (PARTITION BY ...): the value over the sum of its partition.
     if (upper == u"RATIO_TO_REPORT" && next(0).is(u"(")) {
       const size_t close = afterGroup(t, i, end);
@@ -891,6 +1028,14 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       i = windowEnd;
       return u'(' + translate(ratio) + u')';
     }
+    if (QueryBlock::isAggregate(tok)) {
+      size_t at = i - 1;
+      if (const auto call =
+              OrderedAggregates::translateCall(t, at, end, [&](size_t b, size_t e) { return translate(t, b, e); })) {
+        i = at;
+        return *call;
+      }
+    }
     if (next(0).is(u"(") && !keywords().contains(upper))
       return functionName(upper);
     if (upper == u"UNIQUE")
@@ -899,21 +1044,21 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       return QStringLiteral("EXCEPT");
     if (keywords().contains(upper) || (isWindowWord(upper) && insideWindow(t, i - 1)))
       return upper;
-    if (upper == u"SYSDATE")
+    // The session's time zone is the system's: CURRENT_DATE is SYSDATE.
+    if (upper == u"SYSDATE" || upper == u"CURRENT_DATE")
       return QStringLiteral("dbsweep_sysdate()");
-    // Literals of the types a DATE has no place for are refused rather than misread.
-    if ((upper == u"INTERVAL" || upper == u"TIMESTAMP") && next(0).kind == SqlToken::Kind::String)
-      throw OraError(3001, QStringLiteral("unimplemented feature"));
-    // DATE 'YYYY-MM-DD', the ANSI literal, is a DATE at midnight in the stored form.
-    if (upper == u"DATE" && next(0).kind == SqlToken::Kind::String) {
-      ++i;
-      return quoteText(
-          OracleDateTime::stored(OracleDateTime::parse(t[i - 1].text, u"YYYY-MM-DD", QDate::currentDate())));
+    // DATE, TIMESTAMP and INTERVAL literals become the stored text of their value.
+    if (const auto literal = TypedLiterals::read(t, i - 1, end)) {
+      i = literal->end;
+      return quoteText(literal->value);
     }
-    if (upper == u"SYSTIMESTAMP")
-      return QStringLiteral("SYSTIMESTAMP()");
+    // One moment for the whole statement, as Oracle takes it.
+    if (upper == u"SYSTIMESTAMP" || upper == u"CURRENT_TIMESTAMP" || upper == u"LOCALTIMESTAMP")
+      return QStringLiteral("dbsweep_systimestamp(%1, %2)").arg(m_statement).arg(upper == u"LOCALTIMESTAMP" ? 0 : 1);
     if (upper == u"USER")
       return quoteText(m_context.user);
+    if (upper == u"UID")
+      return QStringLiteral("(SELECT user_id FROM CAT.users WHERE username = %1)").arg(quoteText(m_context.user));
     // ROWNUM outside a limiting condition numbers the rows as they come; inside an aggregate,
     // where no window function may stand, a count of the rows the statement has read does.
     if (upper == u"ROWNUM")

@@ -56,16 +56,17 @@ private:
   QString token(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString selectList(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString orderBy(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
-  static bool groupByItem(const std::vector<SqlToken>& t, size_t i, size_t begin, size_t end);
   QString rowLimits(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString declaredType(const std::vector<SqlToken>& t, size_t begin, size_t end) const;
   static std::optional<std::pair<size_t, size_t>> fromItems(const std::vector<SqlToken>& t, size_t at);
   QString scalarSubquery(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   QString assignments(const std::vector<SqlToken>& t, size_t& i, size_t end) const;
   std::optional<QString> literalOperands(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
+  std::optional<QString> quantified(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
   std::optional<QString> comparison(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
   std::optional<QString> arithmetic(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
   QString term(const std::vector<SqlToken>& t, size_t begin, size_t end, bool numeric) const;
+  bool isTextValue(const std::vector<SqlToken>& t, size_t begin, size_t end) const;
 
   Context m_context;
   bool m_rownumDone = false; // ROWNUM conditions are already limits

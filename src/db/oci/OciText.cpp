@@ -2,7 +2,6 @@
 
 #include <QRegularExpression>
 
-#include <algorithm>
 
 namespace OciText {
 
@@ -13,37 +12,14 @@ QString sessionSettingsSql() {
                         "NLS_TIMESTAMP_TZ_FORMAT = 'YYYY/MM/DD HH24:MI:SS.FF TZH:TZM'");
 }
 
-namespace {
-
-// Digits between the first and the last non-zero digit: what a double must hold exactly.
-int significantDigits(QByteArrayView mantissa) {
-  QByteArray digits;
-  for (const char c : mantissa)
-    if (c >= '0' && c <= '9')
-      digits += c;
-  while (digits.startsWith('0'))
-    digits.remove(0, 1);
-  while (digits.endsWith('0'))
-    digits.chop(1);
-  return int(digits.size());
-}
-
-} // namespace
-
 QVariant number(QByteArrayView text) {
-  QByteArray t = text.trimmed().toByteArray();
-  if (t.startsWith('.'))
-    t.prepend('0');
-  else if (t.startsWith("-."))
-    t.insert(1, '0');
+  const QByteArray t = text.trimmed().toByteArray();
   bool ok = false;
   const qlonglong whole = t.toLongLong(&ok);
   if (ok)
     return whole;
-  const qsizetype exponent = std::max(t.indexOf('E'), t.indexOf('e'));
-  const double value = t.toDouble(&ok);
-  if (ok && significantDigits(exponent < 0 ? QByteArrayView(t) : QByteArrayView(t).first(exponent)) <= 15)
-    return value;
+  // A fraction, a value beyond qint64 or no number at all (BINARY_DOUBLE's "~"): the text as
+  // Oracle wrote it, every digit kept, as the embedded engine hands it over too (.5, not 0.5).
   return QString::fromLatin1(t);
 }
 

@@ -13,8 +13,7 @@ namespace OciText {
 QString sessionSettingsSql();
 
 // A NUMBER (or BINARY_FLOAT/DOUBLE) in the session's text form. Whole numbers that fit become
-// qint64, others with at most 15 significant digits a double; longer ones stay text (a double
-// would change their digits), written with the leading zero Oracle leaves out (".5" → "0.5").
+// qint64; every other value stays the text Oracle wrote (".5"), so no digit is lost.
 QVariant number(QByteArrayView text);
 // A DATE in the session's form; midnight drops its time part, as the embedded engine shows it.
 QString date(QByteArrayView text);
