@@ -80,7 +80,7 @@ const QStringList Interesting = {
     "DROP",    "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
     "CONNECT", "PRIOR",  "LEVEL",      "START",   "WITH",  "FETCH",      "OFFSET",  "ROWS",   "OVER",
     "SECOND",  "YEAR",   "INTERVAL",   "DAY",     "TO",    "TIMESTAMP",  "LEADING", "1e126",  "TRAILING",
-    "BEGIN",   "DECLARE", ":=",        "..",      "INTO",  "EXCEPTION",  "IF",      "RAISE",  "%",
+    "DECLARE", "BEGIN",  ":=",         "..",      "INTO",  "EXCEPTION",  "IF",      "RAISE",  "%",
 };
 
 QString mutate(const QString& seed, QRandomGenerator& random) {

@@ -112,8 +112,7 @@ private Q_SLOTS:
     QCOMPARE(text, QString("ORA-06502: PL/SQL: numeric or value error: character to number conversion error\n"
                            "ORA-06512: at line 1"));
     // Compile errors stop the block before any of it runs, and no handler takes them.
-    QCOMPARE(error("begin\n  insert into t (id) values (7);\n  x := 1;\nexception when others then null;\nend;",
-                   &text),
+    QCOMPARE(error("begin\n  insert into t (id) values (7);\n  x := 1;\nexception when others then null;\nend;", &text),
              6550);
     QCOMPARE(text, QString("ORA-06550: line 3, column 3:\nPLS-00201: identifier 'X' must be declared"));
     QCOMPARE(error("declare c constant number := 1; begin c := 2; end;", &text), 6550);
@@ -138,8 +137,7 @@ private Q_SLOTS:
     m_db->connection().begin();
     exec("insert into t (id) values (10)");
     QString text;
-    QCOMPARE(error("begin\n  insert into t (id) values (11);\n  raise_application_error(-20002, 'stop');\nend;",
-                   &text),
+    QCOMPARE(error("begin\n  insert into t (id) values (11);\n  raise_application_error(-20002, 'stop');\nend;", &text),
              20002);
     QCOMPARE(text, QString("ORA-20002: stop\nORA-06512: at line 3"));
     // The work pending before the block stays; the block's own is gone.

@@ -6,8 +6,8 @@ namespace {
 QString q(const QString& name) { return SqlTranslator::quoteName(name); }
 
 bool holdsValues(sqlite3* db, const QString& schema, const QString& table, const QString& column) {
-  return sqliteValue(db, QStringLiteral("SELECT 1 FROM %1.%2 WHERE %3 IS NOT NULL LIMIT 1")
-                             .arg(q(schema), q(table), q(column)))
+  return sqliteValue(
+             db, QStringLiteral("SELECT 1 FROM %1.%2 WHERE %3 IS NOT NULL LIMIT 1").arg(q(schema), q(table), q(column)))
       .isValid();
 }
 
@@ -49,9 +49,8 @@ void DdlRunner::modifyColumns(const QString& owner, const QString& table, const 
     if (m_t.accept(u"DEFAULT")) {
       const size_t from = m_t.pos();
       int depth = 0;
-      while (!m_t.atEnd() && !(depth == 0 && (m_t.peek().is(u",") || m_t.peek().is(u")") ||
-                                              m_t.peek().is(u"NOT") || m_t.peek().is(u"NULL") ||
-                                              m_t.peek().is(u"CONSTRAINT")))) {
+      while (!m_t.atEnd() && !(depth == 0 && (m_t.peek().is(u",") || m_t.peek().is(u")") || m_t.peek().is(u"NOT") ||
+                                              m_t.peek().is(u"NULL") || m_t.peek().is(u"CONSTRAINT")))) {
         depth += m_t.peek().is(u"(") ? 1 : m_t.peek().is(u")") ? -1 : 0;
         m_t.next();
       }
@@ -89,13 +88,13 @@ void DdlRunner::modifyColumns(const QString& owner, const QString& table, const 
         const auto lower = [](const QVariant& now, const QVariant& was) {
           return !was.isNull() && (now.isNull() ? false : now.toLongLong() < was.toLongLong());
         };
-        if (t.dataType == u"NUMBER" && filled &&
-            (lower(t.precision, col.column(2)) || lower(t.scale, col.column(3))))
+        if (t.dataType == u"NUMBER" && filled && (lower(t.precision, col.column(2)) || lower(t.scale, col.column(3))))
           throw OraError(1440, QStringLiteral("column to be modified must be empty to decrease precision or scale"));
         if (t.charLength > 0 && t.charLength < col.column(5).toLongLong() &&
-            sqliteValue(db, QStringLiteral("SELECT 1 FROM %1.%2 WHERE length(%3) > ?1 LIMIT 1")
-                                .arg(q(schema), q(table), q(c.name)),
-                        {t.charLength})
+            sqliteValue(
+                db,
+                QStringLiteral("SELECT 1 FROM %1.%2 WHERE length(%3) > ?1 LIMIT 1").arg(q(schema), q(table), q(c.name)),
+                {t.charLength})
                 .isValid())
           throw OraError(1441, QStringLiteral("cannot decrease column length because some value is too big"));
         sqliteExec(db,

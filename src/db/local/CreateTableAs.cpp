@@ -1,5 +1,6 @@
 #include "db/local/DdlRunner.h"
 #include "db/local/LocalConnection.h"
+#include "db/local/OracleDate.h"
 
 #include <QRegularExpression>
 
@@ -9,10 +10,6 @@ OracleType typeOf(const QString& text) {
   const std::vector<SqlToken> tokens = tokenizeSql(text);
   TokenCursor c(tokens);
   return OracleType::parse(c);
-}
-
-bool canonicalDate(const QString& s) {
-  return s.size() == 19 && s[4] == u'/' && s[7] == u'/' && s[10] == u' ' && s[13] == u':' && s[16] == u':';
 }
 
 } // namespace
@@ -51,7 +48,7 @@ void DdlRunner::createTableAs(const QString& owner, const QString& table, const 
           continue;
         const bool text = v.typeId() == QMetaType::QString;
         numbers[size_t(i)] = numbers[size_t(i)] && !text;
-        dates[size_t(i)] = dates[size_t(i)] && text && canonicalDate(v.toString());
+        dates[size_t(i)] = dates[size_t(i)] && text && OracleDate::hasStoredShape(v.toString());
         widths[size_t(i)] = qMax(widths[size_t(i)], qint64(v.toString().toUtf8().size()));
       }
     static const QRegularExpression plainName(QStringLiteral("^[A-Z][A-Z0-9_$#]*$"));

@@ -32,8 +32,7 @@ qint64 DdlRunner::run() {
       m_t.accept(u"NONEDITIONABLE");
     // Nor do synonyms: a name that stood for another would be half-honoured.
     m_t.accept(u"PUBLIC");
-    for (const char16_t* unit :
-         {u"PROCEDURE", u"FUNCTION", u"PACKAGE", u"TRIGGER", u"TYPE", u"LIBRARY", u"SYNONYM"})
+    for (const char16_t* unit : {u"PROCEDURE", u"FUNCTION", u"PACKAGE", u"TRIGGER", u"TYPE", u"LIBRARY", u"SYNONYM"})
       if (m_t.peek().is(unit))
         throw OraError(3001, QStringLiteral("unimplemented feature"));
     if (m_t.accept(u"TABLE") && !replace)
@@ -652,8 +651,8 @@ void DdlRunner::createSqliteIndexes(const QString& owner, const QString& table, 
 // Re-creates the SQLite table from the dictionary and copies the rows over; the copy is what
 // validates a constraint being added or enabled. A column the dictionary has and the old table
 // has not (one just added) takes its default; renamed maps new column names to old ones.
-void DdlRunner::rebuild(const QString& owner, const QString& table, const QString& schema,
-                        const Constraint* validating, const QHash<QString, QString>& renamed) {
+void DdlRunner::rebuild(const QString& owner, const QString& table, const QString& schema, const Constraint* validating,
+                        const QHash<QString, QString>& renamed) {
   sqlite3* db = m_c.db();
   refreshNullable(owner, table);
   const QString temp = QStringLiteral("%1$REBUILD").arg(table);
@@ -672,9 +671,9 @@ void DdlRunner::rebuild(const QString& owner, const QString& table, const QStrin
       into << q(cols.text(0)), from << q(source);
   }
   try {
-    sqliteExec(db, QStringLiteral("INSERT INTO %1.%2 (%4) SELECT %5 FROM %1.%3")
-                       .arg(q(schema), q(temp), q(table), into.join(QStringLiteral(", ")),
-                            from.join(QStringLiteral(", "))));
+    sqliteExec(
+        db, QStringLiteral("INSERT INTO %1.%2 (%4) SELECT %5 FROM %1.%3")
+                .arg(q(schema), q(temp), q(table), into.join(QStringLiteral(", ")), from.join(QStringLiteral(", "))));
   } catch (const SqliteFailure& f) {
     if (!validating)
       throw;
@@ -726,8 +725,8 @@ void DdlRunner::alterTable() {
           sqliteValue(db, QStringLiteral("SELECT max(column_id) FROM CAT.columns WHERE owner = ?1 AND table_name = ?2"),
                       {owner, table})
               .toInt();
-      const bool empty = !sqliteValue(db, QStringLiteral("SELECT 1 FROM %1.%2 LIMIT 1").arg(q(schema), q(table)))
-                              .isValid();
+      const bool empty =
+          !sqliteValue(db, QStringLiteral("SELECT 1 FROM %1.%2 LIMIT 1").arg(q(schema), q(table))).isValid();
       for (const Column& c : columns) {
         // Rows already there would have no value for it.
         for (const Constraint& k : constraints)

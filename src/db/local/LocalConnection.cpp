@@ -48,8 +48,7 @@ Kind kindOf(const std::vector<SqlToken>& t) {
   if ((first.is(u"ALTER") && t.size() > 1 && t[1].is(u"SESSION")) || first.is(u"SET"))
     return Kind::Session;
   if (first.is(u"CREATE") || first.is(u"ALTER") || first.is(u"DROP") || first.is(u"TRUNCATE") || first.is(u"COMMENT") ||
-      first.is(u"RENAME") ||
-      first.is(u"GRANT") || first.is(u"REVOKE"))
+      first.is(u"RENAME") || first.is(u"GRANT") || first.is(u"REVOKE"))
     return Kind::Ddl;
   return Kind::Unknown;
 }
@@ -315,8 +314,8 @@ QString LocalConnection::schemaOf(const QString& owner) {
 }
 
 SqlTranslator LocalConnection::translator(bool binds) {
-  SqlTranslator::Context context{
-      m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}, {}, binds};
+  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}, {},
+                                 binds};
   context.hasColumn = [this](std::vector<SqlToken> item, const QString& column) {
     item.push_back(SqlToken{});
     try {
@@ -654,8 +653,7 @@ void LocalConnection::asOneCall(const std::function<void()>& work) {
     work();
   } catch (...) {
     if (marked && m_inTransaction && m_transactionsEnded == transaction)
-      sqlite3_exec(m_db, qPrintable(QStringLiteral("ROLLBACK TO %1; RELEASE %1").arg(mark)), nullptr, nullptr,
-                   nullptr);
+      sqlite3_exec(m_db, qPrintable(QStringLiteral("ROLLBACK TO %1; RELEASE %1").arg(mark)), nullptr, nullptr, nullptr);
     else
       rollbackQuietly();
     throw;

@@ -109,12 +109,6 @@ public:
   };
   Dml translateDml(const std::vector<SqlToken>& tokens, bool binds);
   qint64 runDml(const Dml& dml, const QVariantList& values = {});
-  // Whether SQLite holds an open transaction, and how many have ended so far: a block's savepoint
-  // lives only as long as the transaction it was set in.
-  bool inTransaction() const { return m_inTransaction; }
-  qint64 transactionsEnded() const { return m_transactionsEnded; }
-  bool explicitTransaction() const { return m_explicit; }
-  void setExplicitTransaction(bool on) { m_explicit = on; }
   // Runs work as one statement: an error undoes all of it, and nothing else.
   void asOneCall(const std::function<void()>& work);
   // DBMS_OUTPUT: text for the current line, and the line's end.
@@ -145,7 +139,7 @@ private:
   // The table a DML statement changes and the privilege that takes, while it is translated.
   QString m_targetOwner, m_targetTable, m_targetPrivilege;
   QHash<QString, bool> m_users;
-  qint64 m_transactionsEnded = 0;
+  qint64 m_transactionsEnded = 0; // a savepoint lives only as long as the transaction it was set in
   int m_callDepth = 0; // calls of asOneCall running, for the names of their savepoints
   bool m_outputEnabled = false;
   QStringList m_outputLines;

@@ -35,19 +35,18 @@ qint64 MergeStatement::run() {
                                 alias(m_sourceAlias), QStringLiteral("WHERE"), m_on, QStringLiteral(")")});
       update.insert(update.end(), item.begin(), item.end());
     }
-    const Tokens where = join({QStringLiteral("WHERE EXISTS (SELECT 1 FROM"), m_source, alias(m_sourceAlias),
-                               QStringLiteral("WHERE"), m_on, QStringLiteral(")"),
-                               m_updateWhere.begin < m_updateWhere.end ? QStringLiteral("AND (") : QString(),
-                               m_updateWhere,
-                               m_updateWhere.begin < m_updateWhere.end ? QStringLiteral(")") : QString()});
+    const Tokens where =
+        join({QStringLiteral("WHERE EXISTS (SELECT 1 FROM"), m_source, alias(m_sourceAlias), QStringLiteral("WHERE"),
+              m_on, QStringLiteral(")"), m_updateWhere.begin < m_updateWhere.end ? QStringLiteral("AND (") : QString(),
+              m_updateWhere, m_updateWhere.begin < m_updateWhere.end ? QStringLiteral(")") : QString()});
     update.insert(update.end(), where.begin(), where.end());
     if (m_deleteWhere.begin < m_deleteWhere.end) {
-      Tokens updated = join({QStringLiteral("SELECT"), m_targetName + QStringLiteral(".ROWID FROM"), m_target,
-                             alias(m_targetAlias)});
+      Tokens updated = join(
+          {QStringLiteral("SELECT"), m_targetName + QStringLiteral(".ROWID FROM"), m_target, alias(m_targetAlias)});
       updated.insert(updated.end(), where.begin(), where.end());
       updated.push_back(SqlToken{});
-      SqliteStmt keep(m_c.db(), QStringLiteral("INSERT INTO temp.dbsweep_merged ") +
-                                    m_c.translator(true).translate(updated));
+      SqliteStmt keep(m_c.db(),
+                      QStringLiteral("INSERT INTO temp.dbsweep_merged ") + m_c.translator(true).translate(updated));
       keep.bindPresent(m_values);
       keep.step();
     }
@@ -55,11 +54,11 @@ qint64 MergeStatement::run() {
   }
   if (m_notMatched) {
     const bool filtered = m_insertWhere.begin < m_insertWhere.end;
-    rows += dml(join({QStringLiteral("INSERT INTO"), m_target, m_insertColumns, QStringLiteral("SELECT"),
-                      m_insertValues, QStringLiteral("FROM"), m_source, alias(m_sourceAlias),
-                      QStringLiteral("WHERE NOT EXISTS (SELECT 1 FROM"), m_target, alias(m_targetAlias),
-                      QStringLiteral("WHERE"), m_on, QStringLiteral(")"), filtered ? QStringLiteral("AND (") : QString(),
-                      m_insertWhere, filtered ? QStringLiteral(")") : QString()}));
+    rows += dml(join(
+        {QStringLiteral("INSERT INTO"), m_target, m_insertColumns, QStringLiteral("SELECT"), m_insertValues,
+         QStringLiteral("FROM"), m_source, alias(m_sourceAlias), QStringLiteral("WHERE NOT EXISTS (SELECT 1 FROM"),
+         m_target, alias(m_targetAlias), QStringLiteral("WHERE"), m_on, QStringLiteral(")"),
+         filtered ? QStringLiteral("AND (") : QString(), m_insertWhere, filtered ? QStringLiteral(")") : QString()}));
   }
   if (m_deleteWhere.begin < m_deleteWhere.end) {
     Tokens remove = join({QStringLiteral("DELETE FROM"), m_target, alias(m_targetAlias), QStringLiteral("WHERE ("),
@@ -76,10 +75,9 @@ qint64 MergeStatement::run() {
 // would update it is not defined.
 void MergeStatement::checkStableSource() {
   Tokens probe = join({QStringLiteral("SELECT COUNT(*) FROM"), m_target,
-                       m_targetAlias.begin < m_targetAlias.end ? m_targetAlias : Range{}, QStringLiteral(","),
-                       m_source, m_sourceAlias.begin < m_sourceAlias.end ? m_sourceAlias : Range{},
-                       QStringLiteral("WHERE"), m_on, QStringLiteral("GROUP BY"),
-                       m_targetName + QStringLiteral(".ROWID HAVING COUNT(*) > 1")});
+                       m_targetAlias.begin < m_targetAlias.end ? m_targetAlias : Range{}, QStringLiteral(","), m_source,
+                       m_sourceAlias.begin < m_sourceAlias.end ? m_sourceAlias : Range{}, QStringLiteral("WHERE"), m_on,
+                       QStringLiteral("GROUP BY"), m_targetName + QStringLiteral(".ROWID HAVING COUNT(*) > 1")});
   probe.push_back(SqlToken{});
   try {
     SqliteStmt check(m_c.db(), m_c.translator(true).translate(probe));

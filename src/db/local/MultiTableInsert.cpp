@@ -74,8 +74,8 @@ qint64 MultiTableInsert::run() {
   sqlite3* db = m_c.db();
   // The rows of a statement an error stopped may be left over when the rollback undid their drop.
   const auto dropRows = [db] {
-    sqlite3_exec(db, qPrintable(QStringLiteral("DROP TABLE IF EXISTS temp.") + SqlTranslator::quoteName(Rows)),
-                 nullptr, nullptr, nullptr);
+    sqlite3_exec(db, qPrintable(QStringLiteral("DROP TABLE IF EXISTS temp.") + SqlTranslator::quoteName(Rows)), nullptr,
+                 nullptr, nullptr);
   };
   dropRows();
   try {

@@ -17,9 +17,10 @@ public:
   // The rows inserted, over all tables.
   qint64 run();
 
-  static bool isOne(const std::vector<SqlToken>& tokens) {
-    return tokens.size() > 2 && tokens[0].is(u"INSERT") &&
-           (tokens[1].is(u"ALL") || tokens[1].is(u"FIRST") || tokens[1].is(u"WHEN"));
+  // Whether the statement at tokens[at] is one.
+  static bool isOne(const std::vector<SqlToken>& tokens, size_t at = 0) {
+    return at + 2 < tokens.size() && tokens[at].is(u"INSERT") &&
+           (tokens[at + 1].is(u"ALL") || tokens[at + 1].is(u"FIRST") || tokens[at + 1].is(u"WHEN"));
   }
 
 private:

@@ -93,8 +93,8 @@ Definition define(LocalConnection& c, const QString& owner, const QString& view)
     size_t k = i;
     if (k + 2 < end && t[k + 1].is(u".") && t[k].isName())
       k += 2; // a qualifier
-    const bool plain = t[k].isName() && (k + 1 == end || (k + 2 == end && t[k + 1].isName()) ||
-                                         (k + 3 == end && t[k + 1].is(u"AS")));
+    const bool plain =
+        t[k].isName() && (k + 1 == end || (k + 2 == end && t[k + 1].isName()) || (k + 3 == end && t[k + 1].is(u"AS")));
     if (item < d.order.size())
       d.columns.insert(d.order[item], plain ? t[k].name() : QString());
     i = end + 1;
@@ -105,7 +105,7 @@ Definition define(LocalConnection& c, const QString& owner, const QString& view)
 } // namespace
 
 std::vector<SqlToken> ViewDml::rewrite(LocalConnection& c, const std::vector<SqlToken>& t, size_t targetBegin,
-                                        size_t targetEnd, const QString& owner, const QString& view) {
+                                       size_t targetEnd, const QString& owner, const QString& view) {
   if (sqliteValue(c.db(),
                   QStringLiteral("SELECT 1 FROM CAT.constraints WHERE owner = ?1 AND table_name = ?2 AND "
                                  "constraint_type IN ('O', 'V')"),

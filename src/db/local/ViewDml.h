@@ -13,7 +13,7 @@ namespace ViewDml {
 
 // tokens: the statement, its target [targetBegin, targetEnd) naming owner's view. Returns the
 // statement on the view's table.
-std::vector<SqlToken> rewrite(LocalConnection& c, const std::vector<SqlToken>& tokens, size_t targetBegin, size_t targetEnd,
-                  const QString& owner, const QString& view);
+std::vector<SqlToken> rewrite(LocalConnection& c, const std::vector<SqlToken>& tokens, size_t targetBegin,
+                              size_t targetEnd, const QString& owner, const QString& view);
 
 } // namespace ViewDml

@@ -38,8 +38,9 @@ std::unique_ptr<Block> PlsqlParser::block() {
   b->body = statements({u"EXCEPTION", u"END"});
   if (accept(u"EXCEPTION")) {
     do {
-      expect(u"WHEN");
       Handler h;
+      h.at = m_pos;
+      expect(u"WHEN");
       do
         h.names << name();
       while (accept(u"OR"));
@@ -360,7 +361,7 @@ void PlsqlParser::call(Statement& s) {
   }
   static const QStringList known{QStringLiteral("DBMS_OUTPUT.PUT_LINE"), QStringLiteral("DBMS_OUTPUT.PUT"),
                                  QStringLiteral("DBMS_OUTPUT.NEW_LINE"), QStringLiteral("DBMS_OUTPUT.ENABLE"),
-                                 QStringLiteral("DBMS_OUTPUT.DISABLE"), QStringLiteral("RAISE_APPLICATION_ERROR")};
+                                 QStringLiteral("DBMS_OUTPUT.DISABLE"),  QStringLiteral("RAISE_APPLICATION_ERROR")};
   if (known.contains(s.name))
     return;
   if (s.name.startsWith(u"DBMS_") || s.name.startsWith(u"UTL_")) {
@@ -425,7 +426,7 @@ QString PlsqlParser::name() {
 
 void PlsqlParser::unexpected() const {
   const SqlToken& t = peek();
-  const QString symbol = t.kind == SqlToken::Kind::End ? QStringLiteral("end-of-file")
+  const QString symbol = t.kind == SqlToken::Kind::End    ? QStringLiteral("end-of-file")
                          : t.kind == SqlToken::Kind::Word ? t.upper()
                                                           : t.text;
   compileError(m_t, m_sql, m_pos, QStringLiteral("PLS-00103: Encountered the symbol \"%1\"").arg(symbol));

@@ -3,6 +3,7 @@
 #include "db/local/LocalConnection.h"
 #include "db/local/MergeStatement.h"
 #include "db/local/MultiTableInsert.h"
+#include "db/local/OracleDate.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/plsql/PlsqlParser.h"
 
@@ -43,11 +44,6 @@ const QHash<QString, Predefined>& predefined() {
 
 SqlToken word(const QString& text) { return SqlToken{SqlToken::Kind::Word, text, 0, 0, 0}; }
 SqlToken symbol(const QString& text) { return SqlToken{SqlToken::Kind::Symbol, text, 0, 0, 0}; }
-
-bool canonicalDate(const QString& s) {
-  return s.size() == 19 && s[4] == u'/' && s[7] == u'/' && s[10] == u' ' && s[13] == u':' && s[16] == u':' &&
-         s[0].isDigit();
-}
 
 OraError valueError(const QString& detail) {
   return OraError(6502, QStringLiteral("PL/SQL: numeric or value error: ") + detail);
@@ -110,8 +106,7 @@ PlsqlRunner::Flow PlsqlRunner::runBlock(const Block& block) {
         m_variables[SqlCode].value = code;
         m_variables[SqlErrm].value = message;
       });
-      const Flow flow = runAll(h.body);
-      return flow == Flow::Return ? flow : Flow::Next;
+      return runAll(h.body);
     }
     throw;
   }
@@ -131,7 +126,7 @@ bool PlsqlRunner::handles(const Handler& h, const OraError& e) const {
       if (known->number == e.number())
         return true;
     } else {
-      throw CompileFailure{OraError(6550, QStringLiteral("PLS-00201: identifier '%1' must be declared").arg(name))};
+      compileError(h.at, QStringLiteral("PLS-00201: identifier '%1' must be declared").arg(name));
     }
   }
   return false;
@@ -153,9 +148,9 @@ void PlsqlRunner::declare(const Declaration& d) {
   if (!d.anchor.empty())
     type = anchoredType(d.anchor);
   try {
-    const QVariant initial = d.value.empty() ? QVariant() : evaluate(d.value, type.kind == Type::Kind::Boolean
-                                                                                    ? Mode::Condition
-                                                                                    : Mode::Value);
+    const QVariant initial = d.value.empty()
+                                 ? QVariant()
+                                 : evaluate(d.value, type.kind == Type::Kind::Boolean ? Mode::Condition : Mode::Value);
     const int slot = declareVariable(d.name, type);
     assign(slot, initial, d.value.empty() ? nullptr : typeOf(d.value));
     m_variables[size_t(slot)].constant = d.constant;
@@ -203,8 +198,8 @@ PlsqlRunner::Flow PlsqlRunner::runOne(const Statement& s) {
       return runAll(s.body);
     case Statement::Kind::ForRange: return forRange(s);
     case Statement::Kind::ForQuery: return forQuery(s);
-    case Statement::Kind::While: return runLoop(s, [&] { return isTrue(s.a); });
-    case Statement::Kind::Loop: return runLoop(s, [] { return true; });
+    case Statement::Kind::While: return runLoop(s.body, [&] { return isTrue(s.a); });
+    case Statement::Kind::Loop: return runLoop(s.body, [] { return true; });
     case Statement::Kind::Exit:
     case Statement::Kind::Continue:
       if (s.a.empty() || isTrue(s.a))
@@ -232,9 +227,9 @@ PlsqlRunner::Flow PlsqlRunner::runOne(const Statement& s) {
   return Flow::Next;
 }
 
-PlsqlRunner::Flow PlsqlRunner::runLoop(const Statement& s, const std::function<bool()>& more) {
+PlsqlRunner::Flow PlsqlRunner::runLoop(const Statements& body, const std::function<bool()>& more) {
   while (more()) {
-    const Flow flow = runAll(s.body);
+    const Flow flow = runAll(body);
     if (flow == Flow::Exit)
       break;
     if (flow == Flow::Return)
@@ -262,16 +257,14 @@ PlsqlRunner::Flow PlsqlRunner::forRange(const Statement& s) {
   });
   const int slot = declareVariable(s.name, integer);
   m_variables[size_t(slot)].constant = true;
-  for (qint64 i = s.reverse ? high : low; s.reverse ? i >= low : i <= high; i += s.reverse ? -1 : 1) {
+  qint64 i = s.reverse ? high : low;
+  return runLoop(s.body, [&] {
+    if (s.reverse ? i < low : i > high)
+      return false;
     m_variables[size_t(slot)].value = i;
-    const Flow flow = runAll(s.body);
-    if (flow == Flow::Exit)
-      break;
-    if (flow == Flow::Return)
-      return flow;
-    m_c.checkAlive();
-  }
-  return Flow::Next;
+    i += s.reverse ? -1 : 1;
+    return true;
+  });
 }
 
 PlsqlRunner::Flow PlsqlRunner::forQuery(const Statement& s) {
@@ -300,22 +293,21 @@ PlsqlRunner::Flow PlsqlRunner::forQuery(const Statement& s) {
   const int first = int(m_variables.size());
   for (qsizetype i = 0; i < labels.size(); ++i) {
     Type t;
-    t.kind = types[i] == u"DATE" ? Type::Kind::Date : types[i].isEmpty() ? Type::Kind::Number : Type::Kind::Text;
-    if (types[i].isEmpty() || types[i] == u"NUMBER" || types[i] == u"FLOAT")
-      t.kind = Type::Kind::Number;
+    if (types[i] == u"DATE")
+      t.kind = Type::Kind::Date;
+    else if (types[i].contains(u"CHAR") || types[i] == u"CLOB")
+      t.kind = Type::Kind::Text;
     declareVariable(s.name + u'.' + labels[i], t);
   }
-  for (const auto& row : rows) {
-    for (size_t i = 0; i < row.size(); ++i)
-      m_variables[size_t(first) + i].value = row[i];
-    const Flow flow = runAll(s.body);
-    if (flow == Flow::Exit)
-      break;
-    if (flow == Flow::Return)
-      return flow;
-    m_c.checkAlive();
-  }
-  return Flow::Next;
+  auto row = rows.begin();
+  return runLoop(s.body, [&] {
+    if (row == rows.end())
+      return false;
+    for (size_t i = 0; i < row->size(); ++i)
+      m_variables[size_t(first) + i].value = (*row)[i];
+    ++row;
+    return true;
+  });
 }
 
 std::vector<std::vector<QVariant>> PlsqlRunner::queryRows(Compiled& c, QStringList* labels, QStringList* types,
@@ -354,34 +346,31 @@ void PlsqlRunner::selectInto(const Statement& s) {
   for (const QString& name : s.into)
     targets.push_back(target(name, s.at));
   const auto rows = queryRows(c, nullptr, nullptr);
-  if (rows.empty()) {
-    m_variables[RowCount].value = 0;
+  // More rows than one still count as one, as Oracle counts them.
+  setRowCount(qMin<qint64>(qint64(rows.size()), 1));
+  if (rows.empty())
     throw OraError(1403, QStringLiteral("no data found"));
-  }
-  if (rows.size() > 1) {
-    m_variables[RowCount].value = 2;
+  if (rows.size() > 1)
     throw OraError(1422, QStringLiteral("exact fetch returns more than requested number of rows"));
-  }
   if (rows[0].size() != targets.size())
     compileError(s.b.begin, rows[0].size() > targets.size() ? QStringLiteral("PLS-00913: too many values")
                                                             : QStringLiteral("PLS-00914: not enough values"));
   for (size_t i = 0; i < targets.size(); ++i)
     assign(targets[i], rows[0][i]);
-  m_variables[RowCount].value = 1;
-  m_variables[Found].value = 1;
-  m_variables[NotFound].value = 0;
+}
+
+void PlsqlRunner::setRowCount(qint64 rows) {
+  m_variables[RowCount].value = rows;
+  m_variables[Found].value = rows > 0 ? 1 : 0;
+  m_variables[NotFound].value = rows > 0 ? 0 : 1;
 }
 
 void PlsqlRunner::runSql(const Statement& s) {
   const SqlToken& first = m_t[s.a.begin];
-  if (first.is(u"MERGE") || MultiTableInsert::isOne(std::vector<SqlToken>(m_t.begin() + qsizetype(s.a.begin),
-                                                                           m_t.begin() + qsizetype(s.a.begin) + 3))) {
+  if (first.is(u"MERGE") || MultiTableInsert::isOne(m_t, s.a.begin)) {
     Compiled& c = compiled(s.a, Mode::Sql);
-    const qint64 rows = first.is(u"MERGE") ? MergeStatement(m_c, c.tokens, values(c.slots)).run()
-                                           : MultiTableInsert(m_c, c.tokens, values(c.slots)).run();
-    m_variables[RowCount].value = rows;
-    m_variables[Found].value = rows > 0 ? 1 : 0;
-    m_variables[NotFound].value = rows > 0 ? 0 : 1;
+    setRowCount(first.is(u"MERGE") ? MergeStatement(m_c, c.tokens, values(c.slots)).run()
+                                   : MultiTableInsert(m_c, c.tokens, values(c.slots)).run());
     return;
   }
   if (!(first.is(u"INSERT") || first.is(u"UPDATE") || first.is(u"DELETE"))) {
@@ -395,10 +384,7 @@ void PlsqlRunner::runSql(const Statement& s) {
   auto it = m_dml.find(s.a.begin);
   if (it == m_dml.end())
     it = m_dml.emplace(s.a.begin, m_c.translateDml(c.tokens, true)).first;
-  const qint64 rows = m_c.runDml(it->second, values(c.slots));
-  m_variables[RowCount].value = rows;
-  m_variables[Found].value = rows > 0 ? 1 : 0;
-  m_variables[NotFound].value = rows > 0 ? 0 : 1;
+  setRowCount(m_c.runDml(it->second, values(c.slots)));
 }
 
 // EXECUTE IMMEDIATE text [INTO ...] [USING ...]: the text is parsed when it runs; its
@@ -440,27 +426,30 @@ void PlsqlRunner::executeImmediate(const Statement& s) {
                                                             : QStringLiteral("inconsistent datatypes"));
     for (qsizetype i = 0; i < s.into.size(); ++i)
       assign(target(s.into[i], s.at), rows[0][size_t(i)]);
-    m_variables[RowCount].value = 1;
+    setRowCount(1);
     return;
   }
   qint64 rows = 0;
-  if (first.is(u"INSERT") || first.is(u"UPDATE") || first.is(u"DELETE")) {
+  if (first.is(u"SELECT") || first.is(u"WITH")) {
+    // A query with nowhere to put its rows is not run at all, as in Oracle.
+  } else if (first.is(u"MERGE")) {
+    rows = MergeStatement(m_c, tokens, arguments).run();
+  } else if (MultiTableInsert::isOne(tokens)) {
+    rows = MultiTableInsert(m_c, tokens, arguments).run();
+  } else if (first.is(u"INSERT") || first.is(u"UPDATE") || first.is(u"DELETE")) {
     rows = m_c.runDml(m_c.translateDml(tokens, true), arguments);
   } else if (placeholders > 0) {
-    throw OraError(first.is(u"SELECT") || first.is(u"WITH") ? 3001 : 1027,
-                   first.is(u"SELECT") || first.is(u"WITH")
-                       ? QStringLiteral("unimplemented feature")
-                       : QStringLiteral("bind variables not allowed for data definition operations"));
+    throw OraError(1027, QStringLiteral("bind variables not allowed for data definition operations"));
   } else {
     rows = m_c.runStatement(tokens, text);
   }
-  m_variables[RowCount].value = rows;
-  m_variables[Found].value = rows > 0 ? 1 : 0;
-  m_variables[NotFound].value = rows > 0 ? 0 : 1;
+  setRowCount(rows);
 }
 
 void PlsqlRunner::call(const Statement& s) {
-  const auto argument = [&](qsizetype i) { return i < qsizetype(s.arguments.size()) ? evaluate(s.arguments[size_t(i)]) : QVariant(); };
+  const auto argument = [&](qsizetype i) {
+    return i < qsizetype(s.arguments.size()) ? evaluate(s.arguments[size_t(i)]) : QVariant();
+  };
   const auto arity = [&](qsizetype low, qsizetype high) {
     if (qsizetype(s.arguments.size()) < low || qsizetype(s.arguments.size()) > high)
       compileError(s.at, QStringLiteral("PLS-00306: wrong number or types of arguments in call to '%1'")
@@ -470,8 +459,8 @@ void PlsqlRunner::call(const Statement& s) {
     arity(2, 3);
     const qint64 number = argument(0).toLongLong();
     if (number > -20000 || number < -20999)
-      throw OraError(21000, QStringLiteral("error number argument to raise_application_error of %1 is out of range")
-                                .arg(number));
+      throw OraError(
+          21000, QStringLiteral("error number argument to raise_application_error of %1 is out of range").arg(number));
     throw OraError(int(-number), text(argument(1), typeOf(s.arguments[1])));
   }
   if (s.name == u"DBMS_OUTPUT.PUT_LINE" || s.name == u"DBMS_OUTPUT.PUT") {
@@ -549,23 +538,24 @@ PlsqlRunner::Compiled& PlsqlRunner::compiled(Range r, Mode mode, Range skip) {
     c.tokens = {word(QStringLiteral("SELECT"))};
     if (mode == Mode::Condition) {
       // Three-valued: 1, 0 or NULL, as a PL/SQL BOOLEAN.
-      c.tokens.insert(c.tokens.end(), {word(QStringLiteral("CASE")), word(QStringLiteral("WHEN")), symbol(QStringLiteral("("))});
+      c.tokens.insert(c.tokens.end(),
+                      {word(QStringLiteral("CASE")), word(QStringLiteral("WHEN")), symbol(QStringLiteral("("))});
       c.tokens.insert(c.tokens.end(), body.begin(), body.end());
-      c.tokens.insert(c.tokens.end(), {symbol(QStringLiteral(")")), word(QStringLiteral("THEN")),
-                                       SqlToken{SqlToken::Kind::Number, QStringLiteral("1"), 0, 0, 0},
-                                       word(QStringLiteral("WHEN")), word(QStringLiteral("NOT")),
-                                       symbol(QStringLiteral("("))});
-      std::vector<int> again;
-      const std::vector<SqlToken> second = substituted(r, mode, again);
-      for (SqlToken t : second) {
+      c.tokens.insert(c.tokens.end(),
+                      {symbol(QStringLiteral(")")), word(QStringLiteral("THEN")),
+                       SqlToken{SqlToken::Kind::Number, QStringLiteral("1"), 0, 0, 0}, word(QStringLiteral("WHEN")),
+                       word(QStringLiteral("NOT")), symbol(QStringLiteral("("))});
+      // The condition again, its parameters numbered on.
+      const std::vector<int> once = c.slots;
+      for (SqlToken t : body) {
         if (t.kind == SqlToken::Kind::Bind)
-          t.text = QStringLiteral("?%1").arg(t.text.mid(1).toInt() + int(c.slots.size()));
+          t.text = QStringLiteral("?%1").arg(t.text.mid(1).toInt() + int(once.size()));
         c.tokens.push_back(t);
       }
-      c.slots.insert(c.slots.end(), again.begin(), again.end());
-      c.tokens.insert(c.tokens.end(), {symbol(QStringLiteral(")")), word(QStringLiteral("THEN")),
-                                       SqlToken{SqlToken::Kind::Number, QStringLiteral("0"), 0, 0, 0},
-                                       word(QStringLiteral("END"))});
+      c.slots.insert(c.slots.end(), once.begin(), once.end());
+      c.tokens.insert(c.tokens.end(),
+                      {symbol(QStringLiteral(")")), word(QStringLiteral("THEN")),
+                       SqlToken{SqlToken::Kind::Number, QStringLiteral("0"), 0, 0, 0}, word(QStringLiteral("END"))});
     } else {
       c.tokens.insert(c.tokens.end(), body.begin(), body.end());
     }
@@ -577,8 +567,8 @@ PlsqlRunner::Compiled& PlsqlRunner::compiled(Range r, Mode mode, Range skip) {
     } catch (const OraError& e) {
       // A name SQL does not know, in a PL/SQL expression, is an undeclared identifier.
       if (mode != Mode::Sql && e.number() == 904)
-        compileError(r.begin, QStringLiteral("PLS-00201: identifier '%1' must be declared")
-                                  .arg(e.text().section(u'"', 1, 1)));
+        compileError(r.begin,
+                     QStringLiteral("PLS-00201: identifier '%1' must be declared").arg(e.text().section(u'"', 1, 1)));
       throw;
     }
     if (mode != Mode::Sql) {
@@ -587,8 +577,8 @@ PlsqlRunner::Compiled& PlsqlRunner::compiled(Range r, Mode mode, Range skip) {
       } catch (const SqliteFailure& f) {
         const OraError e = m_c.oracleError(f);
         if (e.number() == 904)
-          compileError(r.begin, QStringLiteral("PLS-00201: identifier '%1' must be declared")
-                                    .arg(e.text().section(u'"', 1, 1)));
+          compileError(r.begin,
+                       QStringLiteral("PLS-00201: identifier '%1' must be declared").arg(e.text().section(u'"', 1, 1)));
         throw e;
       }
     }
@@ -620,8 +610,10 @@ std::vector<SqlToken> PlsqlRunner::substituted(Range r, Mode mode, std::vector<i
     const QString name = t.name();
     if (name == u"SQL" && i + 2 < r.end && m_t[i + 1].is(u"%")) {
       const QString attribute = m_t[i + 2].upper();
-      const int slot = attribute == u"ROWCOUNT" ? RowCount : attribute == u"FOUND" ? Found
-                       : attribute == u"NOTFOUND" ? NotFound : -1;
+      const int slot = attribute == u"ROWCOUNT"   ? RowCount
+                       : attribute == u"FOUND"    ? Found
+                       : attribute == u"NOTFOUND" ? NotFound
+                                                  : -1;
       if (slot < 0)
         compileError(i + 2, QStringLiteral("PLS-00103: Encountered the symbol \"%1\"").arg(attribute));
       parameter(slot, t);
@@ -629,8 +621,8 @@ std::vector<SqlToken> PlsqlRunner::substituted(Range r, Mode mode, std::vector<i
       continue;
     }
     if (mode != Mode::Sql && (name == u"TRUE" || name == u"FALSE")) {
-      out.push_back(SqlToken{SqlToken::Kind::Number, name == u"TRUE" ? QStringLiteral("1") : QStringLiteral("0"),
-                             t.pos, t.length, t.line});
+      out.push_back(SqlToken{SqlToken::Kind::Number, name == u"TRUE" ? QStringLiteral("1") : QStringLiteral("0"), t.pos,
+                             t.length, t.line});
       continue;
     }
     if (i + 2 < r.end && m_t[i + 1].is(u".") && m_t[i + 2].isName()) {
@@ -711,7 +703,7 @@ QVariant PlsqlRunner::converted(const QVariant& value, const Type& to, const Typ
     return s;
   }
   case Type::Kind::Date:
-    if (isText && canonicalDate(value.toString()))
+    if (isText && OracleDate::hasStoredShape(value.toString()))
       return value;
     if (!isText)
       throw OraError(6502, QStringLiteral("PL/SQL: numeric or value error"));
@@ -769,7 +761,7 @@ QString PlsqlRunner::text(const QVariant& value, const Type* from) {
     return {};
   if (value.typeId() == QMetaType::QString) {
     const QString s = value.toString();
-    if ((from && from->kind == Type::Kind::Text) || !canonicalDate(s))
+    if ((from && from->kind == Type::Kind::Text) || !OracleDate::hasStoredShape(s))
       return s;
     if (const auto date = OracleDateTime::parseStored(s))
       return m_c.settings().dateText(*date);

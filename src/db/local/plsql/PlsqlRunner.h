@@ -54,7 +54,8 @@ private:
   void declare(const Plsql::Declaration& d);
   Flow runAll(const Plsql::Statements& list);
   Flow runOne(const Plsql::Statement& s);
-  Flow runLoop(const Plsql::Statement& s, const std::function<bool()>& more);
+  // Runs body for as long as more (which sets up each round) says.
+  Flow runLoop(const Plsql::Statements& body, const std::function<bool()>& more);
   Flow forRange(const Plsql::Statement& s);
   Flow forQuery(const Plsql::Statement& s);
   void selectInto(const Plsql::Statement& s);
@@ -63,6 +64,8 @@ private:
   void call(const Plsql::Statement& s);
   void raise(const Plsql::Statement& s);
   bool handles(const Plsql::Handler& h, const OraError& e) const;
+  // SQL%ROWCOUNT, SQL%FOUND and SQL%NOTFOUND after a statement.
+  void setRowCount(qint64 rows);
 
   // Values.
   QVariant evaluate(Plsql::Range r, Mode mode = Mode::Value);
@@ -98,7 +101,7 @@ private:
   std::unordered_map<quint64, Compiled> m_compiled;
   std::unordered_map<size_t, LocalConnection::Dml> m_dml;
   QHash<QString, std::shared_ptr<SqliteStmt>> m_helpers;
-  QString m_raised;       // the user-defined exception being raised
-  size_t m_failedAt = 0;  // the statement an unhandled error came from
+  QString m_raised;      // the user-defined exception being raised
+  size_t m_failedAt = 0; // the statement an unhandled error came from
   bool m_failed = false;
 };

@@ -20,8 +20,8 @@ struct Range {
 struct Type {
   enum class Kind { Number, Integer, Text, Date, Boolean };
   Kind kind = Kind::Number;
-  qint64 length = 0; // Text: the most characters it holds
-  bool fixed = false; // CHAR: padded with blanks to its length
+  qint64 length = 0;         // Text: the most characters it holds
+  bool fixed = false;        // CHAR: padded with blanks to its length
   QVariant precision, scale; // Number, when declared
 };
 
@@ -41,6 +41,7 @@ struct Declaration {
 };
 
 struct Handler {
+  size_t at = 0;     // its WHEN
   QStringList names; // exception names; OTHERS catches any
   Statements body;
 };
@@ -59,20 +60,20 @@ struct Branch {
 struct Statement {
   enum class Kind {
     Null,
-    Assign,       // name := a
-    If,           // branches, then body as ELSE
-    ForRange,     // FOR name IN [REVERSE] a .. b LOOP body
-    ForQuery,     // FOR name IN (a) | cursor name LOOP body
-    While,        // WHILE a LOOP body
-    Loop,         // LOOP body
-    Exit,         // EXIT [WHEN a]
-    Continue,     // CONTINUE [WHEN a]
-    Nested,       // block
-    Sql,          // a: INSERT, UPDATE, DELETE, MERGE, COMMIT, ROLLBACK, SAVEPOINT
-    SelectInto,   // a: the query without its INTO clause; into: the targets
-    Execute,      // EXECUTE IMMEDIATE a [INTO into] [USING arguments]
-    Call,         // name(arguments): DBMS_OUTPUT.*, RAISE_APPLICATION_ERROR
-    Raise,        // RAISE [name]
+    Assign,     // name := a
+    If,         // branches, then body as ELSE
+    ForRange,   // FOR name IN [REVERSE] a .. b LOOP body
+    ForQuery,   // FOR name IN (a) | cursor name LOOP body
+    While,      // WHILE a LOOP body
+    Loop,       // LOOP body
+    Exit,       // EXIT [WHEN a]
+    Continue,   // CONTINUE [WHEN a]
+    Nested,     // block
+    Sql,        // a: INSERT, UPDATE, DELETE, MERGE, COMMIT, ROLLBACK, SAVEPOINT
+    SelectInto, // a: the query without its INTO clause; into: the targets
+    Execute,    // EXECUTE IMMEDIATE a [INTO into] [USING arguments]
+    Call,       // name(arguments): DBMS_OUTPUT.*, RAISE_APPLICATION_ERROR
+    Raise,      // RAISE [name]
     Return
   };
   Kind kind = Kind::Null;
