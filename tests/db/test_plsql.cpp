@@ -133,6 +133,44 @@ private Q_SLOTS:
     QCOMPARE(error("begin open c; end;"), 3001);
   }
 
+  void errorsTravelOutwards() {
+    QCOMPARE(output("declare\n"
+                    "  n number := 0;\n"
+                    "  k number;\n"
+                    "  outer_e exception;\n"
+                    "begin\n"
+                    "  for i in 1..6 loop\n"
+                    "    continue when mod(i, 2) = 0;\n"
+                    "    begin\n"
+                    "      k := 10 / (i - 5);\n"
+                    "    exception when zero_divide then dbms_output.put_line('stop at ' || i); exit;\n"
+                    "    end;\n"
+                    "    n := n + i;\n"
+                    "  end loop;\n"
+                    "  dbms_output.put_line(n);\n"
+                    "  while null loop n := 0; end loop;\n"
+                    "  begin\n"
+                    "    begin select id into k from t where id > 0 and id < 0;\n"
+                    "    exception when too_many_rows then null; end;\n"
+                    "  exception when no_data_found then dbms_output.put_line('outer ' || sql%rowcount);\n"
+                    "  end;\n"
+                    "  begin\n"
+                    "    begin raise outer_e; exception when others then dbms_output.put_line(sqlcode); raise; end;\n"
+                    "  exception when outer_e then dbms_output.put_line('again');\n"
+                    "  end;\n"
+                    "  insert into t (id) values (2);\n"
+                    "  begin select id into k from t; exception when too_many_rows then\n"
+                    "    dbms_output.put_line('rows ' || sql%rowcount); end;\n"
+                    "end;"),
+             QStringList({"stop at 5", "4", "outer 0", "1", "again", "rows 1"}));
+    QString text;
+    QCOMPARE(error("begin\n  <<outer>> null;\nend;"), 3001);
+    QCOMPARE(error("declare cursor c (p number) is select id from t; begin null; end;"), 3001);
+    QCOMPARE(error("begin dbms_stats.gather_table_stats(user, 'T'); end;"), 3001);
+    QCOMPARE(error("begin no_such_procedure(1); end;", &text), 6550);
+    QVERIFY(text.endsWith("PLS-00201: identifier 'NO_SUCH_PROCEDURE' must be declared"));
+  }
+
   void anUnhandledErrorUndoesTheBlock() {
     m_db->connection().begin();
     exec("insert into t (id) values (10)");

@@ -101,10 +101,11 @@ PlsqlRunner::Flow PlsqlRunner::runBlock(const Block& block) {
       m_variables[SqlCode].value = user ? 1 : e.number() == 1403 ? 100 : -e.number();
       m_variables[SqlErrm].value = user ? QStringLiteral("User-Defined Exception") : e.message();
       m_failed = false;
-      m_raised.clear();
+      const QString handled = std::exchange(m_handled, std::exchange(m_raised, {}));
       const auto restore = qScopeGuard([&] {
         m_variables[SqlCode].value = code;
         m_variables[SqlErrm].value = message;
+        m_handled = handled;
       });
       return runAll(h.body);
     }
@@ -482,8 +483,10 @@ void PlsqlRunner::raise(const Statement& s) {
       compileError(s.at, QStringLiteral("PLS-00367: a RAISE statement with no exception name must be inside an "
                                         "exception handler"));
     const QString message = m_variables[SqlErrm].value.toString();
-    if (code == 1 && message == u"User-Defined Exception")
+    if (code == 1 && message == u"User-Defined Exception") {
+      m_raised = m_handled;
       throw OraError(6510, QStringLiteral("PL/SQL: unhandled user-defined exception"));
+    }
     throw OraError(code == 100 ? 1403 : -code, message.section(QStringLiteral(": "), 1));
   }
   for (const Scope& scope : m_scopes)

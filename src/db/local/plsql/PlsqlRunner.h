@@ -102,6 +102,7 @@ private:
   std::unordered_map<size_t, LocalConnection::Dml> m_dml;
   QHash<QString, std::shared_ptr<SqliteStmt>> m_helpers;
   QString m_raised;      // the user-defined exception being raised
+  QString m_handled;     // the one the running handler took, which RAISE alone raises again
   size_t m_failedAt = 0; // the statement an unhandled error came from
   bool m_failed = false;
 };
