@@ -130,7 +130,38 @@ private Q_SLOTS:
     QCOMPARE(text, QString("ORA-04080: trigger 'TRG' does not exist"));
     QCOMPARE(error("drop procedure p", &text), 4043);
     QCOMPARE(text, QString("ORA-04043: object P does not exist"));
-    QCOMPARE(error("begin open c; end;"), 3001);
+    QCOMPARE(error("begin open c; end;", &text), 6550);
+    QVERIFY(text.endsWith("PLS-00201: identifier 'C' must be declared"));
+    QCOMPARE(error("begin\n  exit;\nend;", &text), 6550);
+    QCOMPARE(text, QString("ORA-06550: line 2, column 3:\nPLS-00376: illegal EXIT/CONTINUE statement; it must "
+                           "appear inside a loop"));
+  }
+
+  void explicitCursorsAndRecords() {
+    exec("insert into t (id, name) values (2, 'two')");
+    QCOMPARE(output("declare\n"
+                    "  cursor c is select id, name from t order by id;\n"
+                    "  r c%rowtype;\n"
+                    "  whole t%rowtype;\n"
+                    "begin\n"
+                    "  if not c%isopen then open c; end if;\n"
+                    "  loop\n"
+                    "    fetch c into r;\n"
+                    "    exit when c%notfound;\n"
+                    "    dbms_output.put_line(c%rowcount || r.id || r.name);\n"
+                    "  end loop;\n"
+                    "  dbms_output.put_line(c%rowcount);\n"
+                    "  close c;\n"
+                    "  select * into whole from t where id = 1;\n"
+                    "  whole.name := upper(whole.name);\n"
+                    "  update t set name = whole.name where id = whole.id;\n"
+                    "end;"),
+             QStringList({"11one", "22two", "2"}));
+    QCOMPARE(rows("select name from t where id = 1"), QStringList({"ONE"}));
+    QString text;
+    QCOMPARE(error("declare cursor c is select id from t; begin open c; open c; end;", &text), 6511);
+    QCOMPARE(text, QString("ORA-06511: PL/SQL: cursor already open\nORA-06512: at line 1"));
+    QCOMPARE(error("declare cursor c is select id from t; n number; begin fetch c into n; end;"), 1001);
   }
 
   void errorsTravelOutwards() {

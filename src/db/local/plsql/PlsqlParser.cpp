@@ -109,9 +109,9 @@ Type PlsqlParser::type(Declaration& d) {
   if (anchorEnd) {
     d.anchor = {m_pos, m_pos + anchorEnd};
     m_pos += anchorEnd + 1;
-    if (peek().is(u"ROWTYPE"))
-      unsupported();
-    expect(u"TYPE");
+    d.rowType = accept(u"ROWTYPE");
+    if (!d.rowType)
+      expect(u"TYPE");
     return t;
   }
   if (word.is(u"BOOLEAN")) {
@@ -187,8 +187,7 @@ std::unique_ptr<Statement> PlsqlParser::statement() {
   auto s = std::make_unique<Statement>();
   s->at = m_pos;
   const SqlToken& word = peek();
-  if (word.is(u"<<") || word.is(u"<") ||
-      isOneOf(word, {u"CASE", u"OPEN", u"FETCH", u"CLOSE", u"FORALL", u"GOTO", u"PIPE"}))
+  if (word.is(u"<<") || word.is(u"<") || isOneOf(word, {u"CASE", u"FORALL", u"GOTO", u"PIPE"}))
     unsupported();
   if (accept(u"NULL")) {
     s->kind = Statement::Kind::Null;
@@ -207,8 +206,25 @@ std::unique_ptr<Statement> PlsqlParser::statement() {
     s->kind = Statement::Kind::Loop;
     loopBody(*s);
     return s;
+  } else if (isOneOf(word, {u"OPEN", u"FETCH", u"CLOSE"}) && peek(1).isName()) {
+    s->kind = word.is(u"OPEN")    ? Statement::Kind::Open
+              : word.is(u"FETCH") ? Statement::Kind::Fetch
+                                  : Statement::Kind::Close;
+    ++m_pos;
+    s->name = name();
+    if (s->kind == Statement::Kind::Open && peek().is(u"("))
+      unsupported(); // cursor parameters
+    if (s->kind == Statement::Kind::Fetch) {
+      if (peek().is(u"BULK"))
+        unsupported();
+      expect(u"INTO");
+      s->into = names();
+    }
   } else if (word.is(u"EXIT") || word.is(u"CONTINUE")) {
     s->kind = word.is(u"EXIT") ? Statement::Kind::Exit : Statement::Kind::Continue;
+    if (m_loops == 0)
+      compileError(m_t, m_sql, m_pos,
+                   QStringLiteral("PLS-00376: illegal EXIT/CONTINUE statement; it must appear inside a loop"));
     ++m_pos;
     if (peek().isName() && !peek().is(u"WHEN"))
       unsupported(); // a label
@@ -231,9 +247,11 @@ std::unique_ptr<Statement> PlsqlParser::statement() {
     s->kind = Statement::Kind::Return;
   } else if (word.isName() && !isOneOf(word, {u"CREATE", u"ALTER", u"DROP", u"TRUNCATE", u"GRANT", u"REVOKE",
                                               u"COMMENT", u"RENAME", u"END", u"ELSE", u"ELSIF", u"WHEN", u"THEN"})) {
-    if (peek(1).is(u":=")) {
+    if (peek(1).is(u":=") || (peek(1).is(u".") && peek(3).is(u":="))) {
       s->kind = Statement::Kind::Assign;
       s->name = name();
+      if (accept(u"."))
+        s->name += u'.' + name(); // a record's field
       ++m_pos;
       s->a = until({u";"});
       if (s->a.empty())
@@ -293,7 +311,9 @@ void PlsqlParser::forStatement(Statement& s) {
 
 void PlsqlParser::loopBody(Statement& s) {
   expect(u"LOOP");
+  ++m_loops;
   s.body = statements({u"END"});
+  --m_loops;
   expect(u"END");
   expect(u"LOOP");
   if (peek().isName())

@@ -5,8 +5,8 @@
 
 // Reads an anonymous block ([DECLARE ...] BEGIN ... [EXCEPTION ...] END;) into its tree. What
 // PL/SQL cannot say is ORA-06550 with the PLS error Oracle's compiler gives, before anything
-// runs; PL/SQL this engine does not run (stored units' statements, explicit cursor
-// OPEN/FETCH/CLOSE, collections, CASE statements, labels, GOTO, FORALL) is ORA-03001.
+// runs; PL/SQL this engine does not run (stored units' statements, cursor parameters,
+// collections, CASE statements, labels, GOTO, FORALL) is ORA-03001.
 class PlsqlParser final {
 public:
   PlsqlParser(const std::vector<SqlToken>& tokens, const QString& sql) : m_t(tokens), m_sql(sql) {}
@@ -44,4 +44,5 @@ private:
   const std::vector<SqlToken>& m_t;
   const QString& m_sql;
   size_t m_pos = 0;
+  int m_loops = 0; // loops around the statement being read
 };

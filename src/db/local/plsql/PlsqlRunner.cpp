@@ -16,7 +16,10 @@ using namespace Plsql;
 namespace {
 
 // The implicit cursor's attributes and the error functions of handlers.
-enum FixedSlot { RowCount, Found, NotFound, SqlCode, SqlErrm, FixedSlots };
+enum FixedSlot { IsOpen, Found, NotFound, RowCount, SqlCode, SqlErrm, FixedSlots };
+// A cursor's attributes, in the order of their slots.
+const QStringList Attributes{QStringLiteral("ISOPEN"), QStringLiteral("FOUND"), QStringLiteral("NOTFOUND"),
+                             QStringLiteral("ROWCOUNT")};
 
 // An error of the kind Oracle's compiler finds: no handler takes it.
 struct CompileFailure {
@@ -54,9 +57,16 @@ OraError valueError(const QString& detail) {
 PlsqlRunner::PlsqlRunner(LocalConnection& connection, const std::vector<SqlToken>& tokens, const QString& sql)
     : m_c(connection), m_t(tokens), m_sql(sql) {
   m_variables.resize(FixedSlots);
-  m_variables[RowCount].type.kind = Type::Kind::Integer;
+  m_scopes.emplace_back();
+  for (int i = IsOpen; i <= RowCount; ++i)
+    m_scopes.back().variables.insert(QStringLiteral("SQL%") + Attributes[i], i);
+  m_scopes.back().variables.insert(QStringLiteral("SQLCODE"), SqlCode);
+  m_scopes.back().variables.insert(QStringLiteral("SQLERRM"), SqlErrm);
+  m_variables[IsOpen].type.kind = Type::Kind::Boolean;
+  m_variables[IsOpen].value = 0;
   m_variables[Found].type.kind = Type::Kind::Boolean;
   m_variables[NotFound].type.kind = Type::Kind::Boolean;
+  m_variables[RowCount].type.kind = Type::Kind::Integer;
   m_variables[SqlCode].value = 0;
   m_variables[SqlErrm].type.kind = Type::Kind::Text;
   m_variables[SqlErrm].value = QStringLiteral("ORA-0000: normal, successful completion");
@@ -138,11 +148,36 @@ void PlsqlRunner::declare(const Declaration& d) {
   if (scope.variables.contains(d.name) || scope.cursors.contains(d.name) || scope.exceptions.contains(d.name))
     compileError(d.at, QStringLiteral("PLS-00371: at most one declaration for '%1' is permitted").arg(d.name));
   if (d.kind == Declaration::Kind::Cursor) {
-    scope.cursors.insert(d.name, d.value);
+    Cursor c;
+    c.query = d.value;
+    c.attributes = int(m_variables.size());
+    for (int i = IsOpen; i <= RowCount; ++i)
+      declareVariable(d.name + u'%' + Attributes[i], m_variables[size_t(i)].type);
+    m_variables[size_t(c.attributes)].value = 0;
+    m_scopes.back().cursors.insert(d.name, c);
     return;
   }
   if (d.kind == Declaration::Kind::Exception) {
     scope.exceptions.insert(d.name);
+    return;
+  }
+  if (d.rowType) {
+    // table%ROWTYPE or cursor%ROWTYPE: a record of the columns.
+    QStringList fields, types;
+    if (d.anchor.end == d.anchor.begin + 1 && findCursor(m_t[d.anchor.begin].name())) {
+      columnsOf(compiled(findCursor(m_t[d.anchor.begin].name())->query, Mode::Sql), fields, types);
+    } else {
+      const QString owner = d.anchor.end == d.anchor.begin + 3 ? m_t[d.anchor.begin].name() : m_c.user();
+      const QString table = m_t[d.anchor.end - 1].name();
+      SqliteStmt columns(m_c.db(), QStringLiteral("SELECT column_name, declared FROM CAT.columns WHERE owner = ?1 "
+                                                  "AND table_name = ?2 ORDER BY column_id"));
+      columns.bindAll({owner, table});
+      while (columns.step())
+        fields << columns.text(0), types << columns.text(1).section(u'(', 0, 0);
+      if (fields.isEmpty())
+        compileError(d.anchor.begin, QStringLiteral("PLS-00201: identifier '%1' must be declared").arg(table));
+    }
+    declareRecord(d.name, fields, types);
     return;
   }
   Type type = d.type;
@@ -213,6 +248,9 @@ PlsqlRunner::Flow PlsqlRunner::runOne(const Statement& s) {
     case Statement::Kind::Call: call(s); break;
     case Statement::Kind::Raise: raise(s); break;
     case Statement::Kind::Return: return Flow::Return;
+    case Statement::Kind::Open:
+    case Statement::Kind::Fetch:
+    case Statement::Kind::Close: cursorStatement(s); break;
     }
   } catch (const OraError&) {
     if (!m_failed) {
@@ -269,50 +307,102 @@ PlsqlRunner::Flow PlsqlRunner::forRange(const Statement& s) {
 }
 
 PlsqlRunner::Flow PlsqlRunner::forQuery(const Statement& s) {
-  Range query = s.a;
-  if (!s.into.isEmpty()) {
-    bool found = false;
-    for (auto scope = m_scopes.rbegin(); scope != m_scopes.rend() && !found; ++scope)
-      if (const auto it = scope->cursors.constFind(s.into[0]); it != scope->cursors.constEnd()) {
-        query = *it;
-        found = true;
-      }
-    if (!found)
-      compileError(s.at, QStringLiteral("PLS-00201: identifier '%1' must be declared").arg(s.into[0]));
-  }
+  Compiled& query = compiled(s.into.isEmpty() ? s.a : cursor(s.into[0], s.at).query, Mode::Sql);
   QStringList labels, types;
+  columnsOf(query, labels, types);
   // The rows are read before the loop runs, as Oracle's cursor reads as of its opening, whatever
   // the loop then changes.
-  const auto rows = queryRows(compiled(query, Mode::Sql), &labels, &types);
+  const auto rows = queryRows(query);
   m_scopes.emplace_back();
   const size_t variables = m_variables.size();
   const auto leave = qScopeGuard([&] {
     m_scopes.pop_back();
     m_variables.resize(variables);
   });
-  m_scopes.back().records.insert(s.name);
-  const int first = int(m_variables.size());
-  for (qsizetype i = 0; i < labels.size(); ++i) {
-    Type t;
-    if (types[i] == u"DATE")
-      t.kind = Type::Kind::Date;
-    else if (types[i].contains(u"CHAR") || types[i] == u"CLOB")
-      t.kind = Type::Kind::Text;
-    declareVariable(s.name + u'.' + labels[i], t);
-  }
+  declareRecord(s.name, labels, types);
+  const std::vector<int> fields = m_scopes.back().records.value(s.name);
   auto row = rows.begin();
   return runLoop(s.body, [&] {
     if (row == rows.end())
       return false;
     for (size_t i = 0; i < row->size(); ++i)
-      m_variables[size_t(first) + i].value = (*row)[i];
+      m_variables[size_t(fields[i])].value = (*row)[i];
     ++row;
     return true;
   });
 }
 
-std::vector<std::vector<QVariant>> PlsqlRunner::queryRows(Compiled& c, QStringList* labels, QStringList* types,
-                                                          const QVariantList& given) {
+void PlsqlRunner::declareRecord(const QString& name, const QStringList& fields, const QStringList& types) {
+  std::vector<int> slots;
+  for (qsizetype i = 0; i < fields.size(); ++i)
+    slots.push_back(declareVariable(name + u'.' + fields[i], typeNamed(types[i])));
+  m_scopes.back().records.insert(name, slots);
+}
+
+PlsqlRunner::Cursor* PlsqlRunner::findCursor(const QString& name) {
+  for (auto scope = m_scopes.rbegin(); scope != m_scopes.rend(); ++scope)
+    if (const auto it = scope->cursors.find(name); it != scope->cursors.end())
+      return &*it;
+  return nullptr;
+}
+
+PlsqlRunner::Cursor& PlsqlRunner::cursor(const QString& name, size_t at) {
+  Cursor* c = findCursor(name);
+  if (!c)
+    compileError(at, QStringLiteral("PLS-00201: identifier '%1' must be declared").arg(name));
+  return *c;
+}
+
+// OPEN, FETCH and CLOSE of an explicit cursor, and its attributes.
+void PlsqlRunner::cursorStatement(const Statement& s) {
+  Cursor& c = cursor(s.name, s.at);
+  const auto attribute = [&](int which) -> QVariant& { return m_variables[size_t(c.attributes + which)].value; };
+  if (s.kind == Statement::Kind::Open) {
+    if (c.open)
+      throw OraError(6511, QStringLiteral("PL/SQL: cursor already open"));
+    c.rows = queryRows(compiled(c.query, Mode::Sql));
+    c.next = 0;
+    c.open = true;
+    attribute(IsOpen) = 1;
+    attribute(Found) = attribute(NotFound) = QVariant();
+    attribute(RowCount) = 0;
+    return;
+  }
+  if (!c.open)
+    throw OraError(1001, QStringLiteral("invalid cursor"));
+  if (s.kind == Statement::Kind::Close) {
+    c.open = false;
+    c.rows.clear();
+    attribute(IsOpen) = 0;
+    return;
+  }
+  const std::vector<int> into = targets(s.into, s.at);
+  const bool found = c.next < c.rows.size();
+  if (found) {
+    const std::vector<QVariant>& row = c.rows[c.next++];
+    if (row.size() != into.size())
+      compileError(s.at, row.size() > into.size() ? QStringLiteral("PLS-00913: too many values")
+                                                  : QStringLiteral("PLS-00914: not enough values"));
+    for (size_t i = 0; i < into.size(); ++i)
+      assign(into[i], row[i]);
+  }
+  attribute(Found) = found ? 1 : 0;
+  attribute(NotFound) = found ? 0 : 1;
+  attribute(RowCount) = qint64(c.next);
+}
+
+std::vector<int> PlsqlRunner::targets(const QStringList& names, size_t at) const {
+  if (names.size() == 1)
+    for (auto scope = m_scopes.rbegin(); scope != m_scopes.rend(); ++scope)
+      if (const auto it = scope->records.constFind(names[0]); it != scope->records.constEnd())
+        return *it;
+  std::vector<int> slots;
+  for (const QString& name : names)
+    slots.push_back(target(name, at));
+  return slots;
+}
+
+SqliteStmt& PlsqlRunner::prepared(Compiled& c) {
   if (!c.statement) {
     try {
       c.statement = std::make_unique<SqliteStmt>(m_c.db(), c.sqlite);
@@ -320,13 +410,21 @@ std::vector<std::vector<QVariant>> PlsqlRunner::queryRows(Compiled& c, QStringLi
       throw m_c.oracleError(f);
     }
   }
-  SqliteStmt& stmt = *c.statement;
+  return *c.statement;
+}
+
+void PlsqlRunner::columnsOf(Compiled& c, QStringList& labels, QStringList& types) {
+  SqliteStmt& stmt = prepared(c);
+  for (int i = 0; i < stmt.columnCount(); ++i) {
+    labels << stmt.columnName(i).toUpper();
+    types << stmt.declaredType(i).section(u'(', 0, 0).toUpper();
+  }
+}
+
+std::vector<std::vector<QVariant>> PlsqlRunner::queryRows(Compiled& c, const QVariantList& given) {
+  SqliteStmt& stmt = prepared(c);
   stmt.reset();
   stmt.bindAll(c.slots.empty() ? given : values(c.slots));
-  for (int i = 0; labels && i < stmt.columnCount(); ++i) {
-    *labels << stmt.columnName(i).toUpper();
-    *types << stmt.declaredType(i).section(u'(', 0, 0).toUpper();
-  }
   std::vector<std::vector<QVariant>> rows;
   try {
     while (stmt.step()) {
@@ -343,21 +441,19 @@ std::vector<std::vector<QVariant>> PlsqlRunner::queryRows(Compiled& c, QStringLi
 
 void PlsqlRunner::selectInto(const Statement& s) {
   Compiled& c = compiled(s.a, Mode::Sql, s.b);
-  std::vector<int> targets;
-  for (const QString& name : s.into)
-    targets.push_back(target(name, s.at));
-  const auto rows = queryRows(c, nullptr, nullptr);
+  const std::vector<int> into = targets(s.into, s.at);
+  const auto rows = queryRows(c);
   // More rows than one still count as one, as Oracle counts them.
   setRowCount(qMin<qint64>(qint64(rows.size()), 1));
   if (rows.empty())
     throw OraError(1403, QStringLiteral("no data found"));
   if (rows.size() > 1)
     throw OraError(1422, QStringLiteral("exact fetch returns more than requested number of rows"));
-  if (rows[0].size() != targets.size())
-    compileError(s.b.begin, rows[0].size() > targets.size() ? QStringLiteral("PLS-00913: too many values")
-                                                            : QStringLiteral("PLS-00914: not enough values"));
-  for (size_t i = 0; i < targets.size(); ++i)
-    assign(targets[i], rows[0][i]);
+  if (rows[0].size() != into.size())
+    compileError(s.b.begin, rows[0].size() > into.size() ? QStringLiteral("PLS-00913: too many values")
+                                                         : QStringLiteral("PLS-00914: not enough values"));
+  for (size_t i = 0; i < into.size(); ++i)
+    assign(into[i], rows[0][i]);
 }
 
 void PlsqlRunner::setRowCount(qint64 rows) {
@@ -416,17 +512,18 @@ void PlsqlRunner::executeImmediate(const Statement& s) {
       throw OraError(1007, QStringLiteral("variable not in select list"));
     Compiled c;
     c.sqlite = m_c.translator(true).translate(tokens);
-    auto rows = queryRows(c, nullptr, nullptr, arguments);
+    const std::vector<int> into = targets(s.into, s.at);
+    auto rows = queryRows(c, arguments);
     if (rows.empty())
       throw OraError(1403, QStringLiteral("no data found"));
     if (rows.size() > 1)
       throw OraError(1422, QStringLiteral("exact fetch returns more than requested number of rows"));
-    if (rows[0].size() != size_t(s.into.size()))
-      throw OraError(rows[0].size() < size_t(s.into.size()) ? 1007 : 932,
-                     rows[0].size() < size_t(s.into.size()) ? QStringLiteral("variable not in select list")
-                                                            : QStringLiteral("inconsistent datatypes"));
-    for (qsizetype i = 0; i < s.into.size(); ++i)
-      assign(target(s.into[i], s.at), rows[0][size_t(i)]);
+    if (rows[0].size() != into.size())
+      throw OraError(rows[0].size() < into.size() ? 1007 : 932, rows[0].size() < into.size()
+                                                                    ? QStringLiteral("variable not in select list")
+                                                                    : QStringLiteral("inconsistent datatypes"));
+    for (size_t i = 0; i < into.size(); ++i)
+      assign(into[i], rows[0][i]);
     setRowCount(1);
     return;
   }
@@ -518,7 +615,7 @@ QVariant PlsqlRunner::evaluate(Range r, Mode mode) {
         return m_variables[size_t(slot)].value;
   }
   Compiled& c = compiled(r, mode);
-  const auto rows = queryRows(c, nullptr, nullptr);
+  const auto rows = queryRows(c);
   return rows.empty() ? QVariant() : rows[0][0];
 }
 
@@ -611,14 +708,15 @@ std::vector<SqlToken> PlsqlRunner::substituted(Range r, Mode mode, std::vector<i
       continue;
     }
     const QString name = t.name();
-    if (name == u"SQL" && i + 2 < r.end && m_t[i + 1].is(u"%")) {
-      const QString attribute = m_t[i + 2].upper();
-      const int slot = attribute == u"ROWCOUNT"   ? RowCount
-                       : attribute == u"FOUND"    ? Found
-                       : attribute == u"NOTFOUND" ? NotFound
-                                                  : -1;
+    // SQL%ROWCOUNT and the attributes of explicit cursors.
+    if (i + 2 < r.end && m_t[i + 1].is(u"%") && m_t[i + 2].isName()) {
+      const int slot = lookup(name + u'%' + m_t[i + 2].name());
+      const bool cursor =
+          std::any_of(m_scopes.begin(), m_scopes.end(), [&](const Scope& s) { return s.cursors.contains(name); });
       if (slot < 0)
-        compileError(i + 2, QStringLiteral("PLS-00103: Encountered the symbol \"%1\"").arg(attribute));
+        compileError(i + 2, name == u"SQL" || cursor
+                                ? QStringLiteral("PLS-00103: Encountered the symbol \"%1\"").arg(m_t[i + 2].name())
+                                : QStringLiteral("PLS-00201: identifier '%1' must be declared").arg(name));
       parameter(slot, t);
       i += 2;
       continue;
@@ -632,6 +730,7 @@ std::vector<SqlToken> PlsqlRunner::substituted(Range r, Mode mode, std::vector<i
       bool record = false;
       for (const Scope& s : m_scopes)
         record = record || s.records.contains(name);
+      // r.field
       if (record) {
         const int slot = lookup(name + u'.' + m_t[i + 2].name());
         if (slot < 0)
@@ -785,6 +884,16 @@ const Type* PlsqlRunner::typeOf(Range r) const {
   return slot >= 0 ? &m_variables[size_t(slot)].type : nullptr;
 }
 
+// The kind of value a column of a SQLite declared type holds.
+Type PlsqlRunner::typeNamed(const QString& sqlType) {
+  Type t;
+  if (sqlType == u"DATE")
+    t.kind = Type::Kind::Date;
+  else if (sqlType.contains(u"CHAR") || sqlType == u"CLOB")
+    t.kind = Type::Kind::Text;
+  return t;
+}
+
 // What name%TYPE or table.column%TYPE stands for.
 Type PlsqlRunner::anchoredType(Range r) const {
   if (const Type* variable = typeOf(r))
@@ -820,7 +929,7 @@ int PlsqlRunner::lookup(const QString& name) const {
   for (auto scope = m_scopes.rbegin(); scope != m_scopes.rend(); ++scope)
     if (const auto it = scope->variables.constFind(name); it != scope->variables.constEnd())
       return *it;
-  return name == u"SQLCODE" ? SqlCode : name == u"SQLERRM" ? SqlErrm : -1;
+  return -1;
 }
 
 int PlsqlRunner::target(const QString& name, size_t at) const {

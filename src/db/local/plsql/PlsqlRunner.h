@@ -35,10 +35,19 @@ private:
     bool notNull = false;
     QVariant value;
   };
+  // An explicit cursor: its rows are read when it opens, as Oracle reads them as of then.
+  struct Cursor {
+    Plsql::Range query;
+    int attributes = 0; // the slot of NAME%ISOPEN; %FOUND, %NOTFOUND and %ROWCOUNT follow it
+    bool open = false;
+    std::vector<std::vector<QVariant>> rows;
+    size_t next = 0;
+  };
   struct Scope {
-    QHash<QString, int> variables; // a record's fields as "RECORD.FIELD"
-    QSet<QString> records;
-    QHash<QString, Plsql::Range> cursors;
+    // A record's fields as "RECORD.FIELD", a cursor's attributes as "CURSOR%ATTRIBUTE".
+    QHash<QString, int> variables;
+    QHash<QString, std::vector<int>> records; // their fields in order
+    QHash<QString, Cursor> cursors;
     QSet<QString> exceptions;
   };
   // An expression or statement with its variables as ?N parameters: slots[N - 1] is the
@@ -59,6 +68,12 @@ private:
   Flow forRange(const Plsql::Statement& s);
   Flow forQuery(const Plsql::Statement& s);
   void selectInto(const Plsql::Statement& s);
+  void cursorStatement(const Plsql::Statement& s);
+  Cursor* findCursor(const QString& name);
+  Cursor& cursor(const QString& name, size_t at);
+  // The slots INTO names: the fields of a lone record, or the variables named.
+  std::vector<int> targets(const QStringList& names, size_t at) const;
+  void declareRecord(const QString& name, const QStringList& fields, const QStringList& types);
   void runSql(const Plsql::Statement& s);
   void executeImmediate(const Plsql::Statement& s);
   void call(const Plsql::Statement& s);
@@ -75,14 +90,17 @@ private:
   std::vector<SqlToken> substituted(Plsql::Range r, Mode mode, std::vector<int>& slots, Plsql::Range skip = {}) const;
   QVariantList values(const std::vector<int>& slots) const;
   // The rows of a query, with its slots' values or else those given.
-  std::vector<std::vector<QVariant>> queryRows(Compiled& c, QStringList* labels, QStringList* types,
-                                               const QVariantList& given = {});
+  std::vector<std::vector<QVariant>> queryRows(Compiled& c, const QVariantList& given = {});
+  // A query's column labels and declared types, from its prepared statement.
+  void columnsOf(Compiled& c, QStringList& labels, QStringList& types);
+  SqliteStmt& prepared(Compiled& c);
   void assign(int slot, const QVariant& value, const Plsql::Type* from = nullptr);
   QVariant converted(const QVariant& value, const Plsql::Type& to, const Plsql::Type* from);
   QVariant sqlValue(const QString& oracleSql, const QVariant& argument);
   QString text(const QVariant& value, const Plsql::Type* from);
   const Plsql::Type* typeOf(Plsql::Range r) const;
   Plsql::Type anchoredType(Plsql::Range r) const;
+  static Plsql::Type typeNamed(const QString& sqlType);
 
   // Names.
   int lookup(const QString& name) const;

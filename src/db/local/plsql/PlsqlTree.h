@@ -34,7 +34,8 @@ struct Declaration {
   QString name;
   size_t at = 0; // its first token
   Type type;
-  Range anchor; // name%TYPE or table.column%TYPE, resolved when the block runs
+  Range anchor;         // name%TYPE or table.column%TYPE, resolved when the block runs
+  bool rowType = false; // the anchor is table%ROWTYPE or cursor%ROWTYPE: a record
   bool constant = false;
   bool notNull = false;
   Range value; // the default, or the cursor's query
@@ -74,7 +75,10 @@ struct Statement {
     Execute,    // EXECUTE IMMEDIATE a [INTO into] [USING arguments]
     Call,       // name(arguments): DBMS_OUTPUT.*, RAISE_APPLICATION_ERROR
     Raise,      // RAISE [name]
-    Return
+    Return,
+    Open,  // OPEN name
+    Fetch, // FETCH name INTO into
+    Close  // CLOSE name
   };
   Kind kind = Kind::Null;
   size_t at = 0; // its first token, for the line an error reports
