@@ -172,7 +172,7 @@ void DdlRunner::createView(bool replace) {
         TokenCursor c(tokens);
         type = OracleType::parse(c);
       }
-      addColumn(owner, view, Column{probe.columnName(i), type, QString()}, i + 1);
+      addColumn(owner, view, Column{probe.columnName(i), type, QString(), std::nullopt}, i + 1);
     }
   });
 }
@@ -376,6 +376,15 @@ void DdlRunner::dropTable(const QString& owner, const QString& name) {
              {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.indexes WHERE table_owner = ?1 AND table_name = ?2"), {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.comments WHERE owner = ?1 AND table_name = ?2"), {owner, name});
+  // The sequences of its identity columns go with it.
+  for (const char* dictionary : {"sequences", "objects"})
+    sqliteExec(db,
+               QStringLiteral("DELETE FROM CAT.%1 WHERE owner = ?1 AND %2 IN (SELECT substr(data_default, "
+                              "length(owner) + 5, instr(data_default, '.nextval') - length(owner) - 6) FROM "
+                              "CAT.columns WHERE owner = ?1 AND table_name = ?2 AND identity IS NOT NULL)")
+                   .arg(QLatin1String(dictionary),
+                        QLatin1String(strcmp(dictionary, "objects") == 0 ? "name" : "sequence_name")),
+               {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.columns WHERE owner = ?1 AND table_name = ?2"), {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.tables WHERE owner = ?1 AND table_name = ?2"), {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.objects WHERE owner = ?1 AND name = ?2"), {owner, name});

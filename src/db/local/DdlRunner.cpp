@@ -256,8 +256,18 @@ DdlRunner::Column DdlRunner::parseColumn(std::vector<Constraint>& constraints) {
     throw OraError(972, QStringLiteral("identifier is too long"));
   col.type = OracleType::parse(m_t);
   for (;;) {
-    // Identity columns and virtual columns have no place in the tables here.
-    if (m_t.peek().is(u"GENERATED") || (m_t.peek().is(u"AS") && m_t.peek(1).is(u"(")))
+    // An identity column is NOT NULL, as in Oracle.
+    if (m_t.accept(u"GENERATED")) {
+      col.identity = IdentityColumns::parse(m_t);
+      Constraint k;
+      k.type = u'C';
+      k.columns = {col.name};
+      k.condition = q(col.name) + QStringLiteral(" IS NOT NULL");
+      constraints.push_back(k);
+      continue;
+    }
+    // Virtual columns have no place in the tables here.
+    if (m_t.peek().is(u"AS") && m_t.peek(1).is(u"("))
       throw OraError(3001, QStringLiteral("unimplemented feature"));
     if (m_t.accept(u"DEFAULT")) {
       const size_t from = m_t.pos();
@@ -392,13 +402,16 @@ void DdlRunner::addTable(const QString& owner, const QString& table, const QStri
 
 void DdlRunner::addColumn(const QString& owner, const QString& table, const Column& c, int columnId) {
   const OracleType& t = c.type;
+  const QString defaultText =
+      c.identity ? IdentityColumns::createSequence(m_c.db(), owner, *c.identity) : c.defaultText;
   sqliteExec(
       m_c.db(),
       QStringLiteral("INSERT INTO CAT.columns(owner, table_name, column_name, column_id, data_type, data_length, "
-                     "data_precision, data_scale, nullable, char_length, data_default, declared) "
-                     "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, 'Y', ?9, ?10, ?11)"),
+                     "data_precision, data_scale, nullable, char_length, data_default, declared, identity) "
+                     "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, 'Y', ?9, ?10, ?11, ?12)"),
       {owner, table, c.name, columnId, t.dataType, t.dataLength, t.precision, t.scale, t.charLength,
-       c.defaultText.isEmpty() ? QVariant() : QVariant(c.defaultText), t.sqliteType});
+       defaultText.isEmpty() ? QVariant() : QVariant(defaultText), t.sqliteType,
+       c.identity ? QVariant(c.identity->generation) : QVariant()});
 }
 
 QStringList DdlRunner::constraintColumns(const QString& owner, const QString& name) const {

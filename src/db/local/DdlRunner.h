@@ -1,6 +1,7 @@
 #pragma once
 
 #include "db/local/ColumnTypes.h"
+#include "db/local/IdentityColumns.h"
 #include "db/local/OracleType.h"
 #include "db/local/TokenCursor.h"
 
@@ -37,6 +38,7 @@ private:
     QString name;
     OracleType type;
     QString defaultText;
+    std::optional<IdentityColumns::Identity> identity;
   };
 
   // Statements.

@@ -9,6 +9,7 @@
 #include "db/local/DecimalAggregates.h"
 #include "db/local/DictionaryViews.h"
 #include "db/local/HierarchicalQueries.h"
+#include "db/local/IdentityColumns.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/LocalEngine.h"
 #include "db/local/MergeStatement.h"
@@ -580,6 +581,8 @@ LocalConnection::Dml LocalConnection::translateDml(const std::vector<SqlToken>& 
     t = ViewDml::rewrite(*this, t, target, targetEnd, viewOwner, table);
     readTarget();
   }
+  if (!deleting)
+    IdentityColumns::checkDml(m_db, t, targetEnd, owner.isEmpty() ? m_logon.user : owner, table);
   if (!t[0].is(u"INSERT") && t[targetEnd].isName() && !t[targetEnd].is(u"SET") && !t[targetEnd].is(u"WHERE"))
     t.insert(t.begin() + qsizetype(targetEnd), word(u"AS"));
   m_targetOwner = owner.isEmpty() ? m_logon.user : owner;
