@@ -19,30 +19,29 @@ MergeStatement::MergeStatement(LocalConnection& connection, const std::vector<Sq
 
 qint64 MergeStatement::run() {
   parse();
-  const auto alias = [](Range r) { return r.begin < r.end ? r : Range{}; };
   qint64 rows = 0;
   if (m_matched) {
     checkStableSource();
     // The updated rows, for DELETE WHERE, which removes only rows this MERGE updated.
-    if (m_deleteWhere.begin < m_deleteWhere.end) {
+    if (!m_deleteWhere.empty()) {
       sqliteExec(m_c.db(), QStringLiteral("CREATE TEMP TABLE IF NOT EXISTS dbsweep_merged(r INTEGER PRIMARY KEY); "
                                           "DELETE FROM temp.dbsweep_merged"));
     }
-    Tokens update = join({QStringLiteral("UPDATE"), m_target, alias(m_targetAlias), QStringLiteral("SET")});
+    Tokens update = join({QStringLiteral("UPDATE"), m_target, m_targetAlias, QStringLiteral("SET")});
     for (qsizetype i = 0; i < m_setColumns.size(); ++i) {
       const Tokens item = join({i ? QStringLiteral(", ") : QString(), SqlTranslator::quoteName(m_setColumns[i]),
                                 QStringLiteral("= (SELECT"), m_setValues[size_t(i)], QStringLiteral("FROM"), m_source,
-                                alias(m_sourceAlias), QStringLiteral("WHERE"), m_on, QStringLiteral(")")});
+                                m_sourceAlias, QStringLiteral("WHERE"), m_on, QStringLiteral(")")});
       update.insert(update.end(), item.begin(), item.end());
     }
     const Tokens where =
-        join({QStringLiteral("WHERE EXISTS (SELECT 1 FROM"), m_source, alias(m_sourceAlias), QStringLiteral("WHERE"),
-              m_on, QStringLiteral(")"), m_updateWhere.begin < m_updateWhere.end ? QStringLiteral("AND (") : QString(),
-              m_updateWhere, m_updateWhere.begin < m_updateWhere.end ? QStringLiteral(")") : QString()});
+        join({QStringLiteral("WHERE EXISTS (SELECT 1 FROM"), m_source, m_sourceAlias, QStringLiteral("WHERE"), m_on,
+              QStringLiteral(")"), !m_updateWhere.empty() ? QStringLiteral("AND (") : QString(), m_updateWhere,
+              !m_updateWhere.empty() ? QStringLiteral(")") : QString()});
     update.insert(update.end(), where.begin(), where.end());
-    if (m_deleteWhere.begin < m_deleteWhere.end) {
-      Tokens updated = join(
-          {QStringLiteral("SELECT"), m_targetName + QStringLiteral(".ROWID FROM"), m_target, alias(m_targetAlias)});
+    if (!m_deleteWhere.empty()) {
+      Tokens updated =
+          join({QStringLiteral("SELECT"), m_targetName + QStringLiteral(".ROWID FROM"), m_target, m_targetAlias});
       updated.insert(updated.end(), where.begin(), where.end());
       updated.push_back(SqlToken{});
       SqliteStmt keep(m_c.db(),
@@ -53,15 +52,15 @@ qint64 MergeStatement::run() {
     rows += dml(update);
   }
   if (m_notMatched) {
-    const bool filtered = m_insertWhere.begin < m_insertWhere.end;
+    const bool filtered = !m_insertWhere.empty();
     rows += dml(join(
         {QStringLiteral("INSERT INTO"), m_target, m_insertColumns, QStringLiteral("SELECT"), m_insertValues,
-         QStringLiteral("FROM"), m_source, alias(m_sourceAlias), QStringLiteral("WHERE NOT EXISTS (SELECT 1 FROM"),
-         m_target, alias(m_targetAlias), QStringLiteral("WHERE"), m_on, QStringLiteral(")"),
+         QStringLiteral("FROM"), m_source, m_sourceAlias, QStringLiteral("WHERE NOT EXISTS (SELECT 1 FROM"), m_target,
+         m_targetAlias, QStringLiteral("WHERE"), m_on, QStringLiteral(")"),
          filtered ? QStringLiteral("AND (") : QString(), m_insertWhere, filtered ? QStringLiteral(")") : QString()}));
   }
-  if (m_deleteWhere.begin < m_deleteWhere.end) {
-    Tokens remove = join({QStringLiteral("DELETE FROM"), m_target, alias(m_targetAlias), QStringLiteral("WHERE ("),
+  if (!m_deleteWhere.empty()) {
+    Tokens remove = join({QStringLiteral("DELETE FROM"), m_target, m_targetAlias, QStringLiteral("WHERE ("),
                           m_deleteWhere, QStringLiteral(")")});
     remove.push_back(SqlToken{});
     LocalConnection::Dml d = m_c.translateDml(remove, true);
@@ -74,10 +73,9 @@ qint64 MergeStatement::run() {
 // Oracle refuses a MERGE whose source matches one target row more than once: which source row
 // would update it is not defined.
 void MergeStatement::checkStableSource() {
-  Tokens probe = join({QStringLiteral("SELECT COUNT(*) FROM"), m_target,
-                       m_targetAlias.begin < m_targetAlias.end ? m_targetAlias : Range{}, QStringLiteral(","), m_source,
-                       m_sourceAlias.begin < m_sourceAlias.end ? m_sourceAlias : Range{}, QStringLiteral("WHERE"), m_on,
-                       QStringLiteral("GROUP BY"), m_targetName + QStringLiteral(".ROWID HAVING COUNT(*) > 1")});
+  Tokens probe = join({QStringLiteral("SELECT COUNT(*) FROM"), m_target, m_targetAlias, QStringLiteral(","), m_source,
+                       m_sourceAlias, QStringLiteral("WHERE"), m_on, QStringLiteral("GROUP BY"),
+                       m_targetName + QStringLiteral(".ROWID HAVING COUNT(*) > 1")});
   probe.push_back(SqlToken{});
   try {
     SqliteStmt check(m_c.db(), m_c.translator(true).translate(probe));

@@ -23,6 +23,7 @@ private:
   using Tokens = std::vector<SqlToken>;
   struct Range {
     size_t begin = 0, end = 0;
+    bool empty() const { return begin >= end; }
   };
 
   void parse();

@@ -202,7 +202,6 @@ void PlsqlRunner::declare(const Declaration& d) {
 
 int PlsqlRunner::declareVariable(const QString& name, const Type& type) {
   Variable v;
-  v.name = name;
   v.type = type;
   m_variables.push_back(v);
   const int slot = int(m_variables.size() - 1);

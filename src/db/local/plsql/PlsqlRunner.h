@@ -7,7 +7,9 @@
 #include <QHash>
 #include <QSet>
 
+#include <functional>
 #include <memory>
+#include <unordered_map>
 
 // Runs an anonymous block on a session. Expressions and conditions are the engine's SQL
 // (SELECT expr FROM DUAL), and variables reach every statement as bound parameters, never as
@@ -29,7 +31,6 @@ private:
   enum class Flow { Next, Exit, Continue, Return };
   enum class Mode { Value, Condition, Sql };
   struct Variable {
-    QString name;
     Plsql::Type type;
     bool constant = false;
     bool notNull = false;
