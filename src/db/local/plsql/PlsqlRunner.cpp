@@ -838,7 +838,7 @@ QVariant PlsqlRunner::converted(const QVariant& value, const Type& to, const Typ
 
 // A statement of the engine's SQL with one value, prepared once for the block.
 QVariant PlsqlRunner::sqlValue(const QString& oracleSql, const QVariant& argument) {
-  auto& stmt = m_helpers[oracleSql];
+  auto& stmt = m_conversions[oracleSql];
   if (!stmt) {
     std::vector<SqlToken> tokens = tokenizeSql(oracleSql);
     stmt = std::make_shared<SqliteStmt>(m_c.db(), m_c.translator(true).translate(tokens));

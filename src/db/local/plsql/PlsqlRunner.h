@@ -119,7 +119,7 @@ private:
   std::vector<Scope> m_scopes;
   std::unordered_map<quint64, Compiled> m_compiled;
   std::unordered_map<size_t, LocalConnection::Dml> m_dml;
-  QHash<QString, std::shared_ptr<SqliteStmt>> m_helpers;
+  QHash<QString, std::shared_ptr<SqliteStmt>> m_conversions;
   QString m_raised;      // the user-defined exception being raised
   QString m_handled;     // the one the running handler took, which RAISE alone raises again
   size_t m_failedAt = 0; // the statement an unhandled error came from
