@@ -3,6 +3,7 @@
 #include "db/OraDynaset.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -24,4 +25,8 @@ public:
   // Makes every later call that runs longer than this fail (0: no limit). False when the
   // backend cannot limit its calls.
   virtual bool setCallTimeout(int milliseconds) = 0;
+  // DBMS_OUTPUT: whether the session keeps the lines its PL/SQL writes, and those complete lines
+  // kept since the last call. A backend that cannot read them back keeps none.
+  virtual void enableServerOutput(bool) {}
+  virtual QStringList takeServerOutput() { return {}; }
 };

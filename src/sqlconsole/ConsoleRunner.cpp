@@ -39,26 +39,17 @@ bool ConsoleRunner::run(const ScriptItem& item, const QString& script) {
         QStringLiteral("line %1: not run: the statement does not end with ';' or a '/' line").arg(item.line));
     break;
   case ScriptItem::Kind::Failure: fail(item, script, item.text); break;
-  case ScriptItem::Kind::BlockEnd:
-    if (!std::exchange(m_skippingBlock, false) && !csv() && m_settings.feedback > 0)
-      m_output.print(QStringLiteral("\nPL/SQL procedure successfully completed.\n"));
-    break;
   case ScriptItem::Kind::Statement:
-    if (item.inBlock && m_skippingBlock)
-      break;
     if (!m_connection.connected()) {
       commandError(QStringLiteral("SP2-0640: Not connected"));
-      m_skippingBlock = item.inBlock;
       break;
     }
     try {
       execute(item);
     } catch (const OraError& e) {
-      m_skippingBlock = item.inBlock;
       m_lastSqlCode = e.number();
       fail(item, script, e.message());
     } catch (const std::exception& e) {
-      m_skippingBlock = item.inBlock;
       fail(item, script, QString::fromUtf8(e.what()));
     }
     break;
@@ -72,6 +63,8 @@ void ConsoleRunner::execute(const ScriptItem& item) {
   timer.start();
   QString text;
   QTextStream out(&text);
+  DbConnection& session = m_connection.database().connection();
+  session.enableServerOutput(m_settings.serverOutput);
   if (StatementFeedback::isQuery(item.text)) {
     auto rows = m_connection.database().CreateDynaset(item.text, OraDynaset::ReadOnly);
     const ResultLayout layout{m_settings.lineSize, m_settings.pageSize, m_settings.heading, m_settings.feedback,
@@ -80,7 +73,11 @@ void ConsoleRunner::execute(const ScriptItem& item) {
     rows->Close();
   } else {
     const qint64 processed = m_connection.database().ExecuteSQL(item.text);
-    if (!csv() && !item.inBlock && m_settings.feedback > 0)
+    // What the statement wrote with DBMS_OUTPUT comes before its feedback, as in SQL*Plus.
+    if (m_settings.serverOutput)
+      for (const QString& line : session.takeServerOutput())
+        out << line << '\n';
+    if (!csv() && m_settings.feedback > 0)
       out << '\n' << StatementFeedback::message(item.text, processed) << '\n';
   }
   if (m_settings.timing && !csv())

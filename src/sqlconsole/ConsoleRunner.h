@@ -65,7 +65,6 @@ private:
   bool m_failed = false;
   bool m_stopped = false;
   // After a statement of a block fails, the rest of that block does not run.
-  bool m_skippingBlock = false;
   int m_lastSqlCode = 0;
   std::optional<int> m_exitCode;
   bool m_commitAtEnd = true;

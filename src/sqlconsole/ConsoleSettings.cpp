@@ -66,6 +66,20 @@ QString setDefine(ConsoleSettings& settings, QStringList& words) {
   return {};
 }
 
+// ON or OFF, then SIZE n and FORMAT WRAPPED|WORD_WRAPPED|TRUNCATED, which this console takes
+// and needs not: its buffer has no limit and its lines are never cut.
+QString setServerOutput(ConsoleSettings& settings, QStringList& words) {
+  const QString value = takeWord(words);
+  if (value != u"ON" && value != u"OFF")
+    return QStringLiteral("SP2-0265: serveroutput must be set to ON or OFF");
+  settings.serverOutput = value == u"ON";
+  while (!words.isEmpty() && (words.front().toUpper() == u"SIZE" || words.front().toUpper().startsWith(u"FOR"))) {
+    words.removeFirst();
+    takeWord(words);
+  }
+  return {};
+}
+
 // This console writes every line without trailing blanks already.
 QString alwaysOn(ConsoleSettings&, QStringList& words) {
   takeWord(words);
@@ -81,6 +95,7 @@ const QList<Option>& options() {
       {L("FEEDBACK"), 4, setFeedback},
       {L("ECHO"), 4, onOff(L("ECHO"), &ConsoleSettings::echo)},
       {L("TIMING"), 4, onOff(L("TIMING"), &ConsoleSettings::timing)},
+      {L("SERVEROUTPUT"), 9, setServerOutput},
       {L("VERIFY"), 3, onOff(L("VERIFY"), &ConsoleSettings::verify)},
       {L("DEFINE"), 3, setDefine},
       {L("TERMOUT"), 4, onOff(L("TERMOUT"), &ConsoleSettings::termout)},

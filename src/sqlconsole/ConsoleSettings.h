@@ -14,6 +14,7 @@ struct ConsoleSettings final {
   int feedback = 1;
   bool echo = false;
   bool timing = false;
+  bool serverOutput = false; // print what PL/SQL writes with DBMS_OUTPUT
   bool verify = true;
   // The character that starts a substitution variable; none after SET DEFINE OFF.
   QChar define = u'&';

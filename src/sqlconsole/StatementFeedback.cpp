@@ -57,6 +57,8 @@ QString StatementFeedback::message(QStringView sql, qint64 rows) {
     return rowsMessage(rows, "deleted");
   if (first == u"MERGE")
     return rowsMessage(rows, "merged");
+  if (first == u"BEGIN" || first == u"DECLARE")
+    return QStringLiteral("PL/SQL procedure successfully completed.");
   if (first == u"COMMIT")
     return QStringLiteral("Commit complete.");
   if (first == u"ROLLBACK")
@@ -69,6 +71,8 @@ QString StatementFeedback::message(QStringView sql, qint64 rows) {
     return QStringLiteral("Revoke succeeded.");
   if (first == u"LOCK")
     return QStringLiteral("Table(s) Locked.");
+  if (first == u"RENAME")
+    return QStringLiteral("Table renamed.");
   if (first == u"COMMENT")
     return QStringLiteral("Comment created.");
   if (first == u"TRUNCATE" && words.value(1) == u"TABLE")

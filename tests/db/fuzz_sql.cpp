@@ -59,6 +59,14 @@ const QStringList Seeds = {
     "timestamp '2024-01-31 10:00:00.5' + interval '1 02:03:04.5' day to second, interval '1-6' year to month, "
     "numtodsinterval(credit, 'hour'), sys_context('USERENV', 'SID'), 1 / 3, remainder(cust_no, 3) from customers "
     "where regexp_like(cust_name, '^S', 'i') and sysdate - timestamp '2004-01-01 00:00:00' > interval '1' day",
+    // Loops stay bounded by FOR: a mutated WHILE could run for ever, as it would on a server.
+    "declare n number(8, 2) := 0; s varchar2(20) := 'x'; d date := sysdate; b boolean := n > 1; begin for i in "
+    "reverse 1..20 loop if mod(i, 3) = 0 then n := n + i / 2; elsif b or i > 15 then s := substr(s || i, 1, 20); "
+    "else null; end if; end loop; select cust_name into s from customers where cust_no = n; "
+    "for r in (select cust_no, credit from customers) loop update orders set amount = amount + nvl(r.credit, n) "
+    "where cust_no = r.cust_no; end loop; dbms_output.put_line(s || sql%rowcount || d); execute immediate "
+    "'delete from order_lines where qty > :1' using n; exception when no_data_found then "
+    "raise_application_error(-20001, 'none'); when others then raise; end;",
 };
 
 const QStringList Interesting = {
@@ -72,6 +80,7 @@ const QStringList Interesting = {
     "DROP",    "INDEX",  "CONSTRAINT", "PRIMARY", "KEY",   "REFERENCES", "DEFAULT", "@",      "$",
     "CONNECT", "PRIOR",  "LEVEL",      "START",   "WITH",  "FETCH",      "OFFSET",  "ROWS",   "OVER",
     "SECOND",  "YEAR",   "INTERVAL",   "DAY",     "TO",    "TIMESTAMP",  "LEADING", "1e126",  "TRAILING",
+    "DECLARE", "BEGIN",  ":=",         "..",      "INTO",  "EXCEPTION",  "IF",      "RAISE",  "%",
 };
 
 QString mutate(const QString& seed, QRandomGenerator& random) {

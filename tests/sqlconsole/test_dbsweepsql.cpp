@@ -162,6 +162,16 @@ private Q_SLOTS:
     QVERIFY2(refused.err.startsWith("line 2: ORA-06550: line 2, column 3"), qPrintable(refused.err));
     QCOMPARE(count("id >= 30"), QString("N\n0\n"));
   }
+
+  void serverOutputShowsWhatBlocksWrite() {
+    const char* block = "begin\n  dbms_output.put('a');\n  dbms_output.put_line('b');\n"
+                        "  dbms_output.put_line(1/4);\n  dbms_output.put('unfinished');\nend;\n/\n";
+    const Result off = sql({m_logon}, block);
+    QCOMPARE(off.out, QString("\nPL/SQL procedure successfully completed.\n"));
+    const Result on = sql({m_logon}, QByteArray("set serveroutput on size 1000000 format wrapped\n") + block);
+    QVERIFY2(on.status == 0, qPrintable(on.err));
+    QCOMPARE(on.out, QString("ab\n.25\n\nPL/SQL procedure successfully completed.\n"));
+  }
 };
 
 QTEST_GUILESS_MAIN(TestDbsweepSql)

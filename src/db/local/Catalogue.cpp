@@ -13,18 +13,23 @@ QString schemaFile(const QString& folder, const QString& owner) {
 }
 
 void upgrade(sqlite3* db) {
-  const auto current = [db] {
+  const auto sequencesCurrent = [db] {
     return sqliteValue(db, QStringLiteral("SELECT 1 FROM pragma_table_info('sequences', 'CAT') WHERE name = "
                                           "'cache_size'"))
                .isValid() &&
            sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.sqlite_master WHERE name = 'tab_privs'")).isValid();
   };
-  if (current())
+  const auto identityCurrent = [db] {
+    return sqliteValue(db, QStringLiteral("SELECT 1 FROM pragma_table_info('columns', 'CAT') WHERE name = "
+                                          "'identity'"))
+        .isValid();
+  };
+  if (sequencesCurrent() && identityCurrent())
     return;
   sqliteExec(db, QStringLiteral("BEGIN IMMEDIATE"));
   try {
     // Looked at again inside the transaction: another session may have just done it.
-    if (!current())
+    if (!sequencesCurrent())
       sqliteExec(db, QStringLiteral(R"(
 CREATE TABLE IF NOT EXISTS CAT.tab_privs(grantee TEXT, owner TEXT, table_name TEXT, privilege TEXT,
   PRIMARY KEY(grantee, owner, table_name, privilege));
@@ -32,6 +37,8 @@ ALTER TABLE CAT.sequences ADD COLUMN start_with INTEGER;
 ALTER TABLE CAT.sequences ADD COLUMN cache_size INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE CAT.sequences ADD COLUMN order_flag TEXT NOT NULL DEFAULT 'N';
 )"));
+    if (!identityCurrent())
+      sqliteExec(db, QStringLiteral("ALTER TABLE CAT.columns ADD COLUMN identity TEXT"));
     sqliteExec(db, QStringLiteral("COMMIT"));
   } catch (...) {
     sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
@@ -55,7 +62,7 @@ CREATE INDEX CAT.tables_name ON tables(table_name);
 CREATE TABLE CAT.views(owner TEXT, view_name TEXT, text TEXT, PRIMARY KEY(owner, view_name));
 CREATE TABLE CAT.columns(owner TEXT, table_name TEXT, column_name TEXT, column_id INTEGER, data_type TEXT,
   data_length INTEGER, data_precision INTEGER, data_scale INTEGER, nullable TEXT, char_length INTEGER,
-  data_default TEXT, declared TEXT, PRIMARY KEY(owner, table_name, column_name));
+  data_default TEXT, declared TEXT, identity TEXT, PRIMARY KEY(owner, table_name, column_name));
 CREATE INDEX CAT.columns_table ON columns(table_name, column_id);
 CREATE INDEX CAT.columns_column ON columns(column_name, table_name);
 CREATE TABLE CAT.comments(owner TEXT, table_name TEXT, column_name TEXT, comments TEXT,
@@ -110,7 +117,8 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
       {"ALL_TAB_COLUMNS",
        "SELECT owner AS OWNER, table_name AS TABLE_NAME, column_name AS COLUMN_NAME, data_type AS DATA_TYPE, "
        "data_length AS DATA_LENGTH, data_precision AS DATA_PRECISION, data_scale AS DATA_SCALE, nullable AS NULLABLE, "
-       "column_id AS COLUMN_ID, data_default AS DATA_DEFAULT, char_length AS CHAR_LENGTH FROM CAT.columns",
+       "column_id AS COLUMN_ID, data_default AS DATA_DEFAULT, char_length AS CHAR_LENGTH, CASE WHEN identity IS NULL "
+       "THEN 'NO' ELSE 'YES' END AS IDENTITY_COLUMN FROM CAT.columns",
        "OWNER", "OWNER", "TABLE_NAME"},
       {"ALL_CONSTRAINTS",
        "SELECT owner AS OWNER, constraint_name AS CONSTRAINT_NAME, constraint_type AS CONSTRAINT_TYPE, "

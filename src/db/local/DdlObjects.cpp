@@ -111,6 +111,18 @@ void DdlRunner::createView(bool replace) {
       break;
     }
   }
+  // WITH READ ONLY and WITH CHECK OPTION are constraints of the view, O and V, as in Oracle.
+  Constraint restriction;
+  if (to + 1 < m_t.tokens().size() - 1) {
+    m_t.seek(to + 1);
+    restriction.type = m_t.accept(u"READ") ? (m_t.expect(u"ONLY", 933), u'O') : (m_t.expect(u"CHECK", 933), u'V');
+    if (restriction.type == u'V')
+      m_t.expect(u"OPTION", 933);
+    if (m_t.accept(u"CONSTRAINT"))
+      restriction.name = m_t.name(904);
+    if (!m_t.atEnd())
+      TokenCursor::fail(933);
+  }
   const QString select = m_c.translator().translate(m_t.tokens(), from, to);
   const QString text = m_t.source(m_sql, from, to);
   QStringList quoted;
@@ -123,7 +135,7 @@ void DdlRunner::createView(bool replace) {
       throw OraError(955, QStringLiteral("name is already used by an existing object"));
     if (existing) {
       sqliteExec(db, QStringLiteral("DROP VIEW %1.%2").arg(q(schema), q(view)));
-      for (const char* table : {"objects", "views", "columns"})
+      for (const char* table : {"objects", "views", "columns", "constraints"})
         sqliteExec(db,
                    QStringLiteral("DELETE FROM CAT.%1 WHERE owner = ?1 AND %2 = ?2")
                        .arg(QLatin1String(table), QLatin1String(strcmp(table, "objects") == 0 ? "name"
@@ -141,6 +153,11 @@ void DdlRunner::createView(bool replace) {
                {owner, view, OracleDate::now()});
     sqliteExec(db, QStringLiteral("INSERT INTO CAT.views(owner, view_name, text) VALUES (?1, ?2, ?3)"),
                {owner, view, text});
+    if (!restriction.type.isNull()) {
+      if (restriction.name.isEmpty())
+        restriction.name = newConstraintName(), restriction.generatedName = true;
+      addConstraint(owner, view, restriction);
+    }
     for (int i = 0; i < probe.columnCount(); ++i) {
       // A column taken straight from a table keeps that column's type; an expression is
       // reported as text.
@@ -155,7 +172,7 @@ void DdlRunner::createView(bool replace) {
         TokenCursor c(tokens);
         type = OracleType::parse(c);
       }
-      addColumn(owner, view, Column{probe.columnName(i), type, QString()}, i + 1);
+      addColumn(owner, view, Column{probe.columnName(i), type, QString(), std::nullopt}, i + 1);
     }
   });
 }
@@ -359,6 +376,15 @@ void DdlRunner::dropTable(const QString& owner, const QString& name) {
              {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.indexes WHERE table_owner = ?1 AND table_name = ?2"), {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.comments WHERE owner = ?1 AND table_name = ?2"), {owner, name});
+  // The sequences of its identity columns go with it.
+  for (const char* dictionary : {"sequences", "objects"})
+    sqliteExec(db,
+               QStringLiteral("DELETE FROM CAT.%1 WHERE owner = ?1 AND %2 IN (SELECT substr(data_default, "
+                              "length(owner) + 5, instr(data_default, '.nextval') - length(owner) - 6) FROM "
+                              "CAT.columns WHERE owner = ?1 AND table_name = ?2 AND identity IS NOT NULL)")
+                   .arg(QLatin1String(dictionary),
+                        QLatin1String(strcmp(dictionary, "objects") == 0 ? "name" : "sequence_name")),
+               {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.columns WHERE owner = ?1 AND table_name = ?2"), {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.tables WHERE owner = ?1 AND table_name = ?2"), {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.objects WHERE owner = ?1 AND name = ?2"), {owner, name});

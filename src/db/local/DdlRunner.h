@@ -1,8 +1,11 @@
 #pragma once
 
 #include "db/local/ColumnTypes.h"
+#include "db/local/IdentityColumns.h"
 #include "db/local/OracleType.h"
 #include "db/local/TokenCursor.h"
+
+#include <QHash>
 
 #include <functional>
 #include <optional>
@@ -35,10 +38,12 @@ private:
     QString name;
     OracleType type;
     QString defaultText;
+    std::optional<IdentityColumns::Identity> identity;
   };
 
   // Statements.
   void createTable();
+  void createTableAs(const QString& owner, const QString& table, const QString& schema);
   void createIndex(bool unique);
   void createView(bool replace);
   void createSequence();
@@ -52,6 +57,12 @@ private:
   void truncate();
   void comment();
   void grant(bool revoke);
+  // ALTER TABLE's changes to columns, and renaming a table.
+  void modifyColumns(const QString& owner, const QString& table, const QString& schema);
+  void dropColumns(const QString& owner, const QString& table, const QString& schema);
+  void renameColumn(const QString& owner, const QString& table, const QString& schema);
+  void renameTable(const QString& owner, const QString& table, const QString& schema, const QString& to);
+  void missingStoredUnit();
   void grantObject(bool revoke, QStringList privileges, const QString& owner, const QString& object,
                    const QStringList& grantees);
 
@@ -74,11 +85,15 @@ private:
   std::optional<QString> objectType(const QString& owner, const QString& name) const;
   void requireTable(const QString& owner, const QString& table) const;
   void inTransaction(const std::function<void()>& work);
+  // The dictionary rows and the SQLite table of a new table.
+  void addTable(const QString& owner, const QString& table, const QString& schema, const std::vector<Column>& columns,
+                const std::vector<Constraint>& constraints, bool iot);
   void addColumn(const QString& owner, const QString& table, const Column& column, int columnId);
   void addConstraint(const QString& owner, const QString& table, Constraint k);
   void removeConstraint(const QString& owner, const QString& name);
   void refreshNullable(const QString& owner, const QString& table);
-  void rebuild(const QString& owner, const QString& table, const QString& schema, const Constraint* validating);
+  void rebuild(const QString& owner, const QString& table, const QString& schema, const Constraint* validating,
+               const QHash<QString, QString>& renamed = {});
   QString tableDdl(const QString& owner, const QString& table, const QString& target) const;
   std::vector<ColumnTypes::Column> columnTypes(const QString& owner, const QString& table) const;
   void createTriggers(const QString& owner, const QString& table, const QString& schema);

@@ -629,7 +629,6 @@ void runScript(OraDatabase& db, const QString& path, Meter& meter) {
       throw creationFailure(
           QStringLiteral("%1 line %2: the statement does not end with ';' or a '/' line").arg(name).arg(item.line));
     case ScriptItem::Kind::Exit: db.connection().commit(); return;
-    case ScriptItem::Kind::BlockEnd:
     case ScriptItem::Kind::Prompt:
     case ScriptItem::Kind::ErrorMode:
       // The demo must come out whole, so an error always stops it, whatever the script asks.

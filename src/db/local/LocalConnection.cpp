@@ -9,14 +9,19 @@
 #include "db/local/DecimalAggregates.h"
 #include "db/local/DictionaryViews.h"
 #include "db/local/HierarchicalQueries.h"
+#include "db/local/IdentityColumns.h"
 #include "db/local/LocalDynaset.h"
 #include "db/local/LocalEngine.h"
+#include "db/local/MergeStatement.h"
+#include "db/local/MultiTableInsert.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OrderedAggregates.h"
 #include "db/local/RowLocks.h"
 #include "db/local/SessionContext.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
+#include "db/local/ViewDml.h"
+#include "db/local/plsql/PlsqlRunner.h"
 
 #include <QDateTime>
 #include <QScopeGuard>
@@ -27,7 +32,7 @@ namespace {
 
 constexpr int MaxAttached = 8; // SQLite allows ten: CAT and one spare for the DDL of a DBA
 
-enum class Kind { Query, Dml, Ddl, Transaction, Block, Session, Unknown };
+enum class Kind { Query, Dml, Merge, Ddl, Transaction, Block, Session, Unknown };
 
 Kind kindOf(const std::vector<SqlToken>& t) {
   const SqlToken& first = t.front();
@@ -35,6 +40,8 @@ Kind kindOf(const std::vector<SqlToken>& t) {
     return Kind::Query;
   if (first.is(u"INSERT") || first.is(u"UPDATE") || first.is(u"DELETE"))
     return Kind::Dml;
+  if (first.is(u"MERGE"))
+    return Kind::Merge;
   if (first.is(u"COMMIT") || first.is(u"ROLLBACK") || first.is(u"SAVEPOINT"))
     return Kind::Transaction;
   if (first.is(u"BEGIN") || first.is(u"DECLARE"))
@@ -42,9 +49,25 @@ Kind kindOf(const std::vector<SqlToken>& t) {
   if ((first.is(u"ALTER") && t.size() > 1 && t[1].is(u"SESSION")) || first.is(u"SET"))
     return Kind::Session;
   if (first.is(u"CREATE") || first.is(u"ALTER") || first.is(u"DROP") || first.is(u"TRUNCATE") || first.is(u"COMMENT") ||
-      first.is(u"GRANT") || first.is(u"REVOKE"))
+      first.is(u"RENAME") || first.is(u"GRANT") || first.is(u"REVOKE"))
     return Kind::Ddl;
   return Kind::Unknown;
+}
+
+// CREATE [OR REPLACE] [EDITIONABLE|NONEDITIONABLE] PROCEDURE|FUNCTION|PACKAGE|TRIGGER|TYPE|LIBRARY:
+// stored PL/SQL, whose text ends with the ';' of its last END.
+bool createsStoredUnit(const std::vector<SqlToken>& t) {
+  size_t i = 1;
+  if (!t.front().is(u"CREATE"))
+    return false;
+  if (t[i].is(u"OR") && i + 1 < t.size() && t[i + 1].is(u"REPLACE"))
+    i += 2;
+  if (i < t.size() && (t[i].is(u"EDITIONABLE") || t[i].is(u"NONEDITIONABLE")))
+    ++i;
+  for (const char16_t* unit : {u"PROCEDURE", u"FUNCTION", u"PACKAGE", u"TRIGGER", u"TYPE", u"LIBRARY"})
+    if (i < t.size() && t[i].is(unit))
+      return true;
+  return false;
 }
 
 bool canonicalDate(const char* s, int n) {
@@ -225,8 +248,10 @@ void LocalConnection::startCall() {
 }
 
 void LocalConnection::rollbackQuietly() {
-  if (m_inTransaction)
+  if (m_inTransaction) {
     sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    ++m_transactionsEnded;
+  }
   m_inTransaction = false;
   m_savepoints.clear();
 }
@@ -297,9 +322,9 @@ QString LocalConnection::schemaOf(const QString& owner) {
   return owner;
 }
 
-SqlTranslator LocalConnection::translator() {
-  SqlTranslator::Context context{
-      m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}, {}};
+SqlTranslator LocalConnection::translator(bool binds) {
+  SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}, {},
+                                 binds};
   context.hasColumn = [this](std::vector<SqlToken> item, const QString& column) {
     item.push_back(SqlToken{});
     try {
@@ -370,7 +395,26 @@ void LocalConnection::commitPending() {
     }
     m_inTransaction = false;
     m_savepoints.clear();
+    ++m_transactionsEnded;
   }
+}
+
+void LocalConnection::enableServerOutput(bool on) {
+  std::lock_guard lock(m_mutex);
+  m_outputEnabled = on;
+}
+
+QStringList LocalConnection::takeServerOutput() {
+  std::lock_guard lock(m_mutex);
+  return std::exchange(m_outputLines, {});
+}
+
+void LocalConnection::putOutput(const QString& text, bool endLine) {
+  if (!m_outputEnabled)
+    return;
+  m_outputLine += text;
+  if (endLine)
+    m_outputLines << std::exchange(m_outputLine, {});
 }
 
 OraError LocalConnection::oracleError(const SqliteFailure& failure, const QString& owner, const QString& table,
@@ -472,7 +516,8 @@ qint64 LocalConnection::execute(const QString& sql) {
   std::lock_guard lock(m_mutex);
   startCall();
   const auto tokens = tokenizeSql(sql);
-  if (tokens.size() >= 2 && tokens[tokens.size() - 2].is(u";") && kindOf(tokens) != Kind::Block)
+  if (tokens.size() >= 2 && tokens[tokens.size() - 2].is(u";") && kindOf(tokens) != Kind::Block &&
+      !createsStoredUnit(tokens))
     throw OraError(911, QStringLiteral("invalid character"));
   return runStatement(tokens, sql);
 }
@@ -484,7 +529,18 @@ qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const 
     rows->Close();
     return 0;
   }
-  case Kind::Dml: return runDml(tokens);
+  case Kind::Dml: {
+    if (!MultiTableInsert::isOne(tokens))
+      return runDml(translateDml(tokens, false));
+    qint64 rows = 0;
+    asOneCall([&] { rows = MultiTableInsert(*this, tokens).run(); });
+    return rows;
+  }
+  case Kind::Merge: {
+    qint64 rows = 0;
+    asOneCall([&] { rows = MergeStatement(*this, tokens).run(); });
+    return rows;
+  }
   case Kind::Transaction: {
     TokenCursor c(tokens, 1);
     if (tokens.front().is(u"SAVEPOINT") || (c.peek().is(u"WORK") ? c.peek(1) : c.peek()).is(u"TO"))
@@ -505,7 +561,7 @@ qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const 
   throw OraError(900, TokenCursor::textOf(900));
 }
 
-qint64 LocalConnection::runDml(const std::vector<SqlToken>& source) {
+LocalConnection::Dml LocalConnection::translateDml(const std::vector<SqlToken>& source, bool binds) {
   // Oracle's "DELETE t" and "UPDATE t a" become SQLite's "DELETE FROM t" and "UPDATE t AS a".
   std::vector<SqlToken> t = source;
   const auto word = [](const char16_t* w) { return SqlToken{SqlToken::Kind::Word, QString::fromUtf16(w), 0, 0, 0}; };
@@ -518,32 +574,51 @@ qint64 LocalConnection::runDml(const std::vector<SqlToken>& source) {
       TokenCursor::fail(t[0].is(u"INSERT") ? 925 : 903);
     target = 2;
   }
-  TokenCursor c(t, target);
-  const auto [owner, table] = c.qualifiedName();
-  if (!t[0].is(u"INSERT") && c.peek().isName() && !c.peek().is(u"SET") && !c.peek().is(u"WHERE"))
-    t.insert(t.begin() + qsizetype(c.pos()), word(u"AS"));
+  QString owner, table;
+  size_t targetEnd = 0;
+  const auto readTarget = [&] {
+    TokenCursor c(t, target);
+    std::tie(owner, table) = c.qualifiedName();
+    targetEnd = c.pos();
+  };
+  readTarget();
+  const QString viewOwner = owner.isEmpty() ? m_logon.user : owner;
+  if (sqliteValue(m_db, QStringLiteral("SELECT 1 FROM CAT.views WHERE owner = ?1 AND view_name = ?2"),
+                  {viewOwner, table})
+          .isValid()) {
+    t = ViewDml::rewrite(*this, t, target, targetEnd, viewOwner, table);
+    readTarget();
+  }
+  if (!deleting)
+    IdentityColumns::checkDml(m_db, t, targetEnd, owner.isEmpty() ? m_logon.user : owner, table);
+  if (!t[0].is(u"INSERT") && t[targetEnd].isName() && !t[targetEnd].is(u"SET") && !t[targetEnd].is(u"WHERE"))
+    t.insert(t.begin() + qsizetype(targetEnd), word(u"AS"));
   m_targetOwner = owner.isEmpty() ? m_logon.user : owner;
   m_targetTable = table;
   m_targetPrivilege = deleting ? QStringLiteral("DELETE") : t[0].upper();
   const auto translated = qScopeGuard([this] { m_targetOwner.clear(); });
-  const QString sqlite = translator().translate(t);
+  return Dml{translator(binds).translate(t), owner, table,
+             deleting             ? SqlErrors::Dml::Delete
+             : t[0].is(u"INSERT") ? SqlErrors::Dml::Insert
+                                  : SqlErrors::Dml::Update};
+}
+
+qint64 LocalConnection::runDml(const Dml& dml, const QVariantList& values) {
   bool began = false;
   try {
     began = beginPending();
-    SqliteStmt stmt(m_db, sqlite);
+    SqliteStmt stmt(m_db, dml.sqlite);
+    stmt.bindPresent(values);
     while (stmt.step()) {
     }
     return sqlite3_changes64(m_db);
   } catch (const SqliteFailure& f) {
     // Running the statement again to name the key would take sequence numbers a second time.
     std::optional<SqlErrors::ForeignKey> violated;
-    if (f.code == SQLITE_CONSTRAINT_FOREIGNKEY && !containsToken(t, 0, t.size(), u"NEXTVAL"))
-      violated = SqlErrors::violatedForeignKey(m_db, sqlite, schemaOf(m_targetOwner), m_targetOwner);
-    const OraError error = oracleError(f, owner, table,
-                                       deleting             ? SqlErrors::Dml::Delete
-                                       : t[0].is(u"INSERT") ? SqlErrors::Dml::Insert
-                                                            : SqlErrors::Dml::Update,
-                                       violated);
+    const QString owner = dml.owner.isEmpty() ? m_logon.user : dml.owner;
+    if (f.code == SQLITE_CONSTRAINT_FOREIGNKEY && !dml.sqlite.contains(u"dbsweep_nextval"))
+      violated = SqlErrors::violatedForeignKey(m_db, dml.sqlite, schemaOf(owner), owner, values);
+    const OraError error = oracleError(f, dml.owner, dml.table, dml.kind, violated);
     if (began)
       abandonPending();
     throw error;
@@ -572,38 +647,37 @@ qint64 LocalConnection::alterSession(const std::vector<SqlToken>& t) {
   return 0;
 }
 
-// An anonymous block made only of SQL statements runs them one after another.
-qint64 LocalConnection::runBlock(const std::vector<SqlToken>& t, const QString& sql) {
-  size_t i = 0;
-  if (t[i].is(u"DECLARE"))
-    ++i;
-  if (!t[i].is(u"BEGIN"))
-    throw OraError(6550, QStringLiteral("line %1: declarations are not supported in blocks here").arg(t[i].line));
-  ++i;
-  qint64 rows = 0;
-  while (i < t.size() && !t[i].is(u"END")) {
-    std::vector<SqlToken> statement;
-    int depth = 0;
-    for (; i < t.size() && t[i].kind != SqlToken::Kind::End; ++i) {
-      if (t[i].is(u"("))
-        ++depth;
-      else if (t[i].is(u")"))
-        --depth;
-      else if (depth == 0 && t[i].is(u";"))
-        break;
-      statement.push_back(t[i]);
-    }
-    if (i >= t.size() || t[i].kind == SqlToken::Kind::End)
-      throw OraError(6550, QStringLiteral("line %1: the block has no END").arg(t.back().line));
-    ++i; // the ";"
-    if (statement.empty())
-      continue;
-    statement.push_back(SqlToken{SqlToken::Kind::End, QString(), int(sql.size()), 0, statement.back().line});
-    const Kind kind = kindOf(statement);
-    if (kind == Kind::Unknown || kind == Kind::Block || kind == Kind::Query)
-      throw OraError(
-          6550, QStringLiteral("line %1: only SQL statements can run in a block here").arg(statement.front().line));
-    rows += runStatement(statement, sql);
+// A block, or a statement run as several, is one call: when an error leaves it, what it changed
+// since it started (or since a COMMIT inside it) is undone, and what the session had pending
+// before it stays. It runs in one transaction even outside begin(), which then ends with it.
+void LocalConnection::asOneCall(const std::function<void()>& work) {
+  const bool wasExplicit = m_explicit;
+  m_explicit = true;
+  const auto restore = qScopeGuard([&] { m_explicit = wasExplicit; });
+  const qint64 transaction = m_transactionsEnded;
+  const QString mark = QStringLiteral("dbsweep_call%1").arg(++m_callDepth);
+  const auto depth = qScopeGuard([this] { --m_callDepth; });
+  const bool marked = m_inTransaction;
+  if (marked)
+    sqliteExec(m_db, QStringLiteral("SAVEPOINT ") + mark);
+  try {
+    work();
+  } catch (...) {
+    if (marked && m_inTransaction && m_transactionsEnded == transaction)
+      sqlite3_exec(m_db, qPrintable(QStringLiteral("ROLLBACK TO %1; RELEASE %1").arg(mark)), nullptr, nullptr, nullptr);
+    else
+      rollbackQuietly();
+    throw;
   }
-  return rows;
+  if (marked && m_inTransaction && m_transactionsEnded == transaction)
+    sqliteExec(m_db, QStringLiteral("RELEASE ") + mark);
+  if (!wasExplicit)
+    commitPending();
+}
+
+qint64 LocalConnection::runBlock(const std::vector<SqlToken>& t, const QString& sql) {
+  PlsqlRunner runner(*this, t, sql);
+  runner.compile();
+  asOneCall([&] { runner.run(); });
+  return 0;
 }

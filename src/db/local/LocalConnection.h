@@ -11,6 +11,7 @@
 #include <QHash>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -43,6 +44,8 @@ public:
   void interrupt() override;
   // SQLite offers no limit on a call's time: only interrupt() stops a long one.
   bool setCallTimeout(int) override { return false; }
+  void enableServerOutput(bool on) override;
+  QStringList takeServerOutput() override;
 
   // For the statement runners and dynasets of this engine.
   sqlite3* db() const { return m_db; }
@@ -57,7 +60,8 @@ public:
   // "main" for the session's own schema, the attached name for another user's, "" when there is
   // no such user.
   QString schemaOf(const QString& owner);
-  SqlTranslator translator();
+  // binds: the statement holds the engine's own ?N parameters, which its caller binds.
+  SqlTranslator translator(bool binds = false);
   // Raises ORA-00028 once the session is known to have been killed; cheap enough for every
   // field read.
   void checkAlive();
@@ -94,9 +98,24 @@ public:
   };
   QHash<QString, RowValue>& rowValues() { return m_rowValues; }
 
-private:
+  // Runs one statement of any kind, as execute() does, for the statements of a block.
   qint64 runStatement(const std::vector<SqlToken>& tokens, const QString& sql);
-  qint64 runDml(const std::vector<SqlToken>& tokens);
+  // INSERT, UPDATE or DELETE translated once and run as often as wanted, with the values of its
+  // ?N parameters.
+  struct Dml {
+    QString sqlite;
+    QString owner, table;
+    SqlErrors::Dml kind = SqlErrors::Dml::None;
+  };
+  Dml translateDml(const std::vector<SqlToken>& tokens, bool binds);
+  qint64 runDml(const Dml& dml, const QVariantList& values = {});
+  // Runs work as one statement: an error undoes all of it, and nothing else.
+  void asOneCall(const std::function<void()>& work);
+  // DBMS_OUTPUT: text for the current line, and the line's end.
+  void putOutput(const QString& text, bool endLine);
+  void setOutputEnabled(bool on) { m_outputEnabled = on; }
+
+private:
   qint64 runBlock(const std::vector<SqlToken>& tokens, const QString& sql);
   void rollbackQuietly();
   qint64 savepoint(const std::vector<SqlToken>& tokens);
@@ -120,4 +139,9 @@ private:
   // The table a DML statement changes and the privilege that takes, while it is translated.
   QString m_targetOwner, m_targetTable, m_targetPrivilege;
   QHash<QString, bool> m_users;
+  qint64 m_transactionsEnded = 0; // a savepoint lives only as long as the transaction it was set in
+  int m_callDepth = 0; // calls of asOneCall running, for the names of their savepoints
+  bool m_outputEnabled = false;
+  QStringList m_outputLines;
+  QString m_outputLine;
 };

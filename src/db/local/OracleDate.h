@@ -13,5 +13,10 @@ inline QString now() { return format(QDateTime::currentDateTime()); }
 inline QDateTime parse(const QString& stored) {
   return QDateTime::fromString(stored, QStringLiteral("yyyy/MM/dd HH:mm:ss"));
 }
+// Whether a text has the stored form's shape (a DATE value, or a text that reads like one).
+inline bool hasStoredShape(QStringView s) {
+  return s.size() == 19 && s[0].isDigit() && s[4] == u'/' && s[7] == u'/' && s[10] == u' ' && s[13] == u':' &&
+         s[16] == u':';
+}
 
 } // namespace OracleDate

@@ -61,7 +61,7 @@ QString quotedPath(const QString& dotted) {
 }
 
 std::optional<ForeignKey> violatedForeignKey(sqlite3* db, const QString& statement, const QString& schema,
-                                             const QString& owner) {
+                                             const QString& owner, const QVariantList& values) {
   const QString q = u'"' + schema + u'"';
   std::optional<ForeignKey> found;
   try {
@@ -69,6 +69,7 @@ std::optional<ForeignKey> violatedForeignKey(sqlite3* db, const QString& stateme
     try {
       sqliteExec(db, QStringLiteral("PRAGMA defer_foreign_keys = ON"));
       SqliteStmt run(db, statement);
+      run.bindPresent(values);
       while (run.step()) {
       }
       SqliteStmt check(db, QStringLiteral("PRAGMA %1.foreign_key_check").arg(q));

@@ -23,9 +23,10 @@ OraError toOracle(sqlite3* db, const SqliteFailure& failure, const QString& owne
 
 // The foreign key that statement, which failed for one, violates: SQLite's failure does not say
 // which. The statement runs again with the checks deferred, in a savepoint undone at once, and
-// SQLite's check of schema (of owner) names the key; nullopt when that cannot tell.
+// SQLite's check of schema (of owner) names the key; nullopt when that cannot tell. values: those
+// of the statement's parameters.
 std::optional<ForeignKey> violatedForeignKey(sqlite3* db, const QString& statement, const QString& schema,
-                                             const QString& owner);
+                                             const QString& owner, const QVariantList& values = {});
 
 // "T.C" as Oracle quotes it: "T"."C".
 QString quotedPath(const QString& dotted);

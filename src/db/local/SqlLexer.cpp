@@ -113,7 +113,7 @@ std::vector<SqlToken> tokenizeSql(const QString& sql) {
     } else {
       static const QStringList twoChar = {QStringLiteral("<="), QStringLiteral(">="), QStringLiteral("<>"),
                                           QStringLiteral("!="), QStringLiteral("^="), QStringLiteral("||"),
-                                          QStringLiteral(":="), QStringLiteral("=>")};
+                                          QStringLiteral(":="), QStringLiteral("=>"), QStringLiteral("..")};
       const QString two = sql.mid(i, 2);
       const int start = i;
       if (twoChar.contains(two)) {

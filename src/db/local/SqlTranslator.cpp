@@ -94,6 +94,7 @@ bool endsOperand(const SqlToken& t) {
   switch (t.kind) {
   case SqlToken::Kind::Number:
   case SqlToken::Kind::String:
+  case SqlToken::Kind::Bind:
   case SqlToken::Kind::Quoted: return true;
   case SqlToken::Kind::Word: return !keywords().contains(t.upper()) || t.is(u"NULL") || t.is(u"END");
   case SqlToken::Kind::Symbol: return t.is(u")") || t.is(u"(+)");
@@ -119,7 +120,8 @@ size_t afterPrimary(const std::vector<SqlToken>& t, size_t i, size_t end) {
   if (i >= end)
     return NoEnd;
   const SqlToken& a = t[i];
-  if (a.kind == SqlToken::Kind::Number || a.kind == SqlToken::Kind::String || a.is(u"NULL"))
+  if (a.kind == SqlToken::Kind::Number || a.kind == SqlToken::Kind::String || a.kind == SqlToken::Kind::Bind ||
+      a.is(u"NULL"))
     return i + 1;
   if (a.is(u"(") || a.is(u"CASE"))
     return afterGroup(t, i, end);
@@ -517,7 +519,7 @@ QString SqlTranslator::selectList(const std::vector<SqlToken>& t, size_t& i, siz
     if (exprEnd - start >= 2 && t[exprEnd - 1].isName() && !keywords().contains(t[exprEnd - 1].upper())) {
       const SqlToken& before = t[exprEnd - 2];
       if (before.is(u"AS") || before.isName() || before.is(u")") || before.kind == SqlToken::Kind::String ||
-          before.kind == SqlToken::Kind::Number) {
+          before.kind == SqlToken::Kind::Number || before.kind == SqlToken::Kind::Bind) {
         if (!(before.is(u".")))
           aliased = true;
       }
@@ -957,7 +959,11 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
     if (isGroupingConstant(t, i - 1, end))
       return numberLiteral(tok.text) + QStringLiteral(" + 0");
     return numberLiteral(tok.text);
-  case SqlToken::Kind::Bind: throw OraError(1008, QStringLiteral("not all variables bound"));
+  case SqlToken::Kind::Bind:
+    if (!m_context.binds)
+      throw OraError(1008, QStringLiteral("not all variables bound"));
+    ++i;
+    return tok.text;
   case SqlToken::Kind::Symbol:
     ++i;
     if (tok.text == u"!=" || tok.text == u"^=")

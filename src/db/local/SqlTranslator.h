@@ -31,6 +31,9 @@ public:
     std::function<void(const QString& owner, const QString& table)> checkAccess;
     // The names of the columns of a probe query; nullopt when the probe fails.
     std::function<std::optional<QStringList>(const QString& sql)> columnNames;
+    // The statement holds ?N parameters of the engine's own (PL/SQL variables), kept as they are;
+    // otherwise a bind variable is ORA-01008, as no value comes with it.
+    bool binds = false;
   };
 
   explicit SqlTranslator(Context context) : m_context(std::move(context)), m_statement(++s_statements) {}

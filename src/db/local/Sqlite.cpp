@@ -46,6 +46,12 @@ SqliteStmt& SqliteStmt::bind(int index, const QVariant& v) {
   return *this;
 }
 
+SqliteStmt& SqliteStmt::bindPresent(const QVariantList& values) {
+  for (int i = 0; i < sqlite3_bind_parameter_count(m_stmt) && i < values.size(); ++i)
+    bind(i + 1, values[i]);
+  return *this;
+}
+
 SqliteStmt& SqliteStmt::bindAll(const QVariantList& values) {
   for (int i = 0; i < values.size(); ++i)
     bind(i + 1, values[i]);

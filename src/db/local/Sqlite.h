@@ -22,6 +22,9 @@ public:
 
   SqliteStmt& bind(int index, const QVariant& value); // 1-based
   SqliteStmt& bindAll(const QVariantList& values);
+  // Binds those of values whose parameters the statement has: one made of parts of another may
+  // leave some out.
+  SqliteStmt& bindPresent(const QVariantList& values);
   // Steps once: true when a row is there. Raises SqliteFailure.
   bool step();
   void reset();
@@ -29,6 +32,10 @@ public:
   QString columnName(int i) const { return QString::fromUtf8(sqlite3_column_name(m_stmt, i)); }
   // The declared type of a result column taken straight from a table; "" for an expression.
   QString declaredType(int i) const { return QString::fromUtf8(sqlite3_column_decltype(m_stmt, i)); }
+  // Where a result column is read from: schema, table and column; "" for an expression.
+  QString originSchema(int i) const { return QString::fromUtf8(sqlite3_column_database_name(m_stmt, i)); }
+  QString originTable(int i) const { return QString::fromUtf8(sqlite3_column_table_name(m_stmt, i)); }
+  QString originColumn(int i) const { return QString::fromUtf8(sqlite3_column_origin_name(m_stmt, i)); }
   // Integral floating values come back as integers: Oracle numbers have no such difference.
   QVariant column(int i) const;
   // Every column of the current row, read under one hold of the connection's lock rather than

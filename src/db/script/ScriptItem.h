@@ -8,7 +8,6 @@
 struct ScriptItem final {
   enum class Kind {
     Statement,   // SQL to run
-    BlockEnd,    // the statements of an anonymous block have all been handed out
     Prompt,      // text to print
     ErrorMode,   // WHENEVER SQLERROR: whether a failing statement stops the run, and how it exits
     Exit,        // EXIT or QUIT: the run ends here
@@ -20,8 +19,6 @@ struct ScriptItem final {
   QString text;
   // Line of the script where the statement (or command) starts, counted from 1.
   int line = 0;
-  // A statement taken out of an anonymous block; the block as a whole gets the feedback.
-  bool inBlock = false;
   bool continueOnError = false;
   // EXIT SUCCESS / FAILURE / WARNING / n; none leaves the status to how the run went.
   std::optional<int> exitCode;

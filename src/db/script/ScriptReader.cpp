@@ -1,6 +1,5 @@
 #include "db/script/ScriptReader.h"
 
-#include "db/script/AnonymousBlock.h"
 #include "db/script/SqlWords.h"
 
 #include <QRegularExpression>
@@ -201,9 +200,6 @@ QList<ScriptItem> ScriptReader::itemsOfStatement() const {
   qsizetype start = 0;
   while (start < m_text.size() && m_text[start].isSpace())
     ++start;
-  const QString first = upperWord(SqlWords::leading(m_text, 1), 0);
-  if (first == u"BEGIN" || first == u"DECLARE")
-    return AnonymousBlock(m_text, m_code, m_startLine).items();
   ScriptItem item;
   item.text = m_text.trimmed();
   item.line = lineAt(start);
