@@ -121,7 +121,7 @@ private Q_SLOTS:
              QString("12345678901234567890123456789012345679|-9999999999999999999800000000000000000001"));
     QCOMPARE(eval("to_char(3 * 0.5), 9223372036854775807 + 1, 0.5, -0.25, 1e-131"),
              QString("1.5|9223372036854775808|.5|-.25|0"));
-    QCOMPARE(eval("greatest(1 / 3, 0.3333333333333333), abs(-1 / 3), round(1 / 3, 3)"), third + "|" + third + "|.333");
+    QCOMPARE(eval("greatest(1 / 3, 0.3), abs(-1 / 3), round(1 / 3, 3)"), third + "|" + third + "|.333");
     // Twenty base-100 digits: 38 nines and one more is 39 digits, exact; a first pair of one digit
     // leaves 39 for the value.
     QCOMPARE(eval("99999999999999999999999999999999999999 + 1, 12345678901234567890123456789012345678901, "
@@ -142,6 +142,34 @@ private Q_SLOTS:
     QCOMPARE(text, QString("ORA-01426: numeric overflow"));
     QCOMPARE(error("select 9.9e125 * 10 from dual"), 1426);
     QCOMPARE(eval("9.9e125 * -1"), QString("-9.9E+125"));
+  }
+
+  // A wide value travels through SQLite as a double. A number of 15 digits or fewer never shares
+  // that double; one of 16 or 17 digits can, and then the statement is refused rather than show
+  // one's digits for the other. A table keeps only what a double or an integer holds.
+  void wideValuesAreNeverTakenForOtherNumbers() {
+    QCOMPARE(eval("0.3 + 1e-38, 0.3, 1e22 + 1, 1e22"),
+             QString(".3" + QString(36, '0') + "1|.3|10000000000000000000001|10000000000000000000000"));
+    QCOMPARE(rowsOf(*m_db, "select count(*) from dual where 0.3 + 1e-38 > 0.3 and 0.3 - 1e-38 < 0.3 and "
+                           "1e22 + 1 > 1e22 and 0.3 + 1e-38 < 0.30000000000000005"),
+             QStringList({"1"}));
+    QString text;
+    QCOMPARE(error("select 1 / 3, 0.3333333333333333 from dual", &text), 3001);
+    QCOMPARE(text, QString("ORA-03001: unimplemented feature"));
+    QCOMPARE(error("select 0.3333333333333333, 1 / 3 from dual"), 3001);
+    QCOMPARE(error("select count(*) from dual where 1 / 3 = round(1 / 3, 16)"), 3001);
+    // Wide values that share a nearest double travel as doubles of their own, in their order.
+    QCOMPARE(eval("1 / 3, 0.33333333333333333333, 1e22 + 2, 1e22 + 1"),
+             "." + QString(40, '3') + "|.33333333333333333333|10000000000000000000002|10000000000000000000001");
+    QCOMPARE(rowsOf(*m_db, "select count(*) from dual where 1 / 3 > 0.33333333333333333333 and 1e22 + 2 > 1e22 + 1"),
+             QStringList({"1"}));
+    QCOMPARE(eval("3.141592653589793, 1 / 3 * 3"), QString("3.141592653589793|." + QString(40, '9')));
+    m_db->ExecuteSQL("create table wide (n number, m number(10, 2), k number(38))");
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("insert into wide (n) values (1 / 3)"); }), 3001);
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("insert into wide (k) values (12345678901234567890123)"); }), 3001);
+    m_db->ExecuteSQL("insert into wide values (1 / 4, 1 / 3, 123456789012345678)");
+    QCOMPARE(rowsOf(*m_db, "select n, m, k from wide"), QStringList({".25|.33|123456789012345678"}));
+    m_db->ExecuteSQL("drop table wide");
   }
 
   void divisionByZeroAndDatesAreRefused() {

@@ -36,13 +36,19 @@ const SessionSettings& session(sqlite3_context* ctx) {
   return *static_cast<const SessionSettings*>(sqlite3_user_data(ctx));
 }
 
+// A table keeps a number as SQLite's integer or double, so a value of more digits than those
+// hold (1/3 to 40 digits, an integer of 20) is refused rather than stored cut short.
 void checkNumber(sqlite3_context* ctx, sqlite3_value** argv) {
   const Value v = SqliteNumber::read(argv[0], session(ctx).wideNumbers);
-  if (sqlite3_value_type(argv[4]) == SQLITE_NULL)
+  const bool precise = sqlite3_value_type(argv[4]) != SQLITE_NULL;
+  const bool scaled = sqlite3_value_type(argv[5]) != SQLITE_NULL;
+  const int scale = scaled ? sqlite3_value_int(argv[5]) : 0;
+  const Decimal d = precise || scaled ? Decimal::from(v).rounded(scale) : Decimal::from(v);
+  if (d.value().isWide())
+    throw OraError(3001, QStringLiteral("unimplemented feature"));
+  if (!precise)
     return;
   const int precision = sqlite3_value_int(argv[4]);
-  const int scale = sqlite3_value_type(argv[5]) == SQLITE_NULL ? 0 : sqlite3_value_int(argv[5]);
-  const Decimal d = Decimal::from(v).rounded(scale);
   if (!d.isZero() && d.point() > precision - scale)
     throw OraError(1438, QStringLiteral("value larger than specified precision allowed for this column"));
 }

@@ -50,14 +50,20 @@ QString functionName(const QString& upper) {
 
 // A number literal as SQLite reads it: its own text where an integer or a double holds it, a
 // conversion of its exact text otherwise (a wide NUMBER); ORA-01426 beyond NUMBER's range, zero
-// below it.
+// below it. A fraction of 16 or 17 digits is converted too, so that the statement knows its
+// double for a number of its own and never shows a wide value's digits for it.
 QString numberLiteral(const QString& text) {
-  if (text.size() <= 18 && std::all_of(text.begin(), text.end(), [](QChar c) { return c.isDigit(); }))
+  const bool digitsOnly = std::all_of(text.begin(), text.end(), [](QChar c) { return c.isDigit() || c == u'.'; });
+  if (digitsOnly && (text.size() <= 15 || (text.size() <= 18 && !text.contains(u'.'))))
     return text;
   const OracleNumber::Value v = OracleNumber::fromText(text);
   if (v.isWide())
     return QStringLiteral("TO_NUMBER(%1)").arg(SqlTranslator::quoteText(QString::fromLatin1(v.wide)));
-  return v.isInteger ? QString::number(v.integer) : text;
+  if (v.isInteger)
+    return QString::number(v.integer);
+  if (OracleNumber::Decimal::from(v).digits().size() > 15)
+    return QStringLiteral("TO_NUMBER(%1)").arg(SqlTranslator::quoteText(text));
+  return text;
 }
 
 // Whether the number at k is a whole item of a GROUP BY list.

@@ -1,6 +1,16 @@
 #include "db/local/SqliteNumber.h"
 
+#include "db/OraError.h"
+
 namespace SqliteNumber {
+
+namespace {
+
+// Whether a double's shortest text has more than 15 significant digits, the most a double holds
+// for every number.
+bool isLong(double d) { return OracleNumber::Decimal::from(OracleNumber::Value::of(d)).digits().size() > 15; }
+
+} // namespace
 
 OracleNumber::Value read(sqlite3_value* v, const WideNumbers& wide) {
   switch (sqlite3_value_type(v)) {
@@ -20,11 +30,14 @@ OracleNumber::Value read(sqlite3_value* v, const WideNumbers& wide) {
 void result(sqlite3_context* ctx, const OracleNumber::Value& v, WideNumbers& wide) {
   if (v.isInteger)
     return sqlite3_result_int64(ctx, v.integer);
+  std::optional<double> carrier = v.real;
   if (v.isWide())
-    wide.remember(v.real, v.wide);
-  else
-    wide.forget(v.real);
-  sqlite3_result_double(ctx, v.real);
+    carrier = wide.carry(v.real, v.wide);
+  else if (!wide.rememberPlain(v.real, isLong(v.real)))
+    carrier.reset();
+  if (!carrier)
+    throw OraError(3001, QStringLiteral("unimplemented feature"));
+  sqlite3_result_double(ctx, *carrier);
 }
 
 QString text(double d, const WideNumbers& wide) {
