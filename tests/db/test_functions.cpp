@@ -245,6 +245,26 @@ private Q_SLOTS:
     m_db->ExecuteSQL("drop table fn_t");
   }
 
+  // CAST converts as Oracle does, not as SQLite's CAST, which reads a DATE as a number.
+  void castConvertsAsOracle() {
+    QCOMPARE(eval("cast(timestamp '2024-01-01 10:00:00.789' as date), cast(date '2024-01-01' as timestamp), "
+                  "cast('2024/01/02 03:04:05' as date) + 1"),
+             QString("2024/01/01 10:00:01|2024/01/01 00:00:00.000000|2024/01/03 03:04:05"));
+    QCOMPARE(eval("cast(1.5 as varchar2(10)), cast(' 12 ' as number), cast(2.5 as integer), "
+                  "cast(123.456 as number(5, 2)), '[' || cast('ab' as char(4)) || ']', cast(null as date)"),
+             QString("1.5|12|3|123.46|[ab  ]|<null>"));
+    QString text;
+    QCOMPARE(error("cast(1234 as number(3))", &text), 1438);
+    QCOMPARE(error("cast('abcd' as varchar2(3))", &text), 25137);
+    QCOMPARE(text, QString("ORA-25137: Data value out of range"));
+    QCOMPARE(error("cast(1 as date)", &text), 932);
+    QCOMPARE(text, QString("ORA-00932: inconsistent datatypes: expected DATE got NUMBER"));
+    QCOMPARE(error("cast('x' as number)"), 1722);
+    QCOMPARE(error("cast(1 as varchar2)"), 906);
+    QCOMPARE(error("cast(1 as no_such_type)"), 902);
+    QCOMPARE(error("cast(sysdate as interval day to second)"), 3001);
+  }
+
   void errorsCarryOraclesNumbers() {
     QString text;
     QCOMPARE(error("to_number('12a')", &text), 1722);

@@ -4,6 +4,7 @@
 #include "db/local/SessionContext.h"
 
 #include "db/local/Catalogue.h"
+#include "db/local/CastFunction.h"
 #include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/DecimalAggregates.h"
@@ -223,6 +224,7 @@ LocalConnection::~LocalConnection() {
 void LocalConnection::registerFunctions() {
   sqlite3_create_collation_v2(m_db, "ORADATE", SQLITE_UTF8, nullptr, compareDates, nullptr);
   OracleFunctions::registerAll(m_db, &m_settings);
+  CastFunction::registerAll(m_db, &m_settings);
   ColumnTypes::registerFunctions(m_db, &m_settings);
   DecimalAggregates::registerAll(m_db, &m_settings);
   HierarchicalQueries::registerFunctions(m_db);

@@ -1,6 +1,7 @@
 #include "db/local/SqlTranslator.h"
 
 #include "db/OraError.h"
+#include "db/local/CastFunction.h"
 #include "db/local/CompoundCheck.h"
 #include "db/local/FetchLimits.h"
 #include "db/local/GroupingCheck.h"
@@ -1023,6 +1024,21 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       const QString date = translate(t, i + 3, close - 1);
       i = close;
       return QStringLiteral("dbsweep_extract(%1, %2)").arg(quoteText(field), date);
+    }
+    // CAST(value AS type) converts as Oracle does; SQLite's own CAST would take a DATE for a number.
+    if (upper == u"CAST" && next(0).is(u"(")) {
+      const size_t close = afterGroup(t, i, end);
+      if (close == NoEnd)
+        throw OraError(907, QStringLiteral("missing right parenthesis"));
+      size_t as = i + 1;
+      for (int depth = 0; as + 1 < close && !(depth == 0 && t[as].is(u"AS")); ++as)
+        depth += t[as].is(u"(") ? 1 : t[as].is(u")") ? -1 : 0;
+      if (as == i + 1 || !t[as].is(u"AS"))
+        throw OraError(905, QStringLiteral("missing keyword"));
+      const QString cast = QStringLiteral("dbsweep_cast(%1, %2)")
+                               .arg(translate(t, i + 1, as), CastFunction::typeArguments(t, as + 1, close - 1));
+      i = close;
+      return cast;
     }
     // TRIM([LEADING | TRAILING | BOTH] [character] FROM text)
     if (upper == u"TRIM" && next(0).is(u"(")) {
