@@ -185,6 +185,25 @@ private Q_SLOTS:
     QCOMPARE(error("interval '1' day + interval '1' month"), 30081);
   }
 
+  // Intervals sort, and find their least and greatest, by value: negative ones first, whatever
+  // the width of their days; as text they read as Oracle prints them.
+  void intervalsSortByValue() {
+    const QString spans = "(select interval '10' day d from dual union all select interval '9' day from dual "
+                          "union all select interval '-3' day from dual union all select numtodsinterval(36, 'HOUR') "
+                          "from dual union all select interval '-10' day from dual)";
+    QCOMPARE(rowsOf(*m_db, "select d from " + spans + " order by d"),
+             QStringList({"-10 00:00:00", "-03 00:00:00", "+000000001 12:00:00.000000000", "+09 00:00:00",
+                          "+10 00:00:00"}));
+    QCOMPARE(rowsOf(*m_db, "select max(d), min(d), count(distinct d) from " + spans),
+             QStringList({"+10 00:00:00|-10 00:00:00|5"}));
+    QCOMPARE(rowsOf(*m_db, "select y from (select interval '-1-6' year to month y from dual union all select "
+                           "interval '1-2' year to month from dual union all select interval '0-11' year to month "
+                           "from dual) order by y desc"),
+             QStringList({"+01-02", "+00-11", "-01-06"}));
+    QCOMPARE(eval("'[' || interval '2' hour || ']', length(interval '2' day), to_char(interval '-1-6' year to month)"),
+             QString("[+00 02:00:00]|12|-01-06"));
+  }
+
   void theSessionsDateFormatReadsAndWritesDates() {
     auto db = m_fx->sales();
     db->ExecuteSQL("create table diary (at date)");

@@ -58,9 +58,12 @@ public:
     if (isNumber(i))
       return OracleNumber::toText(number(i)).toUtf8();
     const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(m_argv[i]));
-    return QByteArray(text, sqlite3_value_bytes(m_argv[i]));
+    const QByteArray utf8(text, sqlite3_value_bytes(m_argv[i]));
+    if (OracleTimestamp::isCarriedInterval(utf8))
+      return OracleTimestamp::shown(QString::fromUtf8(utf8)).toUtf8();
+    return utf8;
   }
-  // A number as TO_CHAR prints it.
+  // A number, and an interval, as TO_CHAR prints it.
   QString text(int i) const { return QString::fromUtf8(utf8(i)); }
   Chars chars(int i) const { return text(i).toUcs4(); }
 

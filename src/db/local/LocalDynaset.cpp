@@ -2,6 +2,7 @@
 
 #include "db/local/LocalConnection.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/OracleTimestamp.h"
 #include "db/local/SqliteNumber.h"
 #include "db/local/TokenCursor.h"
 
@@ -144,6 +145,8 @@ bool LocalDynaset::fetchTo(qint64 row) {
       // A NUMBER with a fraction reads as Oracle prints it (.5), not as a double (0.5).
       if (values[i].typeId() == QMetaType::Double)
         values[i] = SqliteNumber::text(values[i].toDouble(), m_connection->settings().wideNumbers);
+      else if (values[i].typeId() == QMetaType::QString && values[i].toString().startsWith(u'\x1f'))
+        values[i] = OracleTimestamp::shown(values[i].toString());
     }
     if (m_options == NoCache && !m_rows.empty()) {
       m_first += qint64(m_rows.size());

@@ -138,11 +138,52 @@ const QStringList& dayFields() {
   return fields;
 }
 
+// An interval travels through SQLite in a form whose text order is the order of the values, so
+// that ORDER BY, MIN and MAX need no help: a mark no user text starts with, D or Y, the value
+// offset to be positive in a fixed number of digits, and the digits of its type's precisions.
+constexpr QChar CarriedMark = u'\x1f';
+constexpr qint64 MostMonths = 1000000000LL * 12;
+
+QString fixedDigits(qint64 n, int width) { return QString::number(n).rightJustified(width, u'0'); }
+
+std::optional<Value> readCarried(QStringView text) {
+  bool ok = false;
+  if (text.size() == 28 && text[1] == u'D') {
+    const Nanos high = text.mid(2, 12).toLongLong(&ok);
+    const Nanos low = ok ? text.mid(14, 12).toLongLong(&ok) : 0;
+    if (ok)
+      return DaySecond{high * 1000000000000LL + low - MostDays, text[26].digitValue(), text[27].digitValue()};
+  }
+  if (text.size() == 15 && text[1] == u'Y') {
+    const qint64 months = text.mid(2, 12).toLongLong(&ok);
+    if (ok)
+      return YearMonth{months - MostMonths, text[14].digitValue()};
+  }
+  return std::nullopt;
+}
+
+QString shownDaySecond(const DaySecond& d) {
+  const Nanos magnitude = d.nanos < 0 ? -d.nanos : d.nanos;
+  const qint64 seconds = qint64(magnitude / Second);
+  QString out = signedDigits(seconds / 86400, d.dayDigits, d.nanos < 0) + u' ' + twoDigits(seconds / 3600 % 24) + u':' +
+                twoDigits(seconds / 60 % 60) + u':' + twoDigits(seconds % 60);
+  if (d.fractionDigits > 0)
+    out += u'.' + QString::number(qint64(magnitude % Second)).rightJustified(9, u'0').left(d.fractionDigits);
+  return out;
+}
+
+QString shownYearMonth(const YearMonth& y) {
+  const qint64 magnitude = std::abs(y.months);
+  return signedDigits(magnitude / 12, y.yearDigits, y.months < 0) + u'-' + twoDigits(magnitude % 12);
+}
+
 } // namespace
 
 std::optional<Value> read(QStringView text) {
   if (text.isEmpty())
     return std::nullopt;
+  if (text[0] == CarriedMark)
+    return readCarried(text);
   if (text[0] == u'+' || text[0] == u'-')
     return readInterval(text);
   if (const auto t = readTimestamp(text))
@@ -162,18 +203,25 @@ QString text(const Timestamp& t) {
 }
 
 QString text(const DaySecond& d) {
-  const Nanos magnitude = d.nanos < 0 ? -d.nanos : d.nanos;
-  const qint64 seconds = qint64(magnitude / Second);
-  QString out = signedDigits(seconds / 86400, d.dayDigits, d.nanos < 0) + u' ' + twoDigits(seconds / 3600 % 24) + u':' +
-                twoDigits(seconds / 60 % 60) + u':' + twoDigits(seconds % 60);
-  if (d.fractionDigits > 0)
-    out += u'.' + QString::number(qint64(magnitude % Second)).rightJustified(9, u'0').left(d.fractionDigits);
-  return out;
+  const Nanos offset = d.nanos + MostDays;
+  return CarriedMark + QStringLiteral("D") + fixedDigits(qint64(offset / 1000000000000LL), 12) +
+         fixedDigits(qint64(offset % 1000000000000LL), 12) + QString::number(d.dayDigits) +
+         QString::number(d.fractionDigits);
 }
 
 QString text(const YearMonth& y) {
-  const qint64 magnitude = std::abs(y.months);
-  return signedDigits(magnitude / 12, y.yearDigits, y.months < 0) + u'-' + twoDigits(magnitude % 12);
+  return CarriedMark + QStringLiteral("Y") + fixedDigits(y.months + MostMonths, 12) + QString::number(y.yearDigits);
+}
+
+QString shown(const QString& text) {
+  if (text.isEmpty() || text[0] != CarriedMark)
+    return text;
+  const auto v = readCarried(text);
+  if (!v)
+    return text;
+  if (const auto* d = std::get_if<DaySecond>(&*v))
+    return shownDaySecond(*d);
+  return shownYearMonth(std::get<YearMonth>(*v));
 }
 
 QString text(const Value& v) {

@@ -43,6 +43,9 @@ QString text(const Timestamp& t);
 QString text(const DaySecond& d);
 QString text(const YearMonth& y);
 QString text(const Value& v);
+// A value as Oracle prints it: an interval's text above is made for sorting, not for reading.
+QString shown(const QString& text);
+inline bool isCarriedInterval(QByteArrayView utf8) { return !utf8.isEmpty() && utf8[0] == '\x1f'; }
 
 // TIMESTAMP 'YYYY-MM-DD HH24:MI:SS[.FF]', the ANSI literal.
 Timestamp literal(QStringView text);

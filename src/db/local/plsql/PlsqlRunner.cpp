@@ -5,6 +5,7 @@
 #include "db/local/MultiTableInsert.h"
 #include "db/local/OracleDate.h"
 #include "db/local/OracleDateTime.h"
+#include "db/local/OracleTimestamp.h"
 #include "db/local/plsql/PlsqlParser.h"
 
 #include <QScopeGuard>
@@ -861,7 +862,7 @@ QString PlsqlRunner::text(const QVariant& value, const Type* from) {
   if (!value.isValid() || value.isNull())
     return {};
   if (value.typeId() == QMetaType::QString) {
-    const QString s = value.toString();
+    const QString s = OracleTimestamp::shown(value.toString());
     if ((from && from->kind == Type::Kind::Text) || !OracleDate::hasStoredShape(s))
       return s;
     if (const auto date = OracleDateTime::parseStored(s))
