@@ -32,6 +32,9 @@ QString typeOf(OraDynaset& column) {
     return QStringLiteral("%1(%2)").arg(type).arg(column.Fields(QStringLiteral("CHAR_LENGTH")).toInt());
   static const QStringList sized{QStringLiteral("VARCHAR2"), QStringLiteral("VARCHAR"), QStringLiteral("CHAR"),
                                  QStringLiteral("RAW")};
+  // A length in characters is marked, the session's default being bytes.
+  if ((type == u"VARCHAR2" || type == u"CHAR") && column.Fields(QStringLiteral("CHAR_USED")).toString() == u"C")
+    return QStringLiteral("%1(%2 CHAR)").arg(type).arg(column.Fields(QStringLiteral("CHAR_LENGTH")).toInt());
   if (sized.contains(type))
     return QStringLiteral("%1(%2)").arg(type).arg(column.Fields(QStringLiteral("DATA_LENGTH")).toInt());
   return type;
@@ -51,7 +54,8 @@ QString Describe::columns(OraDatabase& database, const QString& name, const QStr
   const QString owner = dot < 0 ? user.toUpper() : dictionaryName(QStringView(name).left(dot));
   const QString table = dictionaryName(QStringView(name).mid(dot + 1));
   auto columns = database.CreateDynaset(
-      QStringLiteral("SELECT column_name, nullable, data_type, data_length, data_precision, data_scale, char_length "
+      QStringLiteral("SELECT column_name, nullable, data_type, data_length, data_precision, data_scale, char_length, "
+                     "char_used "
                      "FROM all_tab_columns WHERE owner = %1 AND table_name = %2 ORDER BY column_id")
           .arg(quoted(owner), quoted(table)),
       OraDynaset::ReadOnly);

@@ -21,7 +21,7 @@ private Q_SLOTS:
   void initTestCase() {
     m_logon = m_console.createInstance(QStringLiteral("inst"));
     QVERIFY(!m_logon.isEmpty());
-    const Result made = sql("create table emp (empno number(4) not null, ename varchar2(10), sal number(7,2),"
+    const Result made = sql("create table emp (empno number(4) not null, ename varchar2(10 char), sal number(7,2),"
                             " hired date, constraint emp_pk primary key (empno));\n"
                             "insert into emp values (7369, 'SMITH', 800, null);\n"
                             "insert into emp values (7499, 'ALLEN', 1600.5, null);\n");
@@ -39,7 +39,7 @@ private Q_SLOTS:
     QCOMPARE(run.out, QString(" Name                                      Null?    Type\n"
                               " ----------------------------------------- -------- ----------------------------\n"
                               " EMPNO                                     NOT NULL NUMBER(4)\n"
-                              " ENAME                                              VARCHAR2(10)\n"
+                              " ENAME                                              VARCHAR2(10 CHAR)\n"
                               " SAL                                                NUMBER(7,2)\n"
                               " HIRED                                              DATE\n"
                               "USER is \"SYSTEM\"\n"

@@ -117,7 +117,9 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
       {"ALL_TAB_COLUMNS",
        "SELECT owner AS OWNER, table_name AS TABLE_NAME, column_name AS COLUMN_NAME, data_type AS DATA_TYPE, "
        "data_length AS DATA_LENGTH, data_precision AS DATA_PRECISION, data_scale AS DATA_SCALE, nullable AS NULLABLE, "
-       "column_id AS COLUMN_ID, data_default AS DATA_DEFAULT, char_length AS CHAR_LENGTH, CASE WHEN identity IS NULL "
+       "column_id AS COLUMN_ID, data_default AS DATA_DEFAULT, char_length AS CHAR_LENGTH, CASE WHEN data_type IN "
+       "('VARCHAR2', 'CHAR') THEN CASE WHEN data_length = 4 * char_length THEN 'C' ELSE 'B' END WHEN data_type IN "
+       "('NVARCHAR2', 'NCHAR') THEN 'C' END AS CHAR_USED, CASE WHEN identity IS NULL "
        "THEN 'NO' ELSE 'YES' END AS IDENTITY_COLUMN FROM CAT.columns",
        "OWNER", "OWNER", "TABLE_NAME"},
       {"ALL_CONSTRAINTS",
