@@ -311,6 +311,8 @@ private Q_SLOTS:
              QString("7|9|EFG|本|7|14"));
     QCOMPARE(eval("ascii('L'), ascii('é'), chr(67) || chr(65) || chr(84), chr(50089), ascii(''), chr(null)"),
              QString("76|50089|CAT|é|<null>|<null>"));
+    // The national character set is UTF-16: code 26085 is 日, as NCHR or CHR ... USING NCHAR_CS.
+    QCOMPARE(eval("nchr(187), chr(26085 using nchar_cs), nchr(55357 * 65536 + 56832)"), QString("»|日|😀"));
     QCOMPARE(eval("ascii('日本'), chr(15112101), lengthb(chr(15112101)), instrb('日本日本', '日', -1), "
                   "substrb('日本語', 4), initcap('o''neil mcDONALD-smith 2nd')"),
              QString("15112101|日|3|7|本語|O'Neil Mcdonald-Smith 2nd"));

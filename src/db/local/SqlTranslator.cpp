@@ -1040,6 +1040,15 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       i = close;
       return cast;
     }
+    // CHR(n USING NCHAR_CS) is NCHR(n).
+    if (upper == u"CHR" && next(0).is(u"(")) {
+      const size_t close = afterGroup(t, i, end);
+      if (close != NoEnd && close >= i + 5 && t[close - 3].is(u"USING") && t[close - 2].is(u"NCHAR_CS")) {
+        const QString nchr = QStringLiteral("NCHR(%1)").arg(translate(t, i + 1, close - 3));
+        i = close;
+        return nchr;
+      }
+    }
     // TRIM([LEADING | TRAILING | BOTH] [character] FROM text)
     if (upper == u"TRIM" && next(0).is(u"(")) {
       const size_t close = afterGroup(t, i, end);

@@ -131,6 +131,22 @@ void chr(Call& c) {
   c.set(QString::fromUtf8(bytes));
 }
 
+// NCHR(n): the character of code n in the national character set, UTF-16 (a pair of surrogates
+// for one beyond the BMP).
+void nchr(Call& c) {
+  if (c.isNull(0))
+    return c.setNull();
+  const qint64 code = c.integer(0);
+  if (code < 0 || code > 0xFFFFFFFFLL)
+    throw OraError(1428, QStringLiteral("argument '%1' is out of range").arg(code));
+  QString s;
+  if (code > 0xFFFF)
+    s = QString(QChar(char16_t(code >> 16))) + QChar(char16_t(code & 0xFFFF));
+  else
+    s = QString(QChar(char16_t(code)));
+  c.set(s);
+}
+
 // dbsweep_trim(mode, character, text): TRIM(LEADING | TRAILING | BOTH character FROM text).
 void trimFrom(Call& c) {
   if (c.isNull(1) || c.isNull(2))
@@ -159,7 +175,7 @@ void registerAll(sqlite3* db, const SessionSettings* settings) {
       {"LENGTHB", 1, entry<lengthb>},       {"SUBSTRB", 2, entry<substrb>},
       {"SUBSTRB", 3, entry<substrb>},       {"INSTRB", 2, entry<instrb>},
       {"INSTRB", 3, entry<instrb>},         {"INSTRB", 4, entry<instrb>},
-      {"ASCII", 1, entry<ascii>},           {"CHR", 1, entry<chr>},
+      {"ASCII", 1, entry<ascii>},           {"CHR", 1, entry<chr>}, {"NCHR", 1, entry<nchr>},
       {"dbsweep_trim", 3, entry<trimFrom>},
   };
   FunctionCall::registerAll(db, settings, functions);
