@@ -204,6 +204,24 @@ private Q_SLOTS:
              QString("[+00 02:00:00]|12|-01-06"));
   }
 
+  // Zones given as offsets; a region would print as its offset rather than its name, so FROM_TZ
+  // refuses one, while TZ_OFFSET, which answers with an offset anyway, takes it.
+  void timeZonesAsOffsets() {
+    QCOMPARE(eval("from_tz(timestamp '2024-01-01 10:00:00', '+09:00'), sys_extract_utc(timestamp '2024-01-01 "
+                  "10:00:00 +09:00'), tz_offset('-05:30'), tz_offset('Asia/Tokyo'), dbtimezone"),
+             QString("2024/01/01 10:00:00.000000000 +09:00|2024/01/01 01:00:00.000000000|-05:30|+09:00|+00:00"));
+    QCOMPARE(eval("extract(timezone_hour from timestamp '2024-01-01 10:00:00 -05:30'), extract(timezone_minute from "
+                  "timestamp '2024-01-01 10:00:00 -05:30'), case when tz_offset(sessiontimezone) = sessiontimezone then "
+                  "'same' end"),
+             QString("-5|-30|same"));
+    QCOMPARE(error("from_tz(timestamp '2024-01-01 10:00:00', 'Asia/Tokyo')"), 3001);
+    QString text;
+    QCOMPARE(error("tz_offset('Nowhere/City')", &text), 1882);
+    QCOMPARE(text, QString("ORA-01882: timezone region not found"));
+    QCOMPARE(error("extract(timezone_hour from timestamp '2024-01-01 10:00:00')"), 30076);
+    QCOMPARE(error("from_tz(timestamp '2024-01-01 10:00:00', '+15:00')"), 1874);
+  }
+
   void theSessionsDateFormatReadsAndWritesDates() {
     auto db = m_fx->sales();
     db->ExecuteSQL("create table diary (at date)");

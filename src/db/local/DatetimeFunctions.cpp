@@ -208,6 +208,19 @@ void extract(Call& c) {
     return c.set(Value::of(qint64(at.date.day())));
   if (!timestamp)
     throw invalid();
+  // A zone kept as an offset: its hours and minutes carry its sign, and it names no region.
+  if (field.startsWith(u"TIMEZONE_")) {
+    const auto zone = std::get<Timestamp>(value).zoneMinutes;
+    if (!zone)
+      throw invalid();
+    if (field == u"TIMEZONE_HOUR")
+      return c.set(Value::of(qint64(*zone / 60)));
+    if (field == u"TIMEZONE_MINUTE")
+      return c.set(Value::of(qint64(*zone % 60)));
+    if (field == u"TIMEZONE_REGION" || field == u"TIMEZONE_ABBR")
+      return c.set(QStringLiteral("UNKNOWN"));
+    throw invalid();
+  }
   if (field == u"HOUR")
     return c.set(Value::of(qint64(at.seconds / 3600)));
   if (field == u"MINUTE")

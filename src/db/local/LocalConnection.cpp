@@ -3,8 +3,8 @@
 #include "db/local/OracleFunctions.h"
 #include "db/local/SessionContext.h"
 
-#include "db/local/Catalogue.h"
 #include "db/local/CastFunction.h"
+#include "db/local/Catalogue.h"
 #include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/DecimalAggregates.h"
@@ -22,6 +22,7 @@
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
 #include "db/local/ViewDml.h"
+#include "db/local/ZoneFunctions.h"
 #include "db/local/plsql/PlsqlRunner.h"
 
 #include <QDateTime>
@@ -225,6 +226,7 @@ void LocalConnection::registerFunctions() {
   sqlite3_create_collation_v2(m_db, "ORADATE", SQLITE_UTF8, nullptr, compareDates, nullptr);
   OracleFunctions::registerAll(m_db, &m_settings);
   CastFunction::registerAll(m_db, &m_settings);
+  ZoneFunctions::registerAll(m_db, &m_settings);
   ColumnTypes::registerFunctions(m_db, &m_settings);
   DecimalAggregates::registerAll(m_db, &m_settings);
   HierarchicalQueries::registerFunctions(m_db);

@@ -195,10 +195,8 @@ QString text(const Timestamp& t) {
   QString out = OracleDateTime::stored(t.at);
   if (t.precision > 0)
     out += u'.' + QString::number(t.at.nanos).rightJustified(9, u'0').left(t.precision);
-  if (t.zoneMinutes) {
-    const int z = std::abs(*t.zoneMinutes);
-    out += u' ' + signedDigits(z / 60, 2, *t.zoneMinutes < 0) + u':' + twoDigits(z % 60);
-  }
+  if (t.zoneMinutes)
+    out += u' ' + offsetText(*t.zoneMinutes);
   return out;
 }
 
@@ -228,20 +226,32 @@ QString text(const Value& v) {
   return std::visit([](const auto& x) { return text(x); }, v);
 }
 
+std::optional<int> offsetMinutes(QStringView text) {
+  text = text.trimmed();
+  if (text.isEmpty() || (text[0] != u'+' && text[0] != u'-'))
+    return std::nullopt;
+  const QStringView offset = text.sliced(1);
+  const qsizetype colon = offset.indexOf(u':');
+  bool hoursOk = false, minutesOk = colon < 0;
+  const int hours = offset.first(colon < 0 ? offset.size() : colon).toInt(&hoursOk);
+  const int minutes = colon < 0 ? 0 : offset.sliced(colon + 1).toInt(&minutesOk);
+  if (!hoursOk || !minutesOk || hours > 14 || minutes > 59)
+    throw OraError(1874, QStringLiteral("time zone hour must be between -15 and 15"));
+  return (text[0] == u'-' ? -1 : 1) * (hours * 60 + minutes);
+}
+
+QString offsetText(int minutes) {
+  const int z = std::abs(minutes);
+  return signedDigits(z / 60, 2, minutes < 0) + u':' + twoDigits(z % 60);
+}
+
 Timestamp literal(QStringView text) {
   text = text.trimmed();
   // A time zone as an offset, "+09:00", makes a TIMESTAMP WITH TIME ZONE.
   std::optional<int> zone;
   const qsizetype blank = text.lastIndexOf(u' ');
   if (blank > 0 && blank + 1 < text.size() && (text[blank + 1] == u'+' || text[blank + 1] == u'-')) {
-    const QStringView offset = text.sliced(blank + 2);
-    const qsizetype colon = offset.indexOf(u':');
-    bool hoursOk = false, minutesOk = colon < 0;
-    const int hours = offset.first(colon < 0 ? offset.size() : colon).toInt(&hoursOk);
-    const int minutes = colon < 0 ? 0 : offset.sliced(colon + 1).toInt(&minutesOk);
-    if (!hoursOk || !minutesOk || hours > 14 || minutes > 59)
-      throw OraError(1874, QStringLiteral("time zone hour must be between -15 and 15"));
-    zone = (text[blank + 1] == u'-' ? -1 : 1) * (hours * 60 + minutes);
+    zone = offsetMinutes(text.sliced(blank + 1));
     text = text.first(blank);
   }
   return {OracleDateTime::parse(text, u"YYYY-MM-DD HH24:MI:SS.FF", QDate::currentDate()), 9, zone};

@@ -47,6 +47,10 @@ QString text(const Value& v);
 QString shown(const QString& text);
 inline bool isCarriedInterval(QByteArrayView utf8) { return !utf8.isEmpty() && utf8[0] == '\x1f'; }
 
+// A time zone written as an offset, [+|-]HH[:MI]: its minutes east of UTC; none for other text,
+// ORA-01874 beyond the hours a zone can have.
+std::optional<int> offsetMinutes(QStringView text);
+QString offsetText(int minutes);
 // TIMESTAMP 'YYYY-MM-DD HH24:MI:SS[.FF]', the ANSI literal.
 Timestamp literal(QStringView text);
 // INTERVAL 'text' leading[(precision)] [TO trailing[(fraction)]]: the qualifier's words in upper

@@ -1122,6 +1122,11 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
     // One moment for the whole statement, as Oracle takes it.
     if (upper == u"SYSTIMESTAMP" || upper == u"CURRENT_TIMESTAMP" || upper == u"LOCALTIMESTAMP")
       return QStringLiteral("dbsweep_systimestamp(%1, %2)").arg(m_statement).arg(upper == u"LOCALTIMESTAMP" ? 0 : 1);
+    if (upper == u"SESSIONTIMEZONE")
+      return QStringLiteral("dbsweep_sessiontimezone()");
+    // A database created without a time zone has UTC.
+    if (upper == u"DBTIMEZONE")
+      return QStringLiteral("'+00:00'");
     if (upper == u"USER")
       return quoteText(m_context.user);
     if (upper == u"UID")
