@@ -7,6 +7,9 @@
 
 #include <sqlite3.h>
 
+#include <cstdio>
+#include <cstring>
+
 namespace HierarchicalQueries {
 
 namespace {
@@ -220,9 +223,8 @@ private:
     // walk without PRIOR, the row generator of CONNECT BY LEVEL <= n, joins every row to every
     // row of the level before and has no loop to find: its rows go by LEVEL, which keeps the
     // path from growing with the depth.
-    const QString padded = QStringLiteral("printf('%012d', ") + m_id + u')';
-    const QString rootKey = m_prior ? QStringLiteral("'/' || %1 || '/'").arg(padded) : QStringLiteral("1");
-    const QString childKey = m_prior ? QStringLiteral("%1.\"DBSWEEP$KEY\" || %2 || '/'").arg(Parent, padded)
+    const QString rootKey = m_prior ? QStringLiteral("dbsweep_child_key('/', %1)").arg(m_id) : QStringLiteral("1");
+    const QString childKey = m_prior ? QStringLiteral("dbsweep_child_key(%1.\"DBSWEEP$KEY\", %2)").arg(Parent, m_id)
                                      : QStringLiteral("%1.\"LEVEL\" + 1").arg(Parent);
     // The roots.
     out.push_back(raw(QStringLiteral("SELECT %1, %2, 1, 0").arg(m_id, rootKey)));
@@ -237,7 +239,7 @@ private:
     out.push_back(
         raw(QStringLiteral("UNION ALL SELECT %1, %2, %3.\"LEVEL\" + 1, %4")
                 .arg(m_id, childKey, Parent,
-                     m_prior ? QStringLiteral("%1.\"DBSWEEP$KEY\" GLOB '*/' || %2 || '/*'").arg(Parent, padded)
+                     m_prior ? QStringLiteral("dbsweep_on_path(%1.\"DBSWEEP$KEY\", %2)").arg(Parent, m_id)
                              : QStringLiteral("0"))));
     carried(true, out);
     out.push_back(raw(QStringLiteral("FROM %1 AS %2 JOIN").arg(Tree, Parent)));
@@ -492,6 +494,41 @@ private:
   QStringList m_parentUses;
 };
 
+// A row's identity as the path holds it: twelve digits, so that paths sort as the walk goes.
+struct PathStep {
+  char text[24];
+  int size;
+  explicit PathStep(sqlite3_value* id) : size(std::snprintf(text, sizeof text, "%012lld", sqlite3_value_int64(id))) {}
+};
+
+QByteArrayView textOf(sqlite3_value* v) {
+  return {reinterpret_cast<const char*>(sqlite3_value_text(v)), sqlite3_value_bytes(v)};
+}
+
+// The path of a row: its parent's path, then its identity and a slash.
+void childKey(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  const QByteArrayView parent = textOf(argv[0]);
+  const PathStep step(argv[1]);
+  const qsizetype size = parent.size() + step.size + 1;
+  auto* key = static_cast<char*>(sqlite3_malloc64(size));
+  if (!key)
+    return sqlite3_result_error_nomem(ctx);
+  std::memcpy(key, parent.data(), parent.size());
+  std::memcpy(key + parent.size(), step.text, step.size);
+  key[size - 1] = '/';
+  sqlite3_result_text64(ctx, key, size, sqlite3_free, SQLITE_UTF8);
+}
+
+// Whether a row's identity is on a path already: the row is its own ancestor.
+void onPath(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  const QByteArrayView path = textOf(argv[0]);
+  const PathStep step(argv[1]);
+  char needle[sizeof step.text + 2] = {'/'};
+  std::memcpy(needle + 1, step.text, step.size);
+  needle[step.size + 1] = '/';
+  sqlite3_result_int(ctx, path.indexOf(QByteArrayView(needle, step.size + 2)) >= 0);
+}
+
 void noLoop(sqlite3_context* ctx, int, sqlite3_value** argv) {
   if (sqlite3_value_int(argv[0]) == 0)
     sqlite3_result_int(ctx, 1);
@@ -517,6 +554,9 @@ Tokens rewrite(const Tokens& t, size_t begin, size_t end, const ColumnsOf& colum
 
 void registerFunctions(sqlite3* db) {
   sqlite3_create_function_v2(db, "dbsweep_no_loop", 1, SQLITE_UTF8, nullptr, noLoop, nullptr, nullptr, nullptr);
+  const int pure = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+  sqlite3_create_function_v2(db, "dbsweep_child_key", 2, pure, nullptr, childKey, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_on_path", 2, pure, nullptr, onPath, nullptr, nullptr, nullptr);
 }
 
 } // namespace HierarchicalQueries
