@@ -353,17 +353,16 @@ private:
     }
     for (const Carried& path : m_paths) {
       out.push_back(sym(u","));
-      append(out, oracle(QStringLiteral("CONCAT(")));
-      if (child)
+      // The parent's path, the separator and the value, joined as || joins them.
+      out.push_back(raw(QStringLiteral("dbsweep_concat")));
+      out.push_back(sym(u"("));
+      if (child) {
         out.push_back(raw(Parent + u'.' + path.column));
-      else
-        out.push_back(raw(QStringLiteral("''")));
-      out.push_back(sym(u","));
-      append(out, oracle(QStringLiteral("CONCAT(")));
+        out.push_back(sym(u","));
+      }
       range(path.sepBegin, path.end, out);
       out.push_back(sym(u","));
       range(path.begin, path.sepBegin - 1, out);
-      out.push_back(sym(u")"));
       out.push_back(sym(u")"));
     }
     for (const Carried& prior : m_priors)
