@@ -239,7 +239,9 @@ private:
     out.push_back(
         raw(QStringLiteral("UNION ALL SELECT %1, %2, %3.\"LEVEL\" + 1, %4")
                 .arg(m_id, childKey, Parent,
-                     m_prior ? QStringLiteral("dbsweep_on_path(%1.\"DBSWEEP$KEY\", %2)").arg(Parent, m_id)
+                     m_prior ? QStringLiteral("%1(%2.\"DBSWEEP$KEY\", %3)")
+                                   .arg(c.nocycle ? QStringLiteral("dbsweep_on_path") : QStringLiteral("dbsweep_no_loop"),
+                                        Parent, m_id)
                              : QStringLiteral("0"))));
     carried(true, out);
     out.push_back(raw(QStringLiteral("FROM %1 AS %2 JOIN").arg(Tree, Parent)));
@@ -264,8 +266,9 @@ private:
       out.push_back(sym(u")"));
       append(out, oracle(QStringLiteral("AND")));
     }
-    out.push_back(raw(c.nocycle ? QStringLiteral("%1.\"DBSWEEP$CYCLE\" = 0").arg(Tree)
-                                : QStringLiteral("dbsweep_no_loop(%1.\"DBSWEEP$CYCLE\")").arg(Tree)));
+    // A loop fails the walk where it is found, whatever WHERE keeps, as in Oracle; under NOCYCLE
+    // the row that closes it stays in the tree for CONNECT_BY_ISCYCLE, but is no row of the query.
+    out.push_back(raw(QStringLiteral("%1.\"DBSWEEP$CYCLE\" = 0").arg(Tree)));
     append(out, group);
     // Without an order of its own the query gives the rows depth first, as Oracle walks them.
     const bool distinct = m_t[select + 1].is(u"DISTINCT") || m_t[select + 1].is(u"UNIQUE");
@@ -528,21 +531,18 @@ void childKey(sqlite3_context* ctx, int, sqlite3_value** argv) {
   sqlite3_result_text64(ctx, key, size, sqlite3_free, SQLITE_UTF8);
 }
 
-// Whether a row's identity is on a path already: the row is its own ancestor.
-void onPath(sqlite3_context* ctx, int, sqlite3_value** argv) {
+// Whether a row's identity is on a path already: the row is its own ancestor, a CONNECT BY loop,
+// which fails the query unless it says NOCYCLE.
+template <bool Fail> void onPath(sqlite3_context* ctx, int, sqlite3_value** argv) {
   const QByteArrayView path = textOf(argv[0]);
   const PathStep step(argv[1]);
   char needle[sizeof step.text + 2] = {'/'};
   std::memcpy(needle + 1, step.text, step.size);
   needle[step.size + 1] = '/';
-  sqlite3_result_int(ctx, path.indexOf(QByteArrayView(needle, step.size + 2)) >= 0);
-}
-
-void noLoop(sqlite3_context* ctx, int, sqlite3_value** argv) {
-  if (sqlite3_value_int(argv[0]) == 0)
-    sqlite3_result_int(ctx, 1);
-  else
-    sqlite3_result_error(ctx, "ORA-01436: CONNECT BY loop in user data", -1);
+  const bool loop = path.indexOf(QByteArrayView(needle, step.size + 2)) >= 0;
+  if (Fail && loop)
+    return sqlite3_result_error(ctx, "ORA-01436: CONNECT BY loop in user data", -1);
+  sqlite3_result_int(ctx, loop);
 }
 
 } // namespace
@@ -562,10 +562,10 @@ Tokens rewrite(const Tokens& t, size_t begin, size_t end, const ColumnsOf& colum
 }
 
 void registerFunctions(sqlite3* db) {
-  sqlite3_create_function_v2(db, "dbsweep_no_loop", 1, SQLITE_UTF8, nullptr, noLoop, nullptr, nullptr, nullptr);
   const int pure = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
   sqlite3_create_function_v2(db, "dbsweep_child_key", 2, pure, nullptr, childKey, nullptr, nullptr, nullptr);
-  sqlite3_create_function_v2(db, "dbsweep_on_path", 2, pure, nullptr, onPath, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_on_path", 2, pure, nullptr, onPath<false>, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_no_loop", 2, pure, nullptr, onPath<true>, nullptr, nullptr, nullptr);
 }
 
 } // namespace HierarchicalQueries
