@@ -76,6 +76,14 @@ private Q_SLOTS:
     QCOMPARE(rows("select id, level, connect_by_iscycle from ring start with id = 1 connect by nocycle prior id = "
                   "parent"),
              QStringList({"1|1|0", "2|2|0", "3|3|1"}));
+    // With ORDER SIBLINGS BY the walk numbers the rows first, and finds the loop by those numbers.
+    QCOMPARE(rows("select id, connect_by_iscycle from ring start with id = 2 connect by nocycle prior id = parent "
+                  "order siblings by id"),
+             QStringList({"2|0", "3|0", "1|1"}));
+    QCOMPARE(errorOf([&] {
+               rows("select id from ring start with id = 2 connect by prior id = parent order siblings by id");
+             }),
+             1436);
     // The walk finds the loop before WHERE looks at the rows, even when WHERE drops them all.
     QCOMPARE(errorOf([&] { rows("select id from ring where id > 5 start with id = 1 connect by prior id = parent"); }),
              1436);

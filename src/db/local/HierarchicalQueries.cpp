@@ -235,14 +235,12 @@ private:
       out.push_back(raw(QStringLiteral("WHERE")));
       range(c.start.begin, c.start.end, out);
     }
-    // Their children, and theirs.
+    // Their children, and theirs. A child already on its parent's path closes a loop.
+    const QString function = c.nocycle ? QStringLiteral("dbsweep_on_path") : QStringLiteral("dbsweep_no_loop");
+    const QString loop =
+        m_prior ? QStringLiteral("%1(%2.\"DBSWEEP$KEY\", %3)").arg(function, Parent, m_id) : QStringLiteral("0");
     out.push_back(
-        raw(QStringLiteral("UNION ALL SELECT %1, %2, %3.\"LEVEL\" + 1, %4")
-                .arg(m_id, childKey, Parent,
-                     m_prior ? QStringLiteral("%1(%2.\"DBSWEEP$KEY\", %3)")
-                                   .arg(c.nocycle ? QStringLiteral("dbsweep_on_path") : QStringLiteral("dbsweep_no_loop"),
-                                        Parent, m_id)
-                             : QStringLiteral("0"))));
+        raw(QStringLiteral("UNION ALL SELECT %1, %2, %3.\"LEVEL\" + 1, %4").arg(m_id, childKey, Parent, loop)));
     carried(true, out);
     out.push_back(raw(QStringLiteral("FROM %1 AS %2 JOIN").arg(Tree, Parent)));
     append(out, treeSource());
