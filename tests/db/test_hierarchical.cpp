@@ -50,6 +50,10 @@ private Q_SLOTS:
                   "from staff s start with boss is null connect by prior s.id = s.boss order siblings by name"),
              QStringList({"/Ada|Ada|<null>|0", "/Ada/Bo|Ada|Ada|0", "/Ada/Bo/Al|Ada|Bo|1", "/Ada/Bo/Dora|Ada|Bo|1",
                           "/Ada/Cy|Ada|Ada|0", "/Ada/Cy/Eve|Ada|Cy|1"}));
+    // A NULL value adds only the separator; a number joins as TO_CHAR prints it.
+    QCOMPARE(rows("select sys_connect_by_path(nullif(name, 'Bo'), '/'), sys_connect_by_path(id / 2, ';') from staff "
+                  "start with id = 1 connect by prior id = boss and id <> 3 order siblings by id"),
+             QStringList({"/Ada|;.5", "/Ada/|;.5;1", "/Ada//Dora|;.5;1;2", "/Ada//Al|;.5;1;3"}));
     // Oracle's labels: the source upper case without blanks.
     auto d = m_db->CreateDynaset(
         "select connect_by_root name, sys_connect_by_path(name, '-'), level from staff connect by prior id = boss", 4);
@@ -72,6 +76,17 @@ private Q_SLOTS:
     QCOMPARE(rows("select id, level, connect_by_iscycle from ring start with id = 1 connect by nocycle prior id = "
                   "parent"),
              QStringList({"1|1|0", "2|2|0", "3|3|1"}));
+    // With ORDER SIBLINGS BY the walk numbers the rows first, and finds the loop by those numbers.
+    QCOMPARE(rows("select id, connect_by_iscycle from ring start with id = 2 connect by nocycle prior id = parent "
+                  "order siblings by id"),
+             QStringList({"2|0", "3|0", "1|1"}));
+    QCOMPARE(errorOf([&] {
+               rows("select id from ring start with id = 2 connect by prior id = parent order siblings by id");
+             }),
+             1436);
+    // The walk finds the loop before WHERE looks at the rows, even when WHERE drops them all.
+    QCOMPARE(errorOf([&] { rows("select id from ring where id > 5 start with id = 1 connect by prior id = parent"); }),
+             1436);
     QCOMPARE(errorOf([&] { rows("select connect_by_iscycle from ring connect by prior id = parent"); }), 30930);
     // A join before the walk is refused, not walked wrongly.
     QCOMPARE(errorOf([&] { rows("select 1 from staff a, ring b connect by prior a.id = a.boss"); }), 3001);

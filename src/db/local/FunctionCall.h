@@ -52,6 +52,12 @@ public:
     return type == SQLITE_INTEGER || type == SQLITE_FLOAT;
   }
 
+  // The UTF-8 of a text argument as SQLite holds it, without a copy; nullopt for any other value.
+  std::optional<QByteArrayView> textView(int i) const {
+    if (sqlite3_value_type(m_argv[i]) != SQLITE_TEXT)
+      return std::nullopt;
+    return QByteArrayView(reinterpret_cast<const char*>(sqlite3_value_text(m_argv[i])), sqlite3_value_bytes(m_argv[i]));
+  }
   QByteArray utf8(int i) const {
     if (sqlite3_value_type(m_argv[i]) == SQLITE_INTEGER)
       return QByteArray::number(sqlite3_value_int64(m_argv[i]));

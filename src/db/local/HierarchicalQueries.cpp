@@ -7,6 +7,9 @@
 
 #include <sqlite3.h>
 
+#include <cstdio>
+#include <cstring>
+
 namespace HierarchicalQueries {
 
 namespace {
@@ -220,9 +223,8 @@ private:
     // walk without PRIOR, the row generator of CONNECT BY LEVEL <= n, joins every row to every
     // row of the level before and has no loop to find: its rows go by LEVEL, which keeps the
     // path from growing with the depth.
-    const QString padded = QStringLiteral("printf('%012d', ") + m_id + u')';
-    const QString rootKey = m_prior ? QStringLiteral("'/' || %1 || '/'").arg(padded) : QStringLiteral("1");
-    const QString childKey = m_prior ? QStringLiteral("%1.\"DBSWEEP$KEY\" || %2 || '/'").arg(Parent, padded)
+    const QString rootKey = m_prior ? QStringLiteral("dbsweep_child_key('/', %1)").arg(m_id) : QStringLiteral("1");
+    const QString childKey = m_prior ? QStringLiteral("dbsweep_child_key(%1.\"DBSWEEP$KEY\", %2)").arg(Parent, m_id)
                                      : QStringLiteral("%1.\"LEVEL\" + 1").arg(Parent);
     // The roots.
     out.push_back(raw(QStringLiteral("SELECT %1, %2, 1, 0").arg(m_id, rootKey)));
@@ -233,12 +235,12 @@ private:
       out.push_back(raw(QStringLiteral("WHERE")));
       range(c.start.begin, c.start.end, out);
     }
-    // Their children, and theirs.
+    // Their children, and theirs. A child already on its parent's path closes a loop.
+    const QString function = c.nocycle ? QStringLiteral("dbsweep_on_path") : QStringLiteral("dbsweep_no_loop");
+    const QString loop =
+        m_prior ? QStringLiteral("%1(%2.\"DBSWEEP$KEY\", %3)").arg(function, Parent, m_id) : QStringLiteral("0");
     out.push_back(
-        raw(QStringLiteral("UNION ALL SELECT %1, %2, %3.\"LEVEL\" + 1, %4")
-                .arg(m_id, childKey, Parent,
-                     m_prior ? QStringLiteral("%1.\"DBSWEEP$KEY\" GLOB '*/' || %2 || '/*'").arg(Parent, padded)
-                             : QStringLiteral("0"))));
+        raw(QStringLiteral("UNION ALL SELECT %1, %2, %3.\"LEVEL\" + 1, %4").arg(m_id, childKey, Parent, loop)));
     carried(true, out);
     out.push_back(raw(QStringLiteral("FROM %1 AS %2 JOIN").arg(Tree, Parent)));
     append(out, treeSource());
@@ -262,8 +264,9 @@ private:
       out.push_back(sym(u")"));
       append(out, oracle(QStringLiteral("AND")));
     }
-    out.push_back(raw(c.nocycle ? QStringLiteral("%1.\"DBSWEEP$CYCLE\" = 0").arg(Tree)
-                                : QStringLiteral("dbsweep_no_loop(%1.\"DBSWEEP$CYCLE\")").arg(Tree)));
+    // A loop fails the walk where it is found, whatever WHERE keeps, as in Oracle; under NOCYCLE
+    // the row that closes it stays in the tree for CONNECT_BY_ISCYCLE, but is no row of the query.
+    out.push_back(raw(QStringLiteral("%1.\"DBSWEEP$CYCLE\" = 0").arg(Tree)));
     append(out, group);
     // Without an order of its own the query gives the rows depth first, as Oracle walks them.
     const bool distinct = m_t[select + 1].is(u"DISTINCT") || m_t[select + 1].is(u"UNIQUE");
@@ -351,17 +354,16 @@ private:
     }
     for (const Carried& path : m_paths) {
       out.push_back(sym(u","));
-      append(out, oracle(QStringLiteral("CONCAT(")));
-      if (child)
+      // The parent's path, the separator and the value, joined as || joins them.
+      out.push_back(raw(QStringLiteral("dbsweep_concat")));
+      out.push_back(sym(u"("));
+      if (child) {
         out.push_back(raw(Parent + u'.' + path.column));
-      else
-        out.push_back(raw(QStringLiteral("''")));
-      out.push_back(sym(u","));
-      append(out, oracle(QStringLiteral("CONCAT(")));
+        out.push_back(sym(u","));
+      }
       range(path.sepBegin, path.end, out);
       out.push_back(sym(u","));
       range(path.begin, path.sepBegin - 1, out);
-      out.push_back(sym(u")"));
       out.push_back(sym(u")"));
     }
     for (const Carried& prior : m_priors)
@@ -492,11 +494,53 @@ private:
   QStringList m_parentUses;
 };
 
-void noLoop(sqlite3_context* ctx, int, sqlite3_value** argv) {
-  if (sqlite3_value_int(argv[0]) == 0)
-    sqlite3_result_int(ctx, 1);
-  else
-    sqlite3_result_error(ctx, "ORA-01436: CONNECT BY loop in user data", -1);
+// A row's identity as the path holds it: twelve digits, so that paths sort as the walk goes.
+// Written out by hand: this runs twice for each row of a walk, and snprintf took most of the
+// time of both functions.
+struct PathStep {
+  char text[24];
+  int size = 12;
+  explicit PathStep(sqlite3_value* id) {
+    sqlite3_int64 n = sqlite3_value_int64(id);
+    if (n < 0 || n >= 1'000'000'000'000) {
+      size = std::snprintf(text, sizeof text, "%012lld", n);
+      return;
+    }
+    for (int k = size - 1; k >= 0; --k, n /= 10)
+      text[k] = char('0' + n % 10);
+  }
+};
+
+QByteArrayView textOf(sqlite3_value* v) {
+  return {reinterpret_cast<const char*>(sqlite3_value_text(v)), sqlite3_value_bytes(v)};
+}
+
+// The path of a row: its parent's path, then its identity and a slash.
+void childKey(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  const QByteArrayView parent = textOf(argv[0]);
+  const PathStep step(argv[1]);
+  const qsizetype size = parent.size() + step.size + 1;
+  auto* key = static_cast<char*>(sqlite3_malloc64(size));
+  if (!key)
+    return sqlite3_result_error_nomem(ctx);
+  std::memcpy(key, parent.data(), parent.size());
+  std::memcpy(key + parent.size(), step.text, step.size);
+  key[size - 1] = '/';
+  sqlite3_result_text64(ctx, key, size, sqlite3_free, SQLITE_UTF8);
+}
+
+// Whether a row's identity is on a path already: the row is its own ancestor, a CONNECT BY loop,
+// which fails the query unless it says NOCYCLE.
+template <bool Fail> void onPath(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  const QByteArrayView path = textOf(argv[0]);
+  const PathStep step(argv[1]);
+  char needle[sizeof step.text + 2] = {'/'};
+  std::memcpy(needle + 1, step.text, step.size);
+  needle[step.size + 1] = '/';
+  const bool loop = path.indexOf(QByteArrayView(needle, step.size + 2)) >= 0;
+  if (Fail && loop)
+    return sqlite3_result_error(ctx, "ORA-01436: CONNECT BY loop in user data", -1);
+  sqlite3_result_int(ctx, loop);
 }
 
 } // namespace
@@ -516,7 +560,10 @@ Tokens rewrite(const Tokens& t, size_t begin, size_t end, const ColumnsOf& colum
 }
 
 void registerFunctions(sqlite3* db) {
-  sqlite3_create_function_v2(db, "dbsweep_no_loop", 1, SQLITE_UTF8, nullptr, noLoop, nullptr, nullptr, nullptr);
+  const int pure = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+  sqlite3_create_function_v2(db, "dbsweep_child_key", 2, pure, nullptr, childKey, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_on_path", 2, pure, nullptr, onPath<false>, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_no_loop", 2, pure, nullptr, onPath<true>, nullptr, nullptr, nullptr);
 }
 
 } // namespace HierarchicalQueries

@@ -29,7 +29,8 @@ using ColumnsOf = std::function<std::optional<QStringList>(const Tokens& item, b
 bool contains(const Tokens& tokens, size_t begin, size_t end);
 Tokens rewrite(const Tokens& tokens, size_t begin, size_t end, const ColumnsOf& columnsOf);
 
-// The engine function that raises ORA-01436.
+// The engine functions of the walk: a row's path, and whether the row is on its parent's path,
+// which raises ORA-01436 for a query without NOCYCLE.
 void registerFunctions(sqlite3* db);
 
 } // namespace HierarchicalQueries

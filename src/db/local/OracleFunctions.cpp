@@ -200,19 +200,28 @@ void toChar(Call& c) {
 }
 
 // || and CONCAT: a NULL side counts as no text, so only two NULLs give NULL. Numbers and dates
-// join as TO_CHAR prints them.
-void concat(Call& c) {
-  if (c.count() != 2)
-    throw wrongArgumentCount();
-  // Joined as UTF-8: a path of SYS_CONNECT_BY_PATH is built of thousands of these.
+// join as TO_CHAR prints them. The engine's dbsweep_concat joins any number of values so, as a
+// step of SYS_CONNECT_BY_PATH joins its path, separator and value, once per row of a walk.
+void concatAll(Call& c) {
   QByteArray joined;
-  for (int i = 0; i < 2; ++i) {
+  for (int i = 0; i < c.count(); ++i) {
     if (c.isNull(i))
       continue;
     const auto date = c.mayBeDate(i) ? c.storedDate(i) : std::nullopt;
-    joined += date ? c.session().dateText(*date).toUtf8() : c.utf8(i);
+    if (date)
+      joined += c.session().dateText(*date).toUtf8();
+    else if (const auto text = c.textView(i))
+      joined += *text; // as SQLite holds it: no copy on the way
+    else
+      joined += c.utf8(i);
   }
   c.setUtf8(joined);
+}
+
+void concat(Call& c) {
+  if (c.count() != 2)
+    throw wrongArgumentCount();
+  concatAll(c);
 }
 
 void toDate(Call& c) {
@@ -392,6 +401,7 @@ void registerAll(sqlite3* db, const SessionSettings* settings) {
       {"TO_CHAR", 1, entry<toChar>},
       {"TO_CHAR", 2, entry<toChar>},
       {"CONCAT", -1, entry<concat>},
+      {"dbsweep_concat", -1, entry<concatAll>},
       {"TO_DATE", 1, entry<toDate>},
       {"TO_DATE", 2, entry<toDate>},
       {"TO_NUMBER", 1, entry<toNumber>},
