@@ -210,7 +210,7 @@ void concatAll(Call& c) {
     const auto date = c.mayBeDate(i) ? c.storedDate(i) : std::nullopt;
     if (date)
       joined += c.session().dateText(*date).toUtf8();
-    else if (const auto text = c.textView(i))
+    else if (const auto text = c.textView(i); text && !OracleTimestamp::isCarriedInterval(*text))
       joined += *text; // as SQLite holds it: no copy on the way
     else
       joined += c.utf8(i);
