@@ -87,6 +87,10 @@ private Q_SLOTS:
     QCOMPARE(rows("select id from pay order by sal, id offset 1 row fetch next 1 row with ties"), QStringList({"3"}));
     QCOMPARE(rows("select id from pay order by id fetch first 34 percent rows only"), QStringList({"1", "2", "3"}));
     QCOMPARE(rows("select id from pay order by id offset 5 rows fetch first 50 percent rows only"), QStringList({"6"}));
+    QCOMPARE(rows("select dept from pay order by dept fetch first 20 percent rows with ties"),
+             QStringList({"10", "10", "10"}));
+    QCOMPARE(rows("select count(*) from (select dept from pay order by dept fetch first 51 percent rows with ties)"),
+             QStringList({"6"}));
   }
 };
 

@@ -635,11 +635,9 @@ QString SqlTranslator::rowLimits(const std::vector<SqlToken>& t, size_t& i, size
     const auto translateFn = [this](const std::vector<SqlToken>& tokens, size_t b, size_t e) {
       return translate(tokens, b, e);
     };
-    if (percent && ties)
-      throw OraError(3001, QStringLiteral("unimplemented feature"));
     if (percent)
       limit = FetchLimits::percent(t, fetch, translate(t, fetch + 2, k - 1), translateFn);
-    else if (ties)
+    if (ties)
       limit = FetchLimits::withTies(t, fetch, offset, limit, translateFn);
     i = k + (ties ? 3 : 2);
   }
