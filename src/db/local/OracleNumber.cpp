@@ -181,15 +181,9 @@ Value Decimal::value() const {
   }
   const double nearest = toDouble(sign + m_digits + 'e' + QByteArray::number(exponent()));
   // A double holds the value when its shortest text has the same digits.
-  const Decimal shortest = from(Value::of(nearest));
-  if (m_digits.size() <= 17 && shortest.m_digits == m_digits)
+  if (m_digits.size() <= 17 && from(Value::of(nearest)).m_digits == m_digits)
     return Value::of(nearest);
-  // Where that double is also a number of 15 digits or fewer (0.3 for 0.3 + 1E-38), the value
-  // travels as the next double towards it instead, so that no short number is ever taken for it.
-  const double carrier = shortest.m_digits.size() > 15 ? nearest
-                         : compare(shortest) > 0      ? std::nextafter(nearest, HUGE_VAL)
-                                                      : std::nextafter(nearest, -HUGE_VAL);
-  return Value::ofWide(text().toLatin1(), carrier);
+  return Value::ofWide(text().toLatin1(), nearest);
 }
 
 int Decimal::compare(const Decimal& other) const {

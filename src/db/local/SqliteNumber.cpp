@@ -4,14 +4,6 @@
 
 namespace SqliteNumber {
 
-namespace {
-
-// Whether a double's shortest text has more than 15 significant digits, the most a double holds
-// for every number.
-bool isLong(double d) { return OracleNumber::Decimal::from(OracleNumber::Value::of(d)).digits().size() > 15; }
-
-} // namespace
-
 OracleNumber::Value read(sqlite3_value* v, const WideNumbers& wide) {
   switch (sqlite3_value_type(v)) {
   case SQLITE_INTEGER: return OracleNumber::Value::of(qint64(sqlite3_value_int64(v)));
@@ -33,7 +25,7 @@ void result(sqlite3_context* ctx, const OracleNumber::Value& v, WideNumbers& wid
   std::optional<double> carrier = v.real;
   if (v.isWide())
     carrier = wide.carry(v.real, v.wide);
-  else if (!wide.rememberPlain(v.real, isLong(v.real)))
+  else if (!wide.rememberPlain(v.real))
     carrier.reset();
   if (!carrier)
     throw OraError(3001, QStringLiteral("unimplemented feature"));
