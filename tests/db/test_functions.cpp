@@ -380,6 +380,12 @@ private Q_SLOTS:
              QStringList({"Typ=2 Len=2: 194,2|Typ=2 Len=4: 61,100,78,102|Typ=2 Len=2: 192,51|Typ=2 Len=1: 128|"
                           "Typ=1 Len=3 CharacterSet=AL32UTF8: 61,62,63|Typ=12 Len=7: 120,124,1,31,11,21,31|3|7|2|"
                           "NULL"}));
+    // Fixed-length text, a CHAR column or a text literal, has type code 96.
+    m_db->ExecuteSQL("create table fixed (c char(3), v varchar2(3))");
+    m_db->ExecuteSQL("insert into fixed values ('a', 'a')");
+    QCOMPARE(rowsOf(*m_db, "select dump(c), dump(v), dump('ab'), dump(c, 16, 2) from fixed"),
+             QStringList({"Typ=96 Len=3: 97,32,32|Typ=1 Len=1: 97|Typ=96 Len=2: 97,98|Typ=96 Len=3: 20,20"}));
+    m_db->ExecuteSQL("drop table fixed");
     m_db->ExecuteSQL("drop table dumped");
     // ORA_HASH: the same bucket for the same value, within the buckets asked for.
     QCOMPARE(eval("case when ora_hash('abc') = ora_hash('abc') and ora_hash('abc') <> ora_hash('abd') and "

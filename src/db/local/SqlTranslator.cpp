@@ -1038,6 +1038,23 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       i = close;
       return cast;
     }
+    // DUMP of a text literal or a CHAR column shows Oracle's type code of fixed-length text.
+    if (upper == u"DUMP" && next(0).is(u"(")) {
+      const size_t close = afterGroup(t, i, end);
+      size_t first = i + 1;
+      for (int depth = 0; close != NoEnd && first + 1 < close && !(depth == 0 && t[first].is(u",")); ++first)
+        depth += t[first].is(u"(") ? 1 : t[first].is(u")") ? -1 : 0;
+      const bool literal = first == i + 2 && t[i + 1].kind == SqlToken::Kind::String;
+      const auto fixedLength = [&] {
+        const QString declared = QueryBlock::isColumn(t, i + 1, first) ? declaredType(t, i + 1, first) : QString();
+        return declared.startsWith(u"CHAR(") || declared.startsWith(u"NCHAR(");
+      };
+      if (close != NoEnd && (literal || fixedLength())) {
+        const QString dump = QStringLiteral("dbsweep_dump_char(%1)").arg(translate(t, i + 1, close - 1));
+        i = close;
+        return dump;
+      }
+    }
     // CHR(n USING NCHAR_CS) is NCHR(n).
     if (upper == u"CHR" && next(0).is(u"(")) {
       const size_t close = afterGroup(t, i, end);

@@ -133,8 +133,9 @@ std::pair<int, QByteArray> internalForm(const Call& c, int i) {
 }
 
 // DUMP(value [, format [, start [, length]]]): 8 octal, 10 decimal, 16 hexadecimal, 17 single
-// characters; 1000 more names the character set.
-void dump(Call& c) {
+// characters; 1000 more names the character set. Fixed-length text (a CHAR column, a text
+// literal) has type code 96, which only the statement's text tells.
+template <bool FixedLength> void dump(Call& c) {
   if (c.count() < 1 || c.count() > 4)
     throw OraError(909, QStringLiteral("invalid number of arguments"));
   if (c.isNull(0))
@@ -143,7 +144,8 @@ void dump(Call& c) {
   const int base = int(format % 1000);
   if (base != 8 && base != 10 && base != 16 && base != 17)
     throw outOfRange(format);
-  const auto [type, bytes] = internalForm(c, 0);
+  const auto [form, bytes] = internalForm(c, 0);
+  const int type = FixedLength && form == 1 ? 96 : form;
   const qint64 start = c.count() > 2 && !c.isNull(2) ? c.integer(2) : 1;
   const qint64 length = c.count() > 3 && !c.isNull(3) ? c.integer(3) : bytes.size();
   const qint64 from = start < 0 ? bytes.size() + start : start - 1;
@@ -158,7 +160,7 @@ void dump(Call& c) {
       shown << QString::number(b, base);
   }
   QString out = QStringLiteral("Typ=%1 Len=%2").arg(type).arg(bytes.size());
-  if (format >= 1000 && type == 1)
+  if (format >= 1000 && form == 1)
     out += QStringLiteral(" CharacterSet=AL32UTF8");
   c.set(out + QStringLiteral(": ") + shown.join(u','));
 }
@@ -198,7 +200,8 @@ namespace ValueFunctions {
 void registerAll(sqlite3* db, const SessionSettings* settings) {
   static const Function functions[] = {
       {"REMAINDER", 2, entry<remainder>}, {"BITAND", 2, entry<bitAnd>},     {"NEXT_DAY", 2, entry<nextDay>},
-      {"NULLIF", 2, entry<nullif>},       {"LNNVL", 1, entry<lnnvl>},       {"DUMP", -1, entry<dump>},
+      {"NULLIF", 2, entry<nullif>},       {"LNNVL", 1, entry<lnnvl>},       {"DUMP", -1, entry<dump<false>>},
+      {"dbsweep_dump_char", -1, entry<dump<true>>},
       {"VSIZE", 1, entry<vsize>},         {"ORA_HASH", -1, entry<oraHash>}, {"dbsweep_row_count", 1, entry<rowCount>},
   };
   FunctionCall::registerAll(db, settings, functions);
