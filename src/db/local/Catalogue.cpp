@@ -8,6 +8,18 @@
 
 namespace Catalogue {
 
+namespace {
+
+// Synonyms, public ones under the owner PUBLIC, and the expressions of function-based indexes.
+const QString SynonymTables = QStringLiteral(R"(
+CREATE TABLE CAT.synonyms(owner TEXT, synonym_name TEXT, table_owner TEXT, table_name TEXT,
+  PRIMARY KEY(owner, synonym_name));
+CREATE TABLE CAT.ind_expressions(index_owner TEXT, index_name TEXT, table_owner TEXT, table_name TEXT,
+  column_expression TEXT, column_position INTEGER, PRIMARY KEY(index_owner, index_name, column_position));
+)");
+
+} // namespace
+
 QString schemaFile(const QString& folder, const QString& owner) {
   return folder + u'/' + owner + QStringLiteral(".schema");
 }
@@ -24,7 +36,10 @@ void upgrade(sqlite3* db) {
                                           "'identity'"))
         .isValid();
   };
-  if (sequencesCurrent() && identityCurrent())
+  const auto synonymsCurrent = [db] {
+    return sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.sqlite_master WHERE name = 'synonyms'")).isValid();
+  };
+  if (sequencesCurrent() && identityCurrent() && synonymsCurrent())
     return;
   sqliteExec(db, QStringLiteral("BEGIN IMMEDIATE"));
   try {
@@ -39,6 +54,8 @@ ALTER TABLE CAT.sequences ADD COLUMN order_flag TEXT NOT NULL DEFAULT 'N';
 )"));
     if (!identityCurrent())
       sqliteExec(db, QStringLiteral("ALTER TABLE CAT.columns ADD COLUMN identity TEXT"));
+    if (!synonymsCurrent())
+      sqliteExec(db, SynonymTables);
     sqliteExec(db, QStringLiteral("COMMIT"));
   } catch (...) {
     sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
@@ -82,7 +99,7 @@ CREATE INDEX CAT.ind_columns_table ON ind_columns(table_name);
 CREATE TABLE CAT.sequences(owner TEXT, sequence_name TEXT, min_value INTEGER, max_value INTEGER,
   increment_by INTEGER, cycle_flag TEXT, last_number INTEGER, start_with INTEGER,
   cache_size INTEGER NOT NULL DEFAULT 0, order_flag TEXT NOT NULL DEFAULT 'N', PRIMARY KEY(owner, sequence_name));
-)"));
+)") + SynonymTables);
 }
 
 void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
@@ -183,7 +200,8 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
   for (const View& v : views) {
     QString select = QString::fromLatin1(v.select).replace(alias, QStringLiteral("AS \"\\1\""));
     if (!dba && v.reachOwner) {
-      QString reach = QStringLiteral("v.\"%1\" = %2").arg(QLatin1String(v.reachOwner), me);
+      // What PUBLIC owns (its synonyms) everyone sees.
+      QString reach = QStringLiteral("v.\"%1\" IN (%2, 'PUBLIC')").arg(QLatin1String(v.reachOwner), me);
       if (v.reachName)
         reach += QStringLiteral(" OR EXISTS (SELECT 1 FROM CAT.tab_privs p WHERE p.grantee IN (%1, 'PUBLIC') AND "
                                 "p.owner = v.\"%2\" AND p.table_name = v.\"%3\")")

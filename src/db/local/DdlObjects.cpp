@@ -289,6 +289,11 @@ void DdlRunner::comment() {
 void DdlRunner::drop() {
   if (m_t.accept(u"USER"))
     return dropUser();
+  const bool isPublic = m_t.accept(u"PUBLIC");
+  if (isPublic)
+    m_t.expect(u"SYNONYM", 950);
+  if (isPublic || m_t.accept(u"SYNONYM"))
+    return dropSynonym(isPublic);
   const QString kind =
       m_t.peek().is(u"TABLE") || m_t.peek().is(u"VIEW") || m_t.peek().is(u"INDEX") || m_t.peek().is(u"SEQUENCE")
           ? m_t.next().upper()
@@ -482,6 +487,7 @@ void DdlRunner::dropUser() {
           "DELETE FROM CAT.indexes WHERE owner = ?1 OR table_owner = ?1", "DELETE FROM CAT.comments WHERE owner = ?1",
           "DELETE FROM CAT.columns WHERE owner = ?1", "DELETE FROM CAT.tables WHERE owner = ?1",
           "DELETE FROM CAT.views WHERE owner = ?1", "DELETE FROM CAT.sequences WHERE owner = ?1",
+          "DELETE FROM CAT.synonyms WHERE owner = ?1",
           "DELETE FROM CAT.objects WHERE owner = ?1", "DELETE FROM CAT.users WHERE username = ?1"})
       sqliteExec(db, QString::fromLatin1(sql), {user});
   });

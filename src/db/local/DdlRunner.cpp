@@ -30,12 +30,15 @@ qint64 DdlRunner::run() {
     // Stored PL/SQL does not run here: its CREATE is refused whole rather than half-kept.
     if (!m_t.accept(u"EDITIONABLE"))
       m_t.accept(u"NONEDITIONABLE");
-    // Nor do synonyms: a name that stood for another would be half-honoured.
-    m_t.accept(u"PUBLIC");
-    for (const char16_t* unit : {u"PROCEDURE", u"FUNCTION", u"PACKAGE", u"TRIGGER", u"TYPE", u"LIBRARY", u"SYNONYM"})
+    for (const char16_t* unit : {u"PROCEDURE", u"FUNCTION", u"PACKAGE", u"TRIGGER", u"TYPE", u"LIBRARY"})
       if (m_t.peek().is(unit))
         throw OraError(3001, QStringLiteral("unimplemented feature"));
-    if (m_t.accept(u"TABLE") && !replace)
+    const bool isPublic = m_t.accept(u"PUBLIC");
+    if (m_t.accept(u"SYNONYM"))
+      createSynonym(replace, isPublic);
+    else if (isPublic)
+      TokenCursor::fail(901);
+    else if (m_t.accept(u"TABLE") && !replace)
       createTable();
     else if (m_t.peek().is(u"UNIQUE") && !replace)
       m_t.next(), m_t.expect(u"INDEX", 901), createIndex(true);
