@@ -156,7 +156,8 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
        "SELECT i.owner AS OWNER, i.index_name AS INDEX_NAME, CASE WHEN EXISTS (SELECT 1 FROM CAT.tables t JOIN "
        "CAT.constraints c ON c.owner = t.owner AND c.table_name = t.table_name AND c.constraint_type = 'P' WHERE "
        "t.iot = 1 AND t.owner = i.table_owner AND t.table_name = i.table_name AND c.index_name = i.index_name) "
-       "THEN 'IOT - TOP' ELSE 'NORMAL' END AS INDEX_TYPE, i.table_owner AS TABLE_OWNER, i.table_name AS TABLE_NAME, "
+       "THEN 'IOT - TOP' WHEN EXISTS (SELECT 1 FROM CAT.ind_expressions e WHERE e.index_owner = i.owner AND "
+       "e.index_name = i.index_name) THEN 'FUNCTION-BASED NORMAL' ELSE 'NORMAL' END AS INDEX_TYPE, i.table_owner AS TABLE_OWNER, i.table_name AS TABLE_NAME, "
        "'TABLE' AS TABLE_TYPE, i.uniqueness AS UNIQUENESS, 'DISABLED' AS COMPRESSION, 'USERS' AS TABLESPACE_NAME, "
        "'YES' AS LOGGING, 'VALID' AS STATUS, NULL AS NUM_ROWS, NULL AS LAST_ANALYZED, '1' AS DEGREE, "
        "'NO' AS PARTITIONED, 'N' AS TEMPORARY, CASE WHEN i.index_name GLOB 'SYS_*' THEN 'Y' ELSE 'N' END "
@@ -167,6 +168,11 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
        "table_name AS TABLE_NAME, column_name AS COLUMN_NAME, column_position AS COLUMN_POSITION, "
        "column_length AS COLUMN_LENGTH, descend AS DESCEND FROM CAT.ind_columns",
        "INDEX_OWNER", "TABLE_OWNER", "TABLE_NAME"},
+      {"ALL_IND_EXPRESSIONS",
+       "SELECT index_owner AS INDEX_OWNER, index_name AS INDEX_NAME, table_owner AS TABLE_OWNER, table_name AS "
+       "TABLE_NAME, column_expression AS COLUMN_EXPRESSION, column_position AS COLUMN_POSITION FROM "
+       "CAT.ind_expressions",
+       "TABLE_OWNER", "TABLE_OWNER", "TABLE_NAME"},
       // An unbounded sequence is kept to the widest bound the engine counts to, and shown with
       // Oracle's own: 10^28 - 1 up, -(10^27 - 1) down.
       {"ALL_SEQUENCES",
