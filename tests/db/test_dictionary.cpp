@@ -182,8 +182,8 @@ private Q_SLOTS:
                           "STAFF_ID_UX|DEPT|2|ASC", "STAFF_NAME_UX|SYS_NC00004$|1|ASC"}));
     QCOMPARE(rowsOf(*m_db, "select index_owner, index_name, table_owner, table_name, column_expression, "
                            "column_position from all_ind_expressions where table_name = 'STAFF' order by 2"),
-             QStringList({"SALES|STAFF_DEPT_IX|SALES|STAFF|\"DEPT\"|1",
-                          "SALES|STAFF_NAME_UX|SALES|STAFF|UPPER(\"NAME\")|1"}));
+             QStringList(
+                 {"SALES|STAFF_DEPT_IX|SALES|STAFF|\"DEPT\"|1", "SALES|STAFF_NAME_UX|SALES|STAFF|UPPER(\"NAME\")|1"}));
     // The expression is what is unique, through DML and a rebuild of the table alike.
     QCOMPARE(exec("insert into staff values (1, 'Ann', 10)"), 0);
     QString text;

@@ -10,7 +10,9 @@ class TestSynonyms final : public QObject, SalesSession {
   int errorIn(OraDatabase& db, const QString& sql) {
     return errorOf([&] { rowsOf(db, sql); });
   }
-  std::shared_ptr<OraDatabase> system() const { return m_fx->open(QStringLiteral("SYSTEM"), QStringLiteral("manager")); }
+  std::shared_ptr<OraDatabase> system() const {
+    return m_fx->open(QStringLiteral("SYSTEM"), QStringLiteral("manager"));
+  }
 
 private Q_SLOTS:
   void init() {
@@ -26,7 +28,8 @@ private Q_SLOTS:
     QCOMPARE(rows("select x.id from s x join s y on x.id = y.id where x.id in (select id from s)"), QStringList({"1"}));
     exec("insert into s values (2, 'b')");
     exec("update s set name = 'B' where s.id = 2");
-    exec("merge into s using (select 3 id from dual) n on (s.id = n.id) when not matched then insert values (n.id, 'c')");
+    exec("merge into s using (select 3 id from dual) n on (s.id = n.id) when not matched then insert values (n.id, "
+         "'c')");
     exec("delete s where id = 1");
     QCOMPARE(rows("select id || name from t order by id"), QStringList({"2B", "3c"}));
     exec("create sequence q start with 10");
@@ -96,7 +99,8 @@ private Q_SLOTS:
     QCOMPARE(rows("select synonym_name, table_owner, table_name, db_link, origin_con_id from user_synonyms "
                   "order by 1"),
              QStringList({"D|OTHER|X|<null>|0", "S|SALES|T|<null>|0"}));
-    QCOMPARE(rows("select object_type, status from user_objects where object_name = 'S'"), QStringList({"SYNONYM|VALID"}));
+    QCOMPARE(rows("select object_type, status from user_objects where object_name = 'S'"),
+             QStringList({"SYNONYM|VALID"}));
     auto sys = system();
     sys->ExecuteSQL("create public synonym ps for sales.t");
     QCOMPARE(rows("select owner, synonym_name from all_synonyms order by 1, 2"),

@@ -39,7 +39,7 @@ void DdlRunner::createIndex(bool unique) {
   requireAccess(indexOwner);
   const QString schema = schemaFor(owner, 942);
   struct Item {
-    QString key;        // the column's name, or the expression's text
+    QString key; // the column's name, or the expression's text
     bool expression;
     QString descend;
   };
@@ -94,15 +94,14 @@ void DdlRunner::createIndex(bool unique) {
       const Item& item = items[size_t(i)];
       // An expression's length is that of the first column it is computed from, which its text
       // names in quotes.
-      const QVariant length =
-          sqliteValue(db,
-                      item.expression
-                          ? QStringLiteral("SELECT data_length FROM CAT.columns WHERE owner = ?1 AND table_name = ?2 "
+      const QVariant length = sqliteValue(
+          db,
+          item.expression ? QStringLiteral("SELECT data_length FROM CAT.columns WHERE owner = ?1 AND table_name = ?2 "
                                            "AND instr(?3, '\"' || column_name || '\"') > 0 ORDER BY "
                                            "instr(?3, '\"' || column_name || '\"') LIMIT 1")
                           : QStringLiteral("SELECT data_length FROM CAT.columns WHERE owner = ?1 AND table_name = ?2 "
                                            "AND column_name = ?3"),
-                      {owner, table, item.key});
+          {owner, table, item.key});
       if (!item.expression && !length.isValid())
         throw OraError(904, QStringLiteral("%1: invalid identifier").arg(q(item.key)));
       const QString column = item.expression ? IndexExpressions::hiddenColumn(db, owner, table) : item.key;
@@ -424,10 +423,10 @@ void DdlRunner::dropTable(const QString& owner, const QString& name) {
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.cons_columns WHERE owner = ?1 AND table_name = ?2"), {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.constraints WHERE owner = ?1 AND table_name = ?2"), {owner, name});
   for (const char* dictionary : {"ind_columns", "ind_expressions"})
-    sqliteExec(db,
-               QStringLiteral("DELETE FROM CAT.%1 WHERE table_owner = ?1 AND table_name = ?2")
-                   .arg(QLatin1String(dictionary)),
-               {owner, name});
+    sqliteExec(
+        db,
+        QStringLiteral("DELETE FROM CAT.%1 WHERE table_owner = ?1 AND table_name = ?2").arg(QLatin1String(dictionary)),
+        {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.indexes WHERE table_owner = ?1 AND table_name = ?2"), {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.comments WHERE owner = ?1 AND table_name = ?2"), {owner, name});
   // The sequences of its identity columns go with it.
@@ -537,8 +536,8 @@ void DdlRunner::dropUser() {
           "DELETE FROM CAT.indexes WHERE owner = ?1 OR table_owner = ?1", "DELETE FROM CAT.comments WHERE owner = ?1",
           "DELETE FROM CAT.columns WHERE owner = ?1", "DELETE FROM CAT.tables WHERE owner = ?1",
           "DELETE FROM CAT.views WHERE owner = ?1", "DELETE FROM CAT.sequences WHERE owner = ?1",
-          "DELETE FROM CAT.synonyms WHERE owner = ?1",
-          "DELETE FROM CAT.objects WHERE owner = ?1", "DELETE FROM CAT.users WHERE username = ?1"})
+          "DELETE FROM CAT.synonyms WHERE owner = ?1", "DELETE FROM CAT.objects WHERE owner = ?1",
+          "DELETE FROM CAT.users WHERE username = ?1"})
       sqliteExec(db, QString::fromLatin1(sql), {user});
   });
   const QString file = Catalogue::schemaFile(m_c.folder(), user);

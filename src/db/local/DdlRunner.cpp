@@ -651,10 +651,11 @@ void DdlRunner::createSqliteIndexes(const QString& owner, const QString& table, 
   idx.bindAll({owner, table});
   while (idx.step()) {
     QStringList cols;
-    SqliteStmt ic(m_c.db(), QStringLiteral("SELECT k.column_name, k.descend, e.column_expression FROM CAT.ind_columns "
-                                           "k LEFT JOIN CAT.ind_expressions e ON e.index_owner = k.index_owner AND "
-                                           "e.index_name = k.index_name AND e.column_position = k.column_position "
-                                           "WHERE k.index_owner = ?1 AND k.index_name = ?2 ORDER BY k.column_position"));
+    SqliteStmt ic(m_c.db(),
+                  QStringLiteral("SELECT k.column_name, k.descend, e.column_expression FROM CAT.ind_columns "
+                                 "k LEFT JOIN CAT.ind_expressions e ON e.index_owner = k.index_owner AND "
+                                 "e.index_name = k.index_name AND e.column_position = k.column_position "
+                                 "WHERE k.index_owner = ?1 AND k.index_name = ?2 ORDER BY k.column_position"));
     ic.bindAll({idx.text(0), idx.text(1)});
     while (ic.step())
       cols << (ic.column(2).isNull() ? q(ic.text(0)) : translateCondition(ic.text(2))) + u' ' + ic.text(1);

@@ -123,8 +123,8 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
   case SQLITE_CONSTRAINT_PRIMARYKEY: {
     // "UNIQUE constraint failed: index 'IX$NAME'" for an index on expressions
     if (const qsizetype at = m.indexOf(QStringLiteral("index 'IX$")); at >= 0)
-      return OraError(1, QStringLiteral("unique constraint (%1.%2) violated")
-                             .arg(owner, m.mid(at + 10).section(u'\'', 0, 0)));
+      return OraError(
+          1, QStringLiteral("unique constraint (%1.%2) violated").arg(owner, m.mid(at + 10).section(u'\'', 0, 0)));
     // "UNIQUE constraint failed: T.A, T.B"
     const QStringList cols = m.section(u':', 1).trimmed().split(QStringLiteral(", "));
     QStringList names;

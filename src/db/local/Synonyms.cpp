@@ -82,16 +82,16 @@ bool isOneOf(const SqlToken& t, std::initializer_list<QStringView> words) {
 
 // Words that end a FROM list at their depth.
 bool endsFromList(const SqlToken& t) {
-  return isOneOf(t, {u"WHERE", u"GROUP", u"HAVING", u"ORDER", u"CONNECT", u"START", u"UNION", u"INTERSECT", u"MINUS",
-                     u"FETCH", u"OFFSET", u"FOR", u"SELECT", u"SET", u"VALUES", u"RETURNING", u"PIVOT", u"UNPIVOT",
-                     u"MODEL", u"WINDOW"});
+  return isOneOf(t, {u"WHERE",     u"GROUP",     u"HAVING", u"ORDER",   u"CONNECT", u"START",  u"UNION",
+                     u"INTERSECT", u"MINUS",     u"FETCH",  u"OFFSET",  u"FOR",     u"SELECT", u"SET",
+                     u"VALUES",    u"RETURNING", u"PIVOT",  u"UNPIVOT", u"MODEL",   u"WINDOW"});
 }
 
 // Words that may follow a table's name where an alias could stand.
 bool followsName(const SqlToken& t) {
-  return endsFromList(t) || isOneOf(t, {u"FROM", u"JOIN", u"INNER", u"LEFT", u"RIGHT", u"FULL", u"CROSS", u"NATURAL",
-                                        u"OUTER", u"ON", u"USING", u"PARTITION", u"SAMPLE", u"WITH", u"LOG", u"WHEN",
-                                        u"THEN", u"ELSE"});
+  return endsFromList(t) ||
+         isOneOf(t, {u"FROM", u"JOIN", u"INNER", u"LEFT", u"RIGHT", u"FULL", u"CROSS", u"NATURAL", u"OUTER", u"ON",
+                     u"USING", u"PARTITION", u"SAMPLE", u"WITH", u"LOG", u"WHEN", u"THEN", u"ELSE"});
 }
 
 bool isSequenceCall(const SqlToken& t) { return t.is(u"NEXTVAL") || t.is(u"CURRVAL"); }
