@@ -238,6 +238,9 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
        [](const auto&) { return OraError(936, QStringLiteral("missing expression")); }},
       {QRegularExpression(QStringLiteral("^incomplete input$")),
        [](const auto&) { return OraError(921, QStringLiteral("unexpected end of SQL command")); }},
+      // ON or USING after a FROM item that no JOIN brought ends the statement for Oracle.
+      {QRegularExpression(QStringLiteral("^a JOIN clause is required before (ON|USING)$")),
+       [](const auto&) { return OraError(933, QStringLiteral("SQL command not properly ended")); }},
       {QRegularExpression(QStringLiteral("syntax error")),
        [](const auto&) { return OraError(933, QStringLiteral("SQL command not properly ended")); }},
       {QRegularExpression(QStringLiteral("^SELECTs to the left and right of .* do not have the same number")),
