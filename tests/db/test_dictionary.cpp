@@ -193,6 +193,7 @@ private Q_SLOTS:
     QCOMPARE(rowsOf(*m_db, "select id from staff where upper(name) = 'BOB' order by dept desc"), QStringList({"2"}));
     QCOMPARE(exec("create index staff_again on staff (upper(name))"), 1408);
     QCOMPARE(exec("create index staff_now on staff (sysdate - dept)"), 1743);
+    QCOMPARE(exec("create index staff_sub on staff ((select 1 from dual))"), 22818);
     QCOMPARE(exec("alter table staff rename column name to full_name"), 0);
     QCOMPARE(rowsOf(*m_db, "select column_expression from user_ind_expressions where index_name = 'STAFF_NAME_UX'"),
              QStringList({"UPPER(\"FULL_NAME\")"}));

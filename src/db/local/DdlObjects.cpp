@@ -124,8 +124,6 @@ void DdlRunner::createIndex(bool unique) {
     } catch (const SqliteFailure& f) {
       if (f.code == SQLITE_CONSTRAINT_UNIQUE)
         throw OraError(1452, QStringLiteral("cannot CREATE UNIQUE INDEX; duplicate keys found"));
-      if (f.message.contains(QStringLiteral("non-deterministic")))
-        throw OraError(1743, QStringLiteral("only pure functions can be indexed"));
       throw;
     }
   });

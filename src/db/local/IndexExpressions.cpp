@@ -19,7 +19,9 @@ bool isKeyword(const SqlToken& t) {
       QStringLiteral("AS"),      QStringLiteral("BETWEEN"),      QStringLiteral("ESCAPE"),
       QStringLiteral("SYSDATE"), QStringLiteral("SYSTIMESTAMP"), QStringLiteral("CURRENT_DATE"),
       QStringLiteral("USER"),    QStringLiteral("UID"),          QStringLiteral("ROWNUM"),
-      QStringLiteral("ROWID"),   QStringLiteral("LEVEL")};
+      QStringLiteral("ROWID"),   QStringLiteral("LEVEL"),        QStringLiteral("SELECT"),
+      QStringLiteral("FROM"),    QStringLiteral("WHERE"),        QStringLiteral("DISTINCT"),
+      QStringLiteral("EXISTS"),  QStringLiteral("ALL"),          QStringLiteral("ANY")};
   return t.kind == SqlToken::Kind::Word && words.contains(t.upper());
 }
 

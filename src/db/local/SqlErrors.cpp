@@ -238,6 +238,11 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
        [](const auto&) { return OraError(936, QStringLiteral("missing expression")); }},
       {QRegularExpression(QStringLiteral("^incomplete input$")),
        [](const auto&) { return OraError(921, QStringLiteral("unexpected end of SQL command")); }},
+      // What an index on an expression may not hold.
+      {QRegularExpression(QStringLiteral("^subqueries prohibited in index expressions$")),
+       [](const auto&) { return OraError(22818, QStringLiteral("subquery expressions not allowed here")); }},
+      {QRegularExpression(QStringLiteral("^non-deterministic functions prohibited in index expressions$")),
+       [](const auto&) { return OraError(1743, QStringLiteral("only pure functions can be indexed")); }},
       // ON or USING after a FROM item that no JOIN brought ends the statement for Oracle.
       {QRegularExpression(QStringLiteral("^a JOIN clause is required before (ON|USING)$")),
        [](const auto&) { return OraError(933, QStringLiteral("SQL command not properly ended")); }},
