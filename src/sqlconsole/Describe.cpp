@@ -4,6 +4,8 @@
 #include "db/OraDynaset.h"
 #include "db/OraError.h"
 
+#include <QSet>
+
 namespace {
 
 // A dictionary name as written: quoted names keep their case, others are upper-cased.
@@ -51,14 +53,35 @@ QString line(const QString& name, const QString& null, const QString& type) {
 
 QString Describe::columns(OraDatabase& database, const QString& name, const QString& user) {
   const qsizetype dot = name.indexOf(u'.');
-  const QString owner = dot < 0 ? user.toUpper() : dictionaryName(QStringView(name).left(dot));
-  const QString table = dictionaryName(QStringView(name).mid(dot + 1));
-  auto columns = database.CreateDynaset(
-      QStringLiteral("SELECT column_name, nullable, data_type, data_length, data_precision, data_scale, char_length, "
-                     "char_used "
-                     "FROM all_tab_columns WHERE owner = %1 AND table_name = %2 ORDER BY column_id")
-          .arg(quoted(owner), quoted(table)),
-      OraDynaset::ReadOnly);
+  QString owner = dot < 0 ? user.toUpper() : dictionaryName(QStringView(name).left(dot));
+  QString table = dictionaryName(QStringView(name).mid(dot + 1));
+  const auto columnsOf = [&] {
+    return database.CreateDynaset(
+        QStringLiteral("SELECT column_name, nullable, data_type, data_length, data_precision, data_scale, char_length, "
+                       "char_used FROM all_tab_columns WHERE owner = %1 AND table_name = %2 ORDER BY column_id")
+            .arg(quoted(owner), quoted(table)),
+        OraDynaset::ReadOnly);
+  };
+  auto columns = columnsOf();
+  // A synonym describes what it stands for: the session's own first, then a public one, and on
+  // through synonyms for synonyms until a loop comes back.
+  QSet<QString> seen;
+  for (int hops = 0; columns->IsEOF(); ++hops) {
+    if (seen.contains(owner + u'.' + table))
+      break;
+    seen.insert(owner + u'.' + table);
+    auto synonym = database.CreateDynaset(
+        QStringLiteral("SELECT table_owner, table_name FROM all_synonyms WHERE synonym_name = %1 AND owner IN (%2%3) "
+                       "ORDER BY CASE owner WHEN 'PUBLIC' THEN 1 ELSE 0 END")
+            .arg(quoted(table), quoted(owner), dot < 0 || hops > 0 ? QStringLiteral(", 'PUBLIC'") : QString()),
+        OraDynaset::ReadOnly);
+    if (synonym->IsEOF())
+      break;
+    owner = synonym->Fields(QStringLiteral("TABLE_OWNER")).toString();
+    table = synonym->Fields(QStringLiteral("TABLE_NAME")).toString();
+    synonym->Close();
+    columns = columnsOf();
+  }
   if (columns->IsEOF())
     throw OraError(4043, QStringLiteral("object %1 does not exist").arg(name));
   QString text = line(QStringLiteral("Name"), QStringLiteral("Null?"), QStringLiteral("Type")) +

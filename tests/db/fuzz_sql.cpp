@@ -46,6 +46,10 @@ const QStringList Seeds = {
     "alter table work1 add (note varchar2(100), amount number(12, 2) check (amount >= 0))",
     "comment on column work1.name is '名前'",
     "create index work1_ix on work1 (created desc, name)",
+    "create unique index work1_fx on work1 (upper(name), substr(note, 1, 2) desc)",
+    "create or replace synonym cs for customers",
+    "select cs.cust_name, o.amount from cs join orders o on o.cust_no = cs.cust_no where cs.cust_no in "
+    "(select cust_no from cs) order by 1",
     "truncate table order_lines",
     "drop table work1 cascade constraints",
     "select * from (select cust_no, count(*) n from orders group by cust_no) where n > 1 and rownum <= 10",

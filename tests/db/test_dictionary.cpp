@@ -115,7 +115,7 @@ private Q_SLOTS:
                "select index_name, table_owner, table_name, column_name, column_position, column_length, descend "
                "from all_ind_columns where table_name in ('CUSTOMERS', 'ORDERS') order by index_name, column_position"),
         QStringList({"CUST_NAME_UK|SALES|CUSTOMERS|CUST_NAME|1|40|ASC", "CUST_PK|SALES|CUSTOMERS|CUST_NO|1|22|ASC",
-                     "ORDERS_DATE_IX|SALES|ORDERS|ORDER_DATE|1|7|DESC", "ORDERS_DATE_IX|SALES|ORDERS|STATUS|2|10|ASC",
+                     "ORDERS_DATE_IX|SALES|ORDERS|SYS_NC00006$|1|7|DESC", "ORDERS_DATE_IX|SALES|ORDERS|STATUS|2|10|ASC",
                      "ORDERS_PK|SALES|ORDERS|ORDER_NO|1|22|ASC"}));
     const QStringList lines =
         rowsOf(*m_db, "select i.index_name, i.column_name from user_ind_columns i, user_constraints c "
@@ -147,7 +147,7 @@ private Q_SLOTS:
              QStringList({"IOT - TOP|UNIQUE|Y"}));
     QCOMPARE(rowsOf(*m_db, "select index_name, index_type, uniqueness from user_indexes where table_name = 'ORDERS' "
                            "order by 1"),
-             QStringList({"ORDERS_DATE_IX|NORMAL|NONUNIQUE", "ORDERS_PK|NORMAL|UNIQUE"}));
+             QStringList({"ORDERS_DATE_IX|FUNCTION-BASED NORMAL|NONUNIQUE", "ORDERS_PK|NORMAL|UNIQUE"}));
     auto system = m_fx.open("SYSTEM", "manager");
     m_db->ExecuteSQL("grant select on orders to system");
     QCOMPARE(rowsOf(*m_db, "select grantee, owner, table_name, grantor, privilege, type from user_tab_privs"),
@@ -163,6 +163,45 @@ private Q_SLOTS:
     m_db->ExecuteSQL("alter session set nls_date_format = 'DD-MON-RR'");
     QCOMPARE(rowsOf(*m_db, "select value from nls_session_parameters where parameter = 'NLS_DATE_FORMAT'"),
              QStringList({"DD-MON-RR"}));
+  }
+  // Unique, composite, descending and function-based indexes: an expression, and a descending
+  // column too, is indexed as a hidden column numbered after the table's.
+  void indexForms() {
+    const auto exec = [&](const char* sql) { return errorOf([&] { m_db->ExecuteSQL(sql); }); };
+    QCOMPARE(exec("create table staff (id number, name varchar2(20), dept number)"), 0);
+    QCOMPARE(exec("create unique index staff_name_ux on staff (upper(name))"), 0);
+    QCOMPARE(exec("create index staff_dept_ix on staff (dept desc, id)"), 0);
+    QCOMPARE(exec("create unique index staff_id_ux on staff (id, dept)"), 0);
+    QCOMPARE(rowsOf(*m_db, "select index_name, index_type, uniqueness from user_indexes where table_name = 'STAFF' "
+                           "order by 1"),
+             QStringList({"STAFF_DEPT_IX|FUNCTION-BASED NORMAL|NONUNIQUE", "STAFF_ID_UX|NORMAL|UNIQUE",
+                          "STAFF_NAME_UX|FUNCTION-BASED NORMAL|UNIQUE"}));
+    QCOMPARE(rowsOf(*m_db, "select index_name, column_name, column_position, descend from user_ind_columns where "
+                           "table_name = 'STAFF' order by 1, 3"),
+             QStringList({"STAFF_DEPT_IX|SYS_NC00005$|1|DESC", "STAFF_DEPT_IX|ID|2|ASC", "STAFF_ID_UX|ID|1|ASC",
+                          "STAFF_ID_UX|DEPT|2|ASC", "STAFF_NAME_UX|SYS_NC00004$|1|ASC"}));
+    QCOMPARE(rowsOf(*m_db, "select index_owner, index_name, table_owner, table_name, column_expression, "
+                           "column_position from all_ind_expressions where table_name = 'STAFF' order by 2"),
+             QStringList(
+                 {"SALES|STAFF_DEPT_IX|SALES|STAFF|\"DEPT\"|1", "SALES|STAFF_NAME_UX|SALES|STAFF|UPPER(\"NAME\")|1"}));
+    // The expression is what is unique, through DML and a rebuild of the table alike.
+    QCOMPARE(exec("insert into staff values (1, 'Ann', 10)"), 0);
+    QString text;
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("insert into staff values (2, 'ANN', 20)"); }, &text), 1);
+    QCOMPARE(text, QString("ORA-00001: unique constraint (SALES.STAFF_NAME_UX) violated"));
+    QCOMPARE(exec("insert into staff values (2, 'Bob', 20)"), 0);
+    QCOMPARE(rowsOf(*m_db, "select id from staff where upper(name) = 'BOB' order by dept desc"), QStringList({"2"}));
+    QCOMPARE(exec("create index staff_again on staff (upper(name))"), 1408);
+    QCOMPARE(exec("create index staff_now on staff (sysdate - dept)"), 1743);
+    QCOMPARE(exec("create index staff_sub on staff ((select 1 from dual))"), 22818);
+    QCOMPARE(exec("alter table staff rename column name to full_name"), 0);
+    QCOMPARE(rowsOf(*m_db, "select column_expression from user_ind_expressions where index_name = 'STAFF_NAME_UX'"),
+             QStringList({"UPPER(\"FULL_NAME\")"}));
+    QCOMPARE(exec("update staff set full_name = 'ann' where id = 2"), 1);
+    QCOMPARE(exec("drop index staff_name_ux"), 0);
+    QCOMPARE(rowsOf(*m_db, "select count(*) from user_ind_expressions"), QStringList({"2"}));
+    QCOMPARE(exec("drop table staff"), 0);
+    QCOMPARE(rowsOf(*m_db, "select count(*) from user_ind_expressions"), QStringList({"1"}));
   }
 };
 

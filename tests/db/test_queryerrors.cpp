@@ -70,6 +70,7 @@ private Q_SLOTS:
     QCOMPARE(error("select * from staff where salary >", &text), 921);
     QCOMPARE(text, QString("ORA-00921: unexpected end of SQL command"));
     QCOMPARE(error("select * from"), 903);
+    QCOMPARE(error("select 1 from staff s on s.dept = 'A'"), 933);
     QCOMPARE(error("select nothing from staff", &text), 904);
     QCOMPARE(text, QString("ORA-00904: \"NOTHING\": invalid identifier"));
     QCOMPARE(error("select s.nothing from staff s", &text), 904);

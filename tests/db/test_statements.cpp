@@ -89,7 +89,7 @@ private Q_SLOTS:
     QCOMPARE(error("create user hacker identified by x"), 1031);
     QCOMPARE(error("alter system kill session '1,1'"), 1031);
     QCOMPARE(error("comment on column customers.nothing is 'x'"), 904);
-    QCOMPARE(error("create index orders_again on orders (order_date, status)"), 1408);
+    QCOMPARE(error("create index orders_again on orders (order_date desc, status)"), 1408);
     QCOMPARE(error("create unique index orders_stat_ux on orders (status)"), 0);
     QCOMPARE(error("insert into orders values (12, 2, null, 1, 'OPEN')", &text), 1);
     QCOMPARE(text, QString("ORA-00001: unique constraint (SALES.ORDERS_STAT_UX) violated"));

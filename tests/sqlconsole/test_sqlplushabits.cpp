@@ -51,6 +51,20 @@ private Q_SLOTS:
     QCOMPARE(run.status, 0);
   }
 
+  // DESCRIBE follows synonyms to their table: a private one missing its object goes on to the
+  // public synonym of that name.
+  void describeThroughSynonyms() {
+    const Result run = sql("set feedback off\n"
+                           "create public synonym pemp for emp;\n"
+                           "create synonym e2 for pemp;\n"
+                           "desc e2\n"
+                           "desc sal\n");
+    QVERIFY(run.out.endsWith(" SAL                                                NUMBER(7,2)\n"
+                             " HIRED                                              DATE\n"));
+    QCOMPARE(run.out.count(QStringLiteral("EMPNO ")), 1);
+    QCOMPARE(run.err, QString("ERROR:\nORA-04043: object sal does not exist\n"));
+  }
+
   void substitutionVariables() {
     const QString script = m_console.script("vars.sql", "define tab = emp\n"
                                                         "select ename\n  from &tab where empno = &1;\n"

@@ -191,16 +191,22 @@ void DdlRunner::dropColumns(const QString& owner, const QString& table, const QS
       cons.reset();
       for (const QString& k : dropping)
         removeConstraint(owner, k);
-      SqliteStmt idx(db, QStringLiteral("SELECT DISTINCT index_name FROM CAT.ind_columns WHERE table_owner = ?1 AND "
-                                        "table_name = ?2 AND column_name = ?3"));
+      // Function-based indexes name it, quoted, in their expressions.
+      SqliteStmt idx(db, QStringLiteral("SELECT index_name FROM CAT.ind_columns WHERE table_owner = ?1 AND "
+                                        "table_name = ?2 AND column_name = ?3 UNION SELECT index_name FROM "
+                                        "CAT.ind_expressions WHERE table_owner = ?1 AND table_name = ?2 AND "
+                                        "instr(column_expression, '\"' || ?3 || '\"') > 0"));
       idx.bindAll({owner, table, name});
       QStringList indexes;
       while (idx.step())
         indexes << idx.text(0);
       idx.reset();
       for (const QString& i : indexes) {
-        sqliteExec(db, QStringLiteral("DELETE FROM CAT.ind_columns WHERE index_owner = ?1 AND index_name = ?2"),
-                   {owner, i});
+        for (const char* dictionary : {"ind_columns", "ind_expressions"})
+          sqliteExec(db,
+                     QStringLiteral("DELETE FROM CAT.%1 WHERE index_owner = ?1 AND index_name = ?2")
+                         .arg(QLatin1StringView(dictionary)),
+                     {owner, i});
         sqliteExec(db, QStringLiteral("DELETE FROM CAT.indexes WHERE owner = ?1 AND index_name = ?2"), {owner, i});
         sqliteExec(db, QStringLiteral("DELETE FROM CAT.objects WHERE owner = ?1 AND name = ?2 AND type = 'INDEX'"),
                    {owner, i});
@@ -258,6 +264,15 @@ void DdlRunner::renameColumn(const QString& owner, const QString& table, const Q
                QStringLiteral("UPDATE CAT.ind_columns SET column_name = ?4 WHERE table_owner = ?1 AND table_name = ?2 "
                               "AND column_name = ?3"),
                {owner, table, from, to});
+    SqliteStmt expressions(db, QStringLiteral("SELECT rowid, column_expression FROM CAT.ind_expressions WHERE "
+                                              "table_owner = ?1 AND table_name = ?2"));
+    expressions.bindAll({owner, table});
+    QList<QVariantList> renamed;
+    while (expressions.step())
+      renamed << QVariantList{expressions.column(0), renamedIn(expressions.text(1), from, to)};
+    expressions.reset();
+    for (const QVariantList& e : renamed)
+      sqliteExec(db, QStringLiteral("UPDATE CAT.ind_expressions SET column_expression = ?2 WHERE rowid = ?1"), e);
     // Check conditions name the column in their text.
     SqliteStmt checks(db, QStringLiteral("SELECT constraint_name, search_condition FROM CAT.constraints WHERE "
                                          "owner = ?1 AND table_name = ?2 AND constraint_type = 'C'"));
@@ -290,7 +305,7 @@ void DdlRunner::renameTable(const QString& owner, const QString& table, const QS
                  QStringLiteral("UPDATE CAT.%1 SET table_name = ?3 WHERE owner = ?1 AND table_name = ?2")
                      .arg(QLatin1StringView(dictionary)),
                  {owner, table, to});
-    for (const char* dictionary : {"indexes", "ind_columns"})
+    for (const char* dictionary : {"indexes", "ind_columns", "ind_expressions"})
       sqliteExec(db,
                  QStringLiteral("UPDATE CAT.%1 SET table_name = ?3 WHERE table_owner = ?1 AND table_name = ?2")
                      .arg(QLatin1StringView(dictionary)),

@@ -8,6 +8,18 @@
 
 namespace Catalogue {
 
+namespace {
+
+// Synonyms, public ones under the owner PUBLIC, and the expressions of function-based indexes.
+const QString SynonymTables = QStringLiteral(R"(
+CREATE TABLE CAT.synonyms(owner TEXT, synonym_name TEXT, table_owner TEXT, table_name TEXT,
+  PRIMARY KEY(owner, synonym_name));
+CREATE TABLE CAT.ind_expressions(index_owner TEXT, index_name TEXT, table_owner TEXT, table_name TEXT,
+  column_expression TEXT, column_position INTEGER, PRIMARY KEY(index_owner, index_name, column_position));
+)");
+
+} // namespace
+
 QString schemaFile(const QString& folder, const QString& owner) {
   return folder + u'/' + owner + QStringLiteral(".schema");
 }
@@ -24,7 +36,10 @@ void upgrade(sqlite3* db) {
                                           "'identity'"))
         .isValid();
   };
-  if (sequencesCurrent() && identityCurrent())
+  const auto synonymsCurrent = [db] {
+    return sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.sqlite_master WHERE name = 'synonyms'")).isValid();
+  };
+  if (sequencesCurrent() && identityCurrent() && synonymsCurrent())
     return;
   sqliteExec(db, QStringLiteral("BEGIN IMMEDIATE"));
   try {
@@ -39,6 +54,8 @@ ALTER TABLE CAT.sequences ADD COLUMN order_flag TEXT NOT NULL DEFAULT 'N';
 )"));
     if (!identityCurrent())
       sqliteExec(db, QStringLiteral("ALTER TABLE CAT.columns ADD COLUMN identity TEXT"));
+    if (!synonymsCurrent())
+      sqliteExec(db, SynonymTables);
     sqliteExec(db, QStringLiteral("COMMIT"));
   } catch (...) {
     sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
@@ -82,7 +99,7 @@ CREATE INDEX CAT.ind_columns_table ON ind_columns(table_name);
 CREATE TABLE CAT.sequences(owner TEXT, sequence_name TEXT, min_value INTEGER, max_value INTEGER,
   increment_by INTEGER, cycle_flag TEXT, last_number INTEGER, start_with INTEGER,
   cache_size INTEGER NOT NULL DEFAULT 0, order_flag TEXT NOT NULL DEFAULT 'N', PRIMARY KEY(owner, sequence_name));
-)"));
+)") + SynonymTables);
 }
 
 void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
@@ -139,7 +156,9 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
        "SELECT i.owner AS OWNER, i.index_name AS INDEX_NAME, CASE WHEN EXISTS (SELECT 1 FROM CAT.tables t JOIN "
        "CAT.constraints c ON c.owner = t.owner AND c.table_name = t.table_name AND c.constraint_type = 'P' WHERE "
        "t.iot = 1 AND t.owner = i.table_owner AND t.table_name = i.table_name AND c.index_name = i.index_name) "
-       "THEN 'IOT - TOP' ELSE 'NORMAL' END AS INDEX_TYPE, i.table_owner AS TABLE_OWNER, i.table_name AS TABLE_NAME, "
+       "THEN 'IOT - TOP' WHEN EXISTS (SELECT 1 FROM CAT.ind_expressions e WHERE e.index_owner = i.owner AND "
+       "e.index_name = i.index_name) THEN 'FUNCTION-BASED NORMAL' ELSE 'NORMAL' END AS INDEX_TYPE, i.table_owner AS "
+       "TABLE_OWNER, i.table_name AS TABLE_NAME, "
        "'TABLE' AS TABLE_TYPE, i.uniqueness AS UNIQUENESS, 'DISABLED' AS COMPRESSION, 'USERS' AS TABLESPACE_NAME, "
        "'YES' AS LOGGING, 'VALID' AS STATUS, NULL AS NUM_ROWS, NULL AS LAST_ANALYZED, '1' AS DEGREE, "
        "'NO' AS PARTITIONED, 'N' AS TEMPORARY, CASE WHEN i.index_name GLOB 'SYS_*' THEN 'Y' ELSE 'N' END "
@@ -150,6 +169,11 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
        "table_name AS TABLE_NAME, column_name AS COLUMN_NAME, column_position AS COLUMN_POSITION, "
        "column_length AS COLUMN_LENGTH, descend AS DESCEND FROM CAT.ind_columns",
        "INDEX_OWNER", "TABLE_OWNER", "TABLE_NAME"},
+      {"ALL_IND_EXPRESSIONS",
+       "SELECT index_owner AS INDEX_OWNER, index_name AS INDEX_NAME, table_owner AS TABLE_OWNER, table_name AS "
+       "TABLE_NAME, column_expression AS COLUMN_EXPRESSION, column_position AS COLUMN_POSITION FROM "
+       "CAT.ind_expressions",
+       "TABLE_OWNER", "TABLE_OWNER", "TABLE_NAME"},
       // An unbounded sequence is kept to the widest bound the engine counts to, and shown with
       // Oracle's own: 10^28 - 1 up, -(10^27 - 1) down.
       {"ALL_SEQUENCES",
@@ -183,7 +207,8 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
   for (const View& v : views) {
     QString select = QString::fromLatin1(v.select).replace(alias, QStringLiteral("AS \"\\1\""));
     if (!dba && v.reachOwner) {
-      QString reach = QStringLiteral("v.\"%1\" = %2").arg(QLatin1String(v.reachOwner), me);
+      // What PUBLIC owns (its synonyms) everyone sees.
+      QString reach = QStringLiteral("v.\"%1\" IN (%2, 'PUBLIC')").arg(QLatin1String(v.reachOwner), me);
       if (v.reachName)
         reach += QStringLiteral(" OR EXISTS (SELECT 1 FROM CAT.tab_privs p WHERE p.grantee IN (%1, 'PUBLIC') AND "
                                 "p.owner = v.\"%2\" AND p.table_name = v.\"%3\")")

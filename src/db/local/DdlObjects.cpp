@@ -1,6 +1,7 @@
 // The DDL of indexes, views, sequences, comments, drops, users, grants and sessions.
 #include "db/local/Catalogue.h"
 #include "db/local/DdlRunner.h"
+#include "db/local/IndexExpressions.h"
 #include "db/local/LocalConnection.h"
 #include "db/local/OracleDate.h"
 #include "db/local/SessionWatch.h"
@@ -26,6 +27,8 @@ qint64 signedNumber(TokenCursor& t) {
 
 } // namespace
 
+// An index item is a column, or an expression (a descending column is one too): an expression
+// is indexed under a hidden column's name, as Oracle does.
 void DdlRunner::createIndex(bool unique) {
   auto [ownerText, index] = m_t.qualifiedName(953);
   const QString indexOwner = ownerOr(ownerText);
@@ -35,16 +38,36 @@ void DdlRunner::createIndex(bool unique) {
   requireAccess(owner);
   requireAccess(indexOwner);
   const QString schema = schemaFor(owner, 942);
-  QStringList columns, order;
+  struct Item {
+    QString key; // the column's name, or the expression's text
+    bool expression;
+    QString descend;
+  };
+  std::vector<Item> items;
+  const auto& tokens = m_t.tokens();
   m_t.expect(u"(", 906);
   do {
-    if (!m_t.peek().isName() || m_t.peek(1).is(u"(") || m_t.peek(1).is(u"||"))
-      throw OraError(3001, QStringLiteral("unimplemented feature"));
-    columns << m_t.name(904);
-    order << (m_t.accept(u"DESC") ? QStringLiteral("DESC") : (m_t.accept(u"ASC"), QStringLiteral("ASC")));
+    const size_t begin = m_t.pos();
+    for (int depth = 0; !m_t.atEnd();) {
+      const SqlToken& p = m_t.peek();
+      if (depth == 0 && (p.is(u",") || p.is(u")") || p.is(u"ASC") || p.is(u"DESC")))
+        break;
+      depth += p.is(u"(") ? 1 : p.is(u")") ? -1 : 0;
+      m_t.next();
+    }
+    const size_t end = m_t.pos();
+    if (end == begin)
+      TokenCursor::fail(936);
+    const bool descending = m_t.accept(u"DESC") || (m_t.accept(u"ASC"), false);
+    const bool column = end == begin + 1 && tokens[begin].isName();
+    items.push_back({column && !descending ? tokens[begin].name() : IndexExpressions::text(tokens, begin, end),
+                     !column || descending, descending ? QStringLiteral("DESC") : QStringLiteral("ASC")});
   } while (m_t.accept(u","));
   m_t.expect(u")", 907);
   skipClauses();
+  QStringList keys;
+  for (const Item& item : items)
+    keys << item.key;
   sqlite3* db = m_c.db();
   inTransaction([&] {
     requireTable(owner, table);
@@ -55,34 +78,49 @@ void DdlRunner::createIndex(bool unique) {
     SqliteStmt same(
         db, QStringLiteral(
                 "SELECT i.owner, i.index_name FROM CAT.indexes i WHERE i.table_owner = ?1 AND i.table_name = ?2 "
-                "AND ?3 = (SELECT group_concat(column_name, ',') FROM (SELECT column_name FROM CAT.ind_columns k "
-                "WHERE k.index_owner = i.owner AND k.index_name = i.index_name ORDER BY column_position))"));
-    same.bindAll({owner, table, columns.join(u',')});
+                "AND ?3 = (SELECT group_concat(item, ',') FROM (SELECT coalesce(e.column_expression, k.column_name) "
+                "AS item FROM CAT.ind_columns k LEFT JOIN CAT.ind_expressions e ON e.index_owner = k.index_owner "
+                "AND e.index_name = k.index_name AND e.column_position = k.column_position WHERE k.index_owner = "
+                "i.owner AND k.index_name = i.index_name ORDER BY k.column_position))"));
+    same.bindAll({owner, table, keys.join(u',')});
     if (same.step())
       throw OraError(1408, QStringLiteral("such column list already indexed"));
     sqliteExec(db,
                QStringLiteral("INSERT INTO CAT.indexes(owner, index_name, table_owner, table_name, uniqueness) VALUES "
                               "(?1, ?2, ?3, ?4, ?5)"),
                {indexOwner, index, owner, table, unique ? QStringLiteral("UNIQUE") : QStringLiteral("NONUNIQUE")});
-    for (int i = 0; i < columns.size(); ++i) {
-      const QVariant length =
-          sqliteValue(db,
-                      QStringLiteral("SELECT data_length FROM CAT.columns WHERE owner = ?1 AND table_name = ?2 "
-                                     "AND column_name = ?3"),
-                      {owner, table, columns[i]});
-      if (!length.isValid())
-        throw OraError(904, QStringLiteral("%1: invalid identifier").arg(q(columns[i])));
+    QStringList terms;
+    for (int i = 0; i < int(items.size()); ++i) {
+      const Item& item = items[size_t(i)];
+      // An expression's length is that of the first column it is computed from, which its text
+      // names in quotes.
+      const QVariant length = sqliteValue(
+          db,
+          item.expression ? QStringLiteral("SELECT data_length FROM CAT.columns WHERE owner = ?1 AND table_name = ?2 "
+                                           "AND instr(?3, '\"' || column_name || '\"') > 0 ORDER BY "
+                                           "instr(?3, '\"' || column_name || '\"') LIMIT 1")
+                          : QStringLiteral("SELECT data_length FROM CAT.columns WHERE owner = ?1 AND table_name = ?2 "
+                                           "AND column_name = ?3"),
+          {owner, table, item.key});
+      if (!item.expression && !length.isValid())
+        throw OraError(904, QStringLiteral("%1: invalid identifier").arg(q(item.key)));
+      const QString column = item.expression ? IndexExpressions::hiddenColumn(db, owner, table) : item.key;
       sqliteExec(
           db,
           QStringLiteral("INSERT INTO CAT.ind_columns(index_owner, index_name, table_owner, table_name, column_name, "
                          "column_position, column_length, descend) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"),
-          {indexOwner, index, owner, table, columns[i], i + 1, length, order[i]});
-      columns[i] = q(columns[i]) + u' ' + order[i];
+          {indexOwner, index, owner, table, column, i + 1, length, item.descend});
+      if (item.expression)
+        sqliteExec(db,
+                   QStringLiteral("INSERT INTO CAT.ind_expressions(index_owner, index_name, table_owner, table_name, "
+                                  "column_expression, column_position) VALUES (?1, ?2, ?3, ?4, ?5, ?6)"),
+                   {indexOwner, index, owner, table, item.key, i + 1});
+      terms << (item.expression ? translateCondition(item.key) : q(item.key)) + u' ' + item.descend;
     }
     try {
       sqliteExec(db, QStringLiteral("CREATE %1INDEX %2.%3 ON %4 (%5)")
                          .arg(unique ? QStringLiteral("UNIQUE ") : QString(), q(schema),
-                              q(QStringLiteral("IX$") + index), q(table), columns.join(QStringLiteral(", "))));
+                              q(QStringLiteral("IX$") + index), q(table), terms.join(QStringLiteral(", "))));
     } catch (const SqliteFailure& f) {
       if (f.code == SQLITE_CONSTRAINT_UNIQUE)
         throw OraError(1452, QStringLiteral("cannot CREATE UNIQUE INDEX; duplicate keys found"));
@@ -289,6 +327,11 @@ void DdlRunner::comment() {
 void DdlRunner::drop() {
   if (m_t.accept(u"USER"))
     return dropUser();
+  const bool isPublic = m_t.accept(u"PUBLIC");
+  if (isPublic)
+    m_t.expect(u"SYNONYM", 950);
+  if (isPublic || m_t.accept(u"SYNONYM"))
+    return dropSynonym(isPublic);
   const QString kind =
       m_t.peek().is(u"TABLE") || m_t.peek().is(u"VIEW") || m_t.peek().is(u"INDEX") || m_t.peek().is(u"SEQUENCE")
           ? m_t.next().upper()
@@ -350,8 +393,13 @@ void DdlRunner::drop() {
               .isValid())
         throw OraError(2429, QStringLiteral("cannot drop index used for enforcement of unique/primary key"));
       const bool inSqlite = s.column(0).toInt() == 1;
-      sqliteExec(db, QStringLiteral("DELETE FROM CAT.ind_columns WHERE index_owner = ?1 AND index_name = ?2"),
-                 {owner, name});
+      // A statement still reading would make SQLite refuse to drop the index as locked.
+      s.reset();
+      for (const char* dictionary : {"ind_columns", "ind_expressions"})
+        sqliteExec(db,
+                   QStringLiteral("DELETE FROM CAT.%1 WHERE index_owner = ?1 AND index_name = ?2")
+                       .arg(QLatin1String(dictionary)),
+                   {owner, name});
       sqliteExec(db, QStringLiteral("DELETE FROM CAT.indexes WHERE owner = ?1 AND index_name = ?2"), {owner, name});
       if (inSqlite)
         sqliteExec(db, QStringLiteral("DROP INDEX %1.%2").arg(q(schema), q(QStringLiteral("IX$") + name)));
@@ -372,8 +420,11 @@ void DdlRunner::dropTable(const QString& owner, const QString& name) {
   sqlite3* db = m_c.db();
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.cons_columns WHERE owner = ?1 AND table_name = ?2"), {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.constraints WHERE owner = ?1 AND table_name = ?2"), {owner, name});
-  sqliteExec(db, QStringLiteral("DELETE FROM CAT.ind_columns WHERE table_owner = ?1 AND table_name = ?2"),
-             {owner, name});
+  for (const char* dictionary : {"ind_columns", "ind_expressions"})
+    sqliteExec(
+        db,
+        QStringLiteral("DELETE FROM CAT.%1 WHERE table_owner = ?1 AND table_name = ?2").arg(QLatin1String(dictionary)),
+        {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.indexes WHERE table_owner = ?1 AND table_name = ?2"), {owner, name});
   sqliteExec(db, QStringLiteral("DELETE FROM CAT.comments WHERE owner = ?1 AND table_name = ?2"), {owner, name});
   // The sequences of its identity columns go with it.
@@ -479,10 +530,12 @@ void DdlRunner::dropUser() {
          {"DELETE FROM CAT.constraints WHERE r_owner = ?1 AND owner <> ?1",
           "DELETE FROM CAT.cons_columns WHERE owner = ?1", "DELETE FROM CAT.constraints WHERE owner = ?1",
           "DELETE FROM CAT.ind_columns WHERE index_owner = ?1 OR table_owner = ?1",
+          "DELETE FROM CAT.ind_expressions WHERE index_owner = ?1 OR table_owner = ?1",
           "DELETE FROM CAT.indexes WHERE owner = ?1 OR table_owner = ?1", "DELETE FROM CAT.comments WHERE owner = ?1",
           "DELETE FROM CAT.columns WHERE owner = ?1", "DELETE FROM CAT.tables WHERE owner = ?1",
           "DELETE FROM CAT.views WHERE owner = ?1", "DELETE FROM CAT.sequences WHERE owner = ?1",
-          "DELETE FROM CAT.objects WHERE owner = ?1", "DELETE FROM CAT.users WHERE username = ?1"})
+          "DELETE FROM CAT.synonyms WHERE owner = ?1", "DELETE FROM CAT.objects WHERE owner = ?1",
+          "DELETE FROM CAT.users WHERE username = ?1"})
       sqliteExec(db, QString::fromLatin1(sql), {user});
   });
   const QString file = Catalogue::schemaFile(m_c.folder(), user);

@@ -30,12 +30,15 @@ qint64 DdlRunner::run() {
     // Stored PL/SQL does not run here: its CREATE is refused whole rather than half-kept.
     if (!m_t.accept(u"EDITIONABLE"))
       m_t.accept(u"NONEDITIONABLE");
-    // Nor do synonyms: a name that stood for another would be half-honoured.
-    m_t.accept(u"PUBLIC");
-    for (const char16_t* unit : {u"PROCEDURE", u"FUNCTION", u"PACKAGE", u"TRIGGER", u"TYPE", u"LIBRARY", u"SYNONYM"})
+    for (const char16_t* unit : {u"PROCEDURE", u"FUNCTION", u"PACKAGE", u"TRIGGER", u"TYPE", u"LIBRARY"})
       if (m_t.peek().is(unit))
         throw OraError(3001, QStringLiteral("unimplemented feature"));
-    if (m_t.accept(u"TABLE") && !replace)
+    const bool isPublic = m_t.accept(u"PUBLIC");
+    if (m_t.accept(u"SYNONYM"))
+      createSynonym(replace, isPublic);
+    else if (isPublic)
+      TokenCursor::fail(901);
+    else if (m_t.accept(u"TABLE") && !replace)
       createTable();
     else if (m_t.peek().is(u"UNIQUE") && !replace)
       m_t.next(), m_t.expect(u"INDEX", 901), createIndex(true);
@@ -648,11 +651,14 @@ void DdlRunner::createSqliteIndexes(const QString& owner, const QString& table, 
   idx.bindAll({owner, table});
   while (idx.step()) {
     QStringList cols;
-    SqliteStmt ic(m_c.db(), QStringLiteral("SELECT column_name, descend FROM CAT.ind_columns WHERE index_owner = ?1 "
-                                           "AND index_name = ?2 ORDER BY column_position"));
+    SqliteStmt ic(m_c.db(),
+                  QStringLiteral("SELECT k.column_name, k.descend, e.column_expression FROM CAT.ind_columns "
+                                 "k LEFT JOIN CAT.ind_expressions e ON e.index_owner = k.index_owner AND "
+                                 "e.index_name = k.index_name AND e.column_position = k.column_position "
+                                 "WHERE k.index_owner = ?1 AND k.index_name = ?2 ORDER BY k.column_position"));
     ic.bindAll({idx.text(0), idx.text(1)});
     while (ic.step())
-      cols << q(ic.text(0)) + u' ' + ic.text(1);
+      cols << (ic.column(2).isNull() ? q(ic.text(0)) : translateCondition(ic.text(2))) + u' ' + ic.text(1);
     statements << QStringLiteral("CREATE %1INDEX %2.%3 ON %4 (%5)")
                       .arg(idx.text(2) == u"UNIQUE" ? QStringLiteral("UNIQUE ") : QString(), q(schema),
                            q(QStringLiteral("IX$") + idx.text(1)), q(table), cols.join(QStringLiteral(", ")));

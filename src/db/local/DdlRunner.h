@@ -48,6 +48,8 @@ private:
   void createView(bool replace);
   void createSequence();
   void createUser();
+  void createSynonym(bool replace, bool isPublic);
+  void dropSynonym(bool isPublic);
   void alterTable();
   void alterUser();
   void alterSystem();

@@ -20,6 +20,7 @@
 #include "db/local/RowLocks.h"
 #include "db/local/SessionContext.h"
 #include "db/local/SqlErrors.h"
+#include "db/local/Synonyms.h"
 #include "db/local/TokenCursor.h"
 #include "db/local/ViewDml.h"
 #include "db/local/ZoneFunctions.h"
@@ -209,6 +210,7 @@ LocalConnection::LocalConnection(Logon logon, sqlite3* db, sqlite3* side)
   });
   Catalogue::installViews(m_db, m_logon.user, m_logon.dba, m_watch->sid());
   DictionaryViews::install(m_db, m_logon.user, m_logon.dba);
+  Synonyms::installViews(m_db, m_logon.user, m_logon.dba);
 }
 
 LocalConnection::~LocalConnection() {
@@ -367,6 +369,10 @@ SqlTranslator LocalConnection::translator(bool binds) {
   return SqlTranslator(context);
 }
 
+std::vector<SqlToken> LocalConnection::resolveSynonyms(const std::vector<SqlToken>& tokens) const {
+  return Synonyms::resolve(m_db, m_logon.user, tokens);
+}
+
 void LocalConnection::checkAccess(const QString& owner, const QString& table, const QString& privilege) {
   if (owner == m_logon.user || m_logon.dba)
     return;
@@ -471,6 +477,7 @@ std::unique_ptr<OraDynaset> LocalConnection::query(const QString& sql, int optio
     throw OraError(tokens.front().kind == SqlToken::Kind::End ? 900 : 24333,
                    tokens.front().kind == SqlToken::Kind::End ? TokenCursor::textOf(900)
                                                               : QStringLiteral("zero iteration count"));
+  tokens = resolveSynonyms(tokens);
   if (const auto locking = RowLocks::read(tokens)) {
     tokens.erase(tokens.begin() + qsizetype(locking->at), tokens.end() - 1);
     lockForUpdate(tokens, locking->waitMs);
@@ -529,7 +536,7 @@ qint64 LocalConnection::execute(const QString& sql) {
 qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const QString& sql) {
   switch (kindOf(tokens)) {
   case Kind::Query: {
-    auto rows = LocalDynaset::open(shared_from_this(), tokens, OraDynaset::ReadOnly);
+    auto rows = LocalDynaset::open(shared_from_this(), resolveSynonyms(tokens), OraDynaset::ReadOnly);
     rows->Close();
     return 0;
   }
@@ -559,7 +566,11 @@ qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const 
   }
   case Kind::Block: return runBlock(tokens, sql);
   case Kind::Session: return alterSession(tokens);
-  case Kind::Ddl: return DdlRunner(*this, tokens, sql).run();
+  case Kind::Ddl: {
+    // The queries of CREATE VIEW and CREATE TABLE AS; a synonym's own object is not looked up.
+    const bool creating = tokens.front().is(u"CREATE") && !containsToken(tokens, 0, tokens.size(), u"SYNONYM");
+    return DdlRunner(*this, creating ? resolveSynonyms(tokens) : tokens, sql).run();
+  }
   case Kind::Unknown: break;
   }
   throw OraError(900, TokenCursor::textOf(900));
@@ -567,7 +578,7 @@ qint64 LocalConnection::runStatement(const std::vector<SqlToken>& tokens, const 
 
 LocalConnection::Dml LocalConnection::translateDml(const std::vector<SqlToken>& source, bool binds) {
   // Oracle's "DELETE t" and "UPDATE t a" become SQLite's "DELETE FROM t" and "UPDATE t AS a".
-  std::vector<SqlToken> t = source;
+  std::vector<SqlToken> t = resolveSynonyms(source);
   const auto word = [](const char16_t* w) { return SqlToken{SqlToken::Kind::Word, QString::fromUtf16(w), 0, 0, 0}; };
   const bool deleting = t[0].is(u"DELETE");
   size_t target = 1;

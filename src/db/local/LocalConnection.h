@@ -62,6 +62,9 @@ public:
   QString schemaOf(const QString& owner);
   // binds: the statement holds the engine's own ?N parameters, which its caller binds.
   SqlTranslator translator(bool binds = false);
+  // The statement naming the objects its synonyms stand for, which every statement runner
+  // works on.
+  std::vector<SqlToken> resolveSynonyms(const std::vector<SqlToken>& tokens) const;
   // Raises ORA-00028 once the session is known to have been killed; cheap enough for every
   // field read.
   void checkAlive();

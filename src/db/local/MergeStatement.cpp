@@ -15,7 +15,7 @@ bool isOneOf(const SqlToken& t, std::initializer_list<QStringView> words) {
 } // namespace
 
 MergeStatement::MergeStatement(LocalConnection& connection, const std::vector<SqlToken>& tokens, QVariantList values)
-    : m_c(connection), m_t(tokens), m_values(std::move(values)) {}
+    : m_c(connection), m_t(connection.resolveSynonyms(tokens)), m_values(std::move(values)) {}
 
 qint64 MergeStatement::run() {
   parse();

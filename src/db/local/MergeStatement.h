@@ -34,7 +34,7 @@ private:
   void checkStableSource();
 
   LocalConnection& m_c;
-  const Tokens& m_t;
+  const Tokens m_t;
   QVariantList m_values;
   size_t m_pos = 0;
   Range m_target, m_targetAlias, m_source, m_sourceAlias, m_on;

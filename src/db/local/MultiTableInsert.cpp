@@ -17,7 +17,7 @@ std::vector<SqlToken> tokensOf(const QString& text) {
 
 MultiTableInsert::MultiTableInsert(LocalConnection& connection, const std::vector<SqlToken>& tokens,
                                    QVariantList values)
-    : m_c(connection), m_t(tokens), m_values(std::move(values)) {}
+    : m_c(connection), m_t(connection.resolveSynonyms(tokens)), m_values(std::move(values)) {}
 
 qint64 MultiTableInsert::run() {
   size_t i = 1;

@@ -30,6 +30,6 @@ private:
   };
 
   LocalConnection& m_c;
-  const std::vector<SqlToken>& m_t;
+  const std::vector<SqlToken> m_t;
   QVariantList m_values;
 };

@@ -23,10 +23,14 @@ QString uniqueName(sqlite3* db, const QString& owner, const QString& table, cons
     if (!name.isValid())
       name = sqliteValue(
           db,
+          // A descending column is the expression "COLUMN" of a hidden one.
           QStringLiteral("SELECT i.index_name FROM CAT.indexes i WHERE i.table_owner = ?1 AND i.table_name = ?2 "
                          "AND i.uniqueness = 'UNIQUE' AND ?3 = (SELECT group_concat(column_name, ',') FROM "
-                         "(SELECT column_name FROM CAT.ind_columns k WHERE k.index_owner = i.owner "
-                         "AND k.index_name = i.index_name ORDER BY column_position))"),
+                         "(SELECT coalesce(substr(e.column_expression, 2, length(e.column_expression) - 2), "
+                         "k.column_name) AS column_name FROM CAT.ind_columns k LEFT JOIN CAT.ind_expressions e ON "
+                         "e.index_owner = k.index_owner AND e.index_name = k.index_name AND e.column_position = "
+                         "k.column_position WHERE k.index_owner = i.owner AND k.index_name = i.index_name ORDER BY "
+                         "k.column_position))"),
           {owner, table, wanted});
     return name.toString();
   } catch (const SqliteFailure&) {
@@ -117,6 +121,10 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
   switch (f.code) {
   case SQLITE_CONSTRAINT_UNIQUE:
   case SQLITE_CONSTRAINT_PRIMARYKEY: {
+    // "UNIQUE constraint failed: index 'IX$NAME'" for an index on expressions
+    if (const qsizetype at = m.indexOf(QStringLiteral("index 'IX$")); at >= 0)
+      return OraError(
+          1, QStringLiteral("unique constraint (%1.%2) violated").arg(owner, m.mid(at + 10).section(u'\'', 0, 0)));
     // "UNIQUE constraint failed: T.A, T.B"
     const QStringList cols = m.section(u':', 1).trimmed().split(QStringLiteral(", "));
     QStringList names;
@@ -230,6 +238,14 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
        [](const auto&) { return OraError(936, QStringLiteral("missing expression")); }},
       {QRegularExpression(QStringLiteral("^incomplete input$")),
        [](const auto&) { return OraError(921, QStringLiteral("unexpected end of SQL command")); }},
+      // What an index on an expression may not hold.
+      {QRegularExpression(QStringLiteral("^subqueries prohibited in index expressions$")),
+       [](const auto&) { return OraError(22818, QStringLiteral("subquery expressions not allowed here")); }},
+      {QRegularExpression(QStringLiteral("^non-deterministic functions prohibited in index expressions$")),
+       [](const auto&) { return OraError(1743, QStringLiteral("only pure functions can be indexed")); }},
+      // ON or USING after a FROM item that no JOIN brought ends the statement for Oracle.
+      {QRegularExpression(QStringLiteral("^a JOIN clause is required before (ON|USING)$")),
+       [](const auto&) { return OraError(933, QStringLiteral("SQL command not properly ended")); }},
       {QRegularExpression(QStringLiteral("syntax error")),
        [](const auto&) { return OraError(933, QStringLiteral("SQL command not properly ended")); }},
       {QRegularExpression(QStringLiteral("^SELECTs to the left and right of .* do not have the same number")),

@@ -511,7 +511,7 @@ void PlsqlRunner::executeImmediate(const Statement& s) {
     if (!(first.is(u"SELECT") || first.is(u"WITH")))
       throw OraError(1007, QStringLiteral("variable not in select list"));
     Compiled c;
-    c.sqlite = m_c.translator(true).translate(tokens);
+    c.sqlite = m_c.translator(true).translate(m_c.resolveSynonyms(tokens));
     const std::vector<int> into = targets(s.into, s.at);
     auto rows = queryRows(c, arguments);
     if (rows.empty())
@@ -663,7 +663,7 @@ PlsqlRunner::Compiled& PlsqlRunner::compiled(Range r, Mode mode, Range skip) {
   }
   if (mode != Mode::Sql || m_t[r.begin].is(u"SELECT") || m_t[r.begin].is(u"WITH")) {
     try {
-      c.sqlite = m_c.translator(true).translate(c.tokens);
+      c.sqlite = m_c.translator(true).translate(m_c.resolveSynonyms(c.tokens));
     } catch (const OraError& e) {
       // A name SQL does not know, in a PL/SQL expression, is an undeclared identifier.
       if (mode != Mode::Sql && e.number() == 904)
