@@ -60,6 +60,9 @@ private Q_SLOTS:
     QCOMPARE(errorIn(*other, "select * from sales.s"), 942);
     exec("grant select on t to other");
     QCOMPARE(rowsOf(*other, "select s.name from sales.s"), QStringList({"a"}));
+    // Having read another schema's table does not make its name the session's own.
+    QCOMPARE(errorIn(*other, "select * from t"), 942);
+    QCOMPARE(errorOf([&] { other->ExecuteSQL("insert into t values (9, 'x')"); }), 942);
     QCOMPARE(rowsOf(*other, "select id from pt"), QStringList({"1"}));
     QCOMPARE(errorOf([&] { other->ExecuteSQL("delete from pt"); }), 1031);
     QCOMPARE(error("drop public synonym pt"), 1031);

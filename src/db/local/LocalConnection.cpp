@@ -370,7 +370,7 @@ SqlTranslator LocalConnection::translator(bool binds) {
 }
 
 std::vector<SqlToken> LocalConnection::resolveSynonyms(const std::vector<SqlToken>& tokens) const {
-  return Synonyms::resolve(m_db, m_logon.user, tokens);
+  return Synonyms::resolve(m_db, m_logon.user, tokens, m_attached);
 }
 
 void LocalConnection::checkAccess(const QString& owner, const QString& table, const QString& privilege) {

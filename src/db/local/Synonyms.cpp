@@ -1,6 +1,7 @@
 #include "db/local/Synonyms.h"
 
 #include "db/OraError.h"
+#include "db/local/SqlTranslator.h"
 #include "db/local/Sqlite.h"
 
 #include <QSet>
@@ -156,10 +157,27 @@ void append(std::vector<SqlToken>& out, const SqlToken& at, const Object& o) {
   out.push_back(SqlToken{SqlToken::Kind::Quoted, o.name, at.pos, at.length, at.line});
 }
 
+bool holds(sqlite3* db, const QString& schema, const QString& name) {
+  return sqliteValue(db, QStringLiteral("SELECT 1 FROM %1.sqlite_master WHERE name = ?1").arg(schema), {name})
+      .isValid();
+}
+
+// SQLite looks for an unqualified name in every schema the session opened; Oracle only in the
+// session's own (and the dictionary's), so a name only another schema holds does not exist.
+void refuseOtherSchemas(sqlite3* db, const QString& name, const QStringList& attached) {
+  if (holds(db, QStringLiteral("main"), name) || holds(db, QStringLiteral("temp"), name))
+    return;
+  for (const QString& schema : attached)
+    if (holds(db, SqlTranslator::quoteName(schema), name))
+      throw OraError(942, QStringLiteral("table or view does not exist"));
+}
+
 } // namespace
 
-std::vector<SqlToken> resolve(sqlite3* db, const QString& user, const std::vector<SqlToken>& t) {
-  if (!sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.synonyms LIMIT 1")).isValid())
+std::vector<SqlToken> resolve(sqlite3* db, const QString& user, const std::vector<SqlToken>& t,
+                              const QStringList& attached) {
+  const bool synonyms = sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.synonyms LIMIT 1")).isValid();
+  if (!synonyms && attached.isEmpty())
     return t;
   const QSet<QString> withNames = queryNames(t);
   // Per depth of parentheses: within a FROM list; past a select list or RETURNING, where INTO
@@ -210,9 +228,12 @@ std::vector<SqlToken> resolve(sqlite3* db, const QString& user, const std::vecto
     const auto name = table ? tableAt(t, k + 1) : std::nullopt;
     if (!name || (name->owner.isEmpty() && withNames.contains(name->name)))
       continue;
-    const auto target = synonymTarget(db, user, name->owner, name->name);
-    if (!target)
+    const auto target = synonyms ? synonymTarget(db, user, name->owner, name->name) : std::nullopt;
+    if (!target) {
+      if (name->owner.isEmpty() && !attached.isEmpty())
+        refuseOtherSchemas(db, name->name, attached);
       continue;
+    }
     append(out, t[k + 1], *target);
     k = name->end - 1;
     const SqlToken& after = t[name->end];

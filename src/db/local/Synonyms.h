@@ -2,6 +2,8 @@
 
 #include "db/local/SqlLexer.h"
 
+#include <QStringList>
+
 #include <sqlite3.h>
 
 // Synonyms: other names for tables, views, sequences and synonyms, private to a schema or PUBLIC.
@@ -13,8 +15,10 @@ namespace Synonyms {
 // object the synonym stands for. An unqualified name is the session's own object first, then a
 // public synonym; a FROM item or DML target keeps the name written as its alias, so that columns
 // qualified by it still resolve. ORA-00980 for a synonym whose object is gone, ORA-01775 for a
-// loop.
-std::vector<SqlToken> resolve(sqlite3* db, const QString& user, const std::vector<SqlToken>& tokens);
+// loop. An unqualified name that only one of the other schemas the session opened (attached)
+// holds is ORA-00942, as Oracle never looks there.
+std::vector<SqlToken> resolve(sqlite3* db, const QString& user, const std::vector<SqlToken>& tokens,
+                              const QStringList& attached);
 
 // ALL_SYNONYMS, USER_SYNONYMS and, for a DBA, DBA_SYNONYMS, as temporary views of one session.
 void installViews(sqlite3* db, const QString& user, bool dba);
