@@ -202,6 +202,12 @@ private Q_SLOTS:
              QStringList({"+01-02", "+00-11", "-01-06"}));
     QCOMPARE(eval("'[' || interval '2' hour || ']', length(interval '2' day), to_char(interval '-1-6' year to month)"),
              QString("[+00 02:00:00]|12|-01-06"));
+    // A text column takes an interval's text, not the interval itself.
+    m_db->ExecuteSQL("create table spans (s varchar2(20))");
+    QCOMPARE(errorOf([&] { m_db->ExecuteSQL("insert into spans values (interval '1' day)"); }), 3001);
+    m_db->ExecuteSQL("insert into spans values (to_char(interval '1' day))");
+    QCOMPARE(rowsOf(*m_db, "select count(*) from spans where s = '+01 00:00:00'"), QStringList({"1"}));
+    m_db->ExecuteSQL("drop table spans");
   }
 
   // Zones given as offsets; a region would print as its offset rather than its name, so FROM_TZ
