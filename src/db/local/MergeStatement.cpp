@@ -3,17 +3,6 @@
 #include "db/local/LocalConnection.h"
 #include "db/local/TokenCursor.h"
 
-namespace {
-
-bool isOneOf(const SqlToken& t, std::initializer_list<QStringView> words) {
-  for (QStringView w : words)
-    if (t.is(w))
-      return true;
-  return false;
-}
-
-} // namespace
-
 MergeStatement::MergeStatement(LocalConnection& connection, const std::vector<SqlToken>& tokens, QVariantList values)
     : m_c(connection), m_t(connection.resolveSynonyms(tokens)), m_values(std::move(values)) {}
 
@@ -174,7 +163,7 @@ void MergeStatement::parse() {
 MergeStatement::Range MergeStatement::until(std::initializer_list<QStringView> stops) {
   const size_t begin = m_pos;
   int depth = 0;
-  while (m_t[m_pos].kind != SqlToken::Kind::End && !(depth == 0 && isOneOf(m_t[m_pos], stops))) {
+  while (m_t[m_pos].kind != SqlToken::Kind::End && !(depth == 0 && m_t[m_pos].isOneOf(stops))) {
     depth += m_t[m_pos].is(u"(") ? 1 : m_t[m_pos].is(u")") ? -1 : 0;
     ++m_pos;
   }

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <initializer_list>
 #include <vector>
 
 // One token of Oracle SQL. Words keep their spelling (upper() folds them, as Oracle folds
@@ -21,6 +22,12 @@ struct SqlToken final {
   bool is(QStringView s) const {
     return (kind == Kind::Word && QStringView(text).compare(s, Qt::CaseInsensitive) == 0) ||
            (kind == Kind::Symbol && QStringView(text) == s);
+  }
+  bool isOneOf(std::initializer_list<QStringView> words) const {
+    for (QStringView w : words)
+      if (is(w))
+        return true;
+    return false;
   }
   // A name: a word or a double-quoted identifier.
   bool isName() const { return kind == Kind::Word || kind == Kind::Quoted; }

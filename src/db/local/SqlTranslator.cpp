@@ -121,6 +121,13 @@ size_t afterGroup(const std::vector<SqlToken>& t, size_t i, size_t end) {
   return NoEnd;
 }
 
+// The first token from `from` to `end` that is word outside any parentheses; end when none is.
+size_t atTopLevel(const std::vector<SqlToken>& t, size_t from, size_t end, QStringView word) {
+  for (int depth = 0; from < end && !(depth == 0 && t[from].is(word)); ++from)
+    depth += t[from].is(u"(") ? 1 : t[from].is(u")") ? -1 : 0;
+  return from;
+}
+
 // Past one operand of an operator: a literal, a name, a call, a CASE or a parenthesised
 // expression; NoEnd when none starts at i.
 size_t afterPrimary(const std::vector<SqlToken>& t, size_t i, size_t end) {
@@ -1028,9 +1035,7 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
       const size_t close = afterGroup(t, i, end);
       if (close == NoEnd)
         throw OraError(907, QStringLiteral("missing right parenthesis"));
-      size_t as = i + 1;
-      for (int depth = 0; as + 1 < close && !(depth == 0 && t[as].is(u"AS")); ++as)
-        depth += t[as].is(u"(") ? 1 : t[as].is(u")") ? -1 : 0;
+      const size_t as = atTopLevel(t, i + 1, close - 1, u"AS");
       if (as == i + 1 || !t[as].is(u"AS"))
         throw OraError(905, QStringLiteral("missing keyword"));
       const QString cast = QStringLiteral("dbsweep_cast(%1, %2)")
@@ -1041,9 +1046,7 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
     // DUMP of a text literal or a CHAR column shows Oracle's type code of fixed-length text.
     if (upper == u"DUMP" && next(0).is(u"(")) {
       const size_t close = afterGroup(t, i, end);
-      size_t first = i + 1;
-      for (int depth = 0; close != NoEnd && first + 1 < close && !(depth == 0 && t[first].is(u",")); ++first)
-        depth += t[first].is(u"(") ? 1 : t[first].is(u")") ? -1 : 0;
+      const size_t first = close == NoEnd ? i + 1 : atTopLevel(t, i + 1, close - 1, u",");
       const bool literal = first == i + 2 && t[i + 1].kind == SqlToken::Kind::String;
       const auto fixedLength = [&] {
         const QString declared = QueryBlock::isColumn(t, i + 1, first) ? declaredType(t, i + 1, first) : QString();
@@ -1067,9 +1070,7 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
     // TRIM([LEADING | TRAILING | BOTH] [character] FROM text)
     if (upper == u"TRIM" && next(0).is(u"(")) {
       const size_t close = afterGroup(t, i, end);
-      size_t from = i + 1;
-      for (int depth = 0; close != NoEnd && from + 1 < close && !(depth == 0 && t[from].is(u"FROM")); ++from)
-        depth += t[from].is(u"(") ? 1 : t[from].is(u")") ? -1 : 0;
+      const size_t from = close == NoEnd ? i + 1 : atTopLevel(t, i + 1, close - 1, u"FROM");
       if (close != NoEnd && from + 1 < close && t[from].is(u"FROM")) {
         size_t set = i + 1;
         QString mode = QStringLiteral("BOTH");

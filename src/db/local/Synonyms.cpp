@@ -74,16 +74,10 @@ std::optional<Object> synonymTarget(sqlite3* db, const QString& user, const QStr
   return follow(db, at, entry);
 }
 
-bool isOneOf(const SqlToken& t, std::initializer_list<QStringView> words) {
-  for (QStringView w : words)
-    if (t.is(w))
-      return true;
-  return false;
-}
 
 // Words that end a FROM list at their depth.
 bool endsFromList(const SqlToken& t) {
-  return isOneOf(t, {u"WHERE",     u"GROUP",     u"HAVING", u"ORDER",   u"CONNECT", u"START",  u"UNION",
+  return t.isOneOf({u"WHERE",     u"GROUP",     u"HAVING", u"ORDER",   u"CONNECT", u"START",  u"UNION",
                      u"INTERSECT", u"MINUS",     u"FETCH",  u"OFFSET",  u"FOR",     u"SELECT", u"SET",
                      u"VALUES",    u"RETURNING", u"PIVOT",  u"UNPIVOT", u"MODEL",   u"WINDOW"});
 }
@@ -91,7 +85,7 @@ bool endsFromList(const SqlToken& t) {
 // Words that may follow a table's name where an alias could stand.
 bool followsName(const SqlToken& t) {
   return endsFromList(t) ||
-         isOneOf(t, {u"FROM", u"JOIN", u"INNER", u"LEFT", u"RIGHT", u"FULL", u"CROSS", u"NATURAL", u"OUTER", u"ON",
+         t.isOneOf({u"FROM", u"JOIN", u"INNER", u"LEFT", u"RIGHT", u"FULL", u"CROSS", u"NATURAL", u"OUTER", u"ON",
                      u"USING", u"PARTITION", u"SAMPLE", u"WITH", u"LOG", u"WHEN", u"THEN", u"ELSE"});
 }
 

@@ -5,17 +5,6 @@
 
 using namespace Plsql;
 
-namespace {
-
-bool isOneOf(const SqlToken& t, std::initializer_list<QStringView> words) {
-  for (QStringView w : words)
-    if (t.is(w))
-      return true;
-  return false;
-}
-
-} // namespace
-
 void PlsqlParser::compileError(const std::vector<SqlToken>& tokens, const QString& sql, size_t at,
                                const QString& error) {
   const SqlToken& t = tokens[std::min(at, tokens.size() - 1)];
@@ -58,7 +47,7 @@ std::unique_ptr<Block> PlsqlParser::block() {
 
 void PlsqlParser::declarations(Block& b) {
   while (!peek().is(u"BEGIN")) {
-    if (isOneOf(peek(), {u"TYPE", u"SUBTYPE", u"PROCEDURE", u"FUNCTION", u"PRAGMA"}))
+    if (peek().isOneOf({u"TYPE", u"SUBTYPE", u"PROCEDURE", u"FUNCTION", u"PRAGMA"}))
       unsupported();
     Declaration d;
     d.at = m_pos;
@@ -119,12 +108,12 @@ Type PlsqlParser::type(Declaration& d) {
     t.kind = Type::Kind::Boolean;
     return t;
   }
-  if (isOneOf(word, {u"PLS_INTEGER", u"BINARY_INTEGER", u"SIMPLE_INTEGER", u"NATURAL", u"POSITIVE"})) {
+  if (word.isOneOf({u"PLS_INTEGER", u"BINARY_INTEGER", u"SIMPLE_INTEGER", u"NATURAL", u"POSITIVE"})) {
     ++m_pos;
     t.kind = Type::Kind::Integer;
     return t;
   }
-  if (isOneOf(word, {u"VARCHAR2", u"VARCHAR", u"CHAR", u"CHARACTER", u"NVARCHAR2", u"NCHAR", u"STRING"})) {
+  if (word.isOneOf({u"VARCHAR2", u"VARCHAR", u"CHAR", u"CHARACTER", u"NVARCHAR2", u"NCHAR", u"STRING"})) {
     ++m_pos;
     t.kind = Type::Kind::Text;
     t.fixed = word.is(u"CHAR") || word.is(u"CHARACTER") || word.is(u"NCHAR");
@@ -173,7 +162,7 @@ Type PlsqlParser::type(Declaration& d) {
 
 Statements PlsqlParser::statements(std::initializer_list<QStringView> stops) {
   Statements list;
-  while (!isOneOf(peek(), stops)) {
+  while (!peek().isOneOf(stops)) {
     if (peek().kind == SqlToken::Kind::End)
       unexpected();
     list.push_back(statement());
@@ -187,7 +176,7 @@ std::unique_ptr<Statement> PlsqlParser::statement() {
   auto s = std::make_unique<Statement>();
   s->at = m_pos;
   const SqlToken& word = peek();
-  if (word.is(u"<<") || word.is(u"<") || isOneOf(word, {u"CASE", u"FORALL", u"GOTO", u"PIPE"}))
+  if (word.is(u"<<") || word.is(u"<") || word.isOneOf({u"CASE", u"FORALL", u"GOTO", u"PIPE"}))
     unsupported();
   if (accept(u"NULL")) {
     s->kind = Statement::Kind::Null;
@@ -206,7 +195,7 @@ std::unique_ptr<Statement> PlsqlParser::statement() {
     s->kind = Statement::Kind::Loop;
     loopBody(*s);
     return s;
-  } else if (isOneOf(word, {u"OPEN", u"FETCH", u"CLOSE"}) && peek(1).isName()) {
+  } else if (word.isOneOf({u"OPEN", u"FETCH", u"CLOSE"}) && peek(1).isName()) {
     s->kind = word.is(u"OPEN")    ? Statement::Kind::Open
               : word.is(u"FETCH") ? Statement::Kind::Fetch
                                   : Statement::Kind::Close;
@@ -234,7 +223,7 @@ std::unique_ptr<Statement> PlsqlParser::statement() {
     s->kind = Statement::Kind::Nested;
     s->block = block();
     return s;
-  } else if (isOneOf(word, {u"SELECT", u"WITH", u"INSERT", u"UPDATE", u"DELETE", u"MERGE", u"COMMIT", u"ROLLBACK",
+  } else if (word.isOneOf({u"SELECT", u"WITH", u"INSERT", u"UPDATE", u"DELETE", u"MERGE", u"COMMIT", u"ROLLBACK",
                             u"SAVEPOINT", u"LOCK", u"SET"})) {
     sqlStatement(*s);
   } else if (word.is(u"EXECUTE") && peek(1).is(u"IMMEDIATE")) {
@@ -245,7 +234,7 @@ std::unique_ptr<Statement> PlsqlParser::statement() {
       s->name = name();
   } else if (accept(u"RETURN")) {
     s->kind = Statement::Kind::Return;
-  } else if (word.isName() && !isOneOf(word, {u"CREATE", u"ALTER", u"DROP", u"TRUNCATE", u"GRANT", u"REVOKE",
+  } else if (word.isName() && !word.isOneOf({u"CREATE", u"ALTER", u"DROP", u"TRUNCATE", u"GRANT", u"REVOKE",
                                               u"COMMENT", u"RENAME", u"END", u"ELSE", u"ELSIF", u"WHEN", u"THEN"})) {
     if (peek(1).is(u":=") || (peek(1).is(u".") && peek(3).is(u":="))) {
       s->kind = Statement::Kind::Assign;
@@ -407,9 +396,9 @@ Range PlsqlParser::until(std::initializer_list<QStringView> stops) {
   int depth = 0, cases = 0;
   for (;; ++m_pos) {
     const SqlToken& t = peek();
-    if (t.kind == SqlToken::Kind::End || (depth == 0 && t.is(u";") && !isOneOf(t, stops)))
+    if (t.kind == SqlToken::Kind::End || (depth == 0 && t.is(u";") && !t.isOneOf(stops)))
       unexpected();
-    if (depth == 0 && cases == 0 && isOneOf(t, stops))
+    if (depth == 0 && cases == 0 && t.isOneOf(stops))
       return {begin, m_pos};
     if (t.is(u"("))
       ++depth;
