@@ -671,6 +671,13 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
     i = after;
     return QStringLiteral("dbsweep_compare(%1, %2) %3 0").arg(left, right, token(t, o, end));
   }
+  if (mixesCharAndVarchar(t, i, op, after)) {
+    const QString left = translate(t, i, op);
+    const QString right = translate(t, op + 1, after);
+    size_t o = op;
+    i = after;
+    return QStringLiteral("%1 %2 %3 COLLATE BINARY").arg(left, token(t, o, end), right);
+  }
   const bool textLeft = isTextLiteral(t, i, op);
   const bool textRight = isTextLiteral(t, op + 1, after);
   const bool numberLeft = isNumberLiteral(t, i, op);
@@ -713,6 +720,20 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   size_t o = op;
   i = after;
   return (literalLeft ? literal : other) + u' ' + token(t, o, end) + u' ' + (literalLeft ? other : literal);
+}
+
+// Oracle ignores trailing blanks only when both sides are CHAR (or text literals): a CHAR column
+// compared with a VARCHAR2 one compares as written, where the CHAR column's RTRIM collation
+// would make 'a  ' equal 'a'.
+bool SqlTranslator::mixesCharAndVarchar(const std::vector<SqlToken>& t, size_t begin, size_t op, size_t end) const {
+  const auto blankPadded = [](const QString& type) { return type.startsWith(u"CHAR") || type.startsWith(u"NCHAR"); };
+  if (!QueryBlock::isColumn(t, begin, op) || !QueryBlock::isColumn(t, op + 1, end))
+    return false;
+  const QString left = declaredType(t, begin, op);
+  if (!isTextType(left))
+    return false;
+  const QString right = declaredType(t, op + 1, end);
+  return isTextType(right) && blankPadded(left) != blankPadded(right);
 }
 
 // "x op ANY|SOME|ALL (...)".

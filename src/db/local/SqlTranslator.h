@@ -66,6 +66,7 @@ private:
   std::optional<QString> literalOperands(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
   std::optional<QString> quantified(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
   std::optional<QString> comparison(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
+  bool mixesCharAndVarchar(const std::vector<SqlToken>& t, size_t begin, size_t op, size_t end) const;
   std::optional<QString> arithmetic(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
   QString term(const std::vector<SqlToken>& t, size_t begin, size_t end, bool numeric) const;
   bool isTextValue(const std::vector<SqlToken>& t, size_t begin, size_t end) const;
