@@ -19,6 +19,7 @@
 #include "db/local/OrderedAggregates.h"
 #include "db/local/Privileges.h"
 #include "db/local/RowLocks.h"
+#include "db/local/RownumLimits.h"
 #include "db/local/SessionContext.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/TokenCursor.h"
@@ -232,6 +233,7 @@ void LocalConnection::registerFunctions() {
   HierarchicalQueries::registerFunctions(m_db);
   SessionContext::registerAll(m_db, this);
   OrderedAggregates::registerFunctions(m_db);
+  RownumLimits::registerFunctions(m_db);
   DictionaryViews::registerFunctions(m_db, &m_settings);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);

@@ -436,7 +436,7 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     for (size_t k = begin; k < end; ++k)
       if (t[k].is(u"SELECT"))
         GroupingCheck::check(t, k, end);
-    const auto limited = RownumLimits::rewrite(t, begin, end);
+    const auto limited = RownumLimits::rewrite(t, begin, end, m_statement);
     SqlTranslator inner(*this);
     inner.m_rownumDone = true;
     return inner.translate(limited, 0, limited.size());
