@@ -164,6 +164,9 @@ private Q_SLOTS:
     system->ExecuteSQL("grant delete any table to newbie");
     QCOMPARE(runs("delete from sales.prices"), 0);
     newbie->ExecuteSQL("rollback");
+    QCOMPARE(errorOf([&] { rowsOf(*newbie, "select sales.tickets.nextval from dual"); }), 2289);
+    system->ExecuteSQL("grant select any sequence to newbie");
+    QCOMPARE(rowsOf(*newbie, "select sales.tickets.nextval from dual"), QStringList({"3"}));
     // The roles as Oracle 19c defines them.
     QCOMPARE(rowsOf(*m_clerk, "select privilege from session_privs order by 1"),
              QStringList({"CREATE CLUSTER", "CREATE INDEXTYPE", "CREATE OPERATOR", "CREATE PROCEDURE",

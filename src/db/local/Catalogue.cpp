@@ -62,7 +62,8 @@ ALTER TABLE CAT.sequences ADD COLUMN order_flag TEXT NOT NULL DEFAULT 'N';
     // Object privileges gain their grantor; the users, who could do everything CONNECT and
     // RESOURCE allow before system privileges were kept, are given those roles.
     if (!privilegesCurrent())
-      sqliteExec(db, tabPrivs(QStringLiteral("CAT.tab_privs_kept")) + QLatin1String(SystemPrivileges) + QStringLiteral(R"(
+      sqliteExec(db,
+                 tabPrivs(QStringLiteral("CAT.tab_privs_kept")) + QLatin1String(SystemPrivileges) + QStringLiteral(R"(
 INSERT INTO CAT.tab_privs_kept(grantee, owner, table_name, privilege, grantor)
   SELECT grantee, owner, table_name, privilege, owner FROM CAT.tab_privs;
 DROP TABLE CAT.tab_privs;

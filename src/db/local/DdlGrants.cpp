@@ -11,13 +11,24 @@ const QString InsufficientPrivileges = QStringLiteral("insufficient privileges")
 
 // The object privileges of Oracle; those the engine has no use for are refused, not ignored.
 bool isObjectPrivilege(const QString& name) {
-  static const QStringList names = {
-      QStringLiteral("ALTER"),           QStringLiteral("DEBUG"),         QStringLiteral("DELETE"),
-      QStringLiteral("EXECUTE"),         QStringLiteral("FLASHBACK"),     QStringLiteral("INDEX"),
-      QStringLiteral("INHERIT PRIVILEGES"), QStringLiteral("INSERT"),     QStringLiteral("KEEP SEQUENCE"),
-      QStringLiteral("ON COMMIT REFRESH"), QStringLiteral("QUERY REWRITE"), QStringLiteral("READ"),
-      QStringLiteral("REFERENCES"),      QStringLiteral("SELECT"),        QStringLiteral("UNDER"),
-      QStringLiteral("UPDATE"),          QStringLiteral("WRITE"),         QStringLiteral("USE")};
+  static const QStringList names = {QStringLiteral("ALTER"),
+                                    QStringLiteral("DEBUG"),
+                                    QStringLiteral("DELETE"),
+                                    QStringLiteral("EXECUTE"),
+                                    QStringLiteral("FLASHBACK"),
+                                    QStringLiteral("INDEX"),
+                                    QStringLiteral("INHERIT PRIVILEGES"),
+                                    QStringLiteral("INSERT"),
+                                    QStringLiteral("KEEP SEQUENCE"),
+                                    QStringLiteral("ON COMMIT REFRESH"),
+                                    QStringLiteral("QUERY REWRITE"),
+                                    QStringLiteral("READ"),
+                                    QStringLiteral("REFERENCES"),
+                                    QStringLiteral("SELECT"),
+                                    QStringLiteral("UNDER"),
+                                    QStringLiteral("UPDATE"),
+                                    QStringLiteral("WRITE"),
+                                    QStringLiteral("USE")};
   return names.contains(name);
 }
 
@@ -104,8 +115,8 @@ void DdlRunner::grantObject(bool revoke, QStringList privileges, const QString& 
                             const QStringList& grantees, bool grantOption) {
   static const QStringList usable = {QStringLiteral("SELECT"), QStringLiteral("INSERT"), QStringLiteral("UPDATE"),
                                      QStringLiteral("DELETE")};
-  const bool all = privileges == QStringList{QStringLiteral("ALL")} ||
-                   privileges == QStringList{QStringLiteral("ALL PRIVILEGES")};
+  const bool all =
+      privileges == QStringList{QStringLiteral("ALL")} || privileges == QStringList{QStringLiteral("ALL PRIVILEGES")};
   if (all)
     privileges = usable;
   const auto type = objectType(owner, object);
@@ -172,8 +183,7 @@ void DdlRunner::grantObject(bool revoke, QStringList privileges, const QString& 
 
 // System privileges and roles, granted by a DBA or by a holder of them WITH ADMIN OPTION.
 // Taking one back takes nothing its grantee granted with it.
-void DdlRunner::grantSystem(bool revoke, const QStringList& privileges, const QStringList& grantees,
-                            bool adminOption) {
+void DdlRunner::grantSystem(bool revoke, const QStringList& privileges, const QStringList& grantees, bool adminOption) {
   sqlite3* db = m_c.db();
   for (const QString& p : privileges) {
     const bool role = Privileges::isRole(p);

@@ -482,8 +482,7 @@ void DdlRunner::dropUser() {
           "DELETE FROM CAT.indexes WHERE owner = ?1 OR table_owner = ?1", "DELETE FROM CAT.comments WHERE owner = ?1",
           "DELETE FROM CAT.columns WHERE owner = ?1", "DELETE FROM CAT.tables WHERE owner = ?1",
           "DELETE FROM CAT.views WHERE owner = ?1", "DELETE FROM CAT.sequences WHERE owner = ?1",
-          "DELETE FROM CAT.objects WHERE owner = ?1",
-          "DELETE FROM CAT.tab_privs WHERE ?1 IN (grantee, owner, grantor)",
+          "DELETE FROM CAT.objects WHERE owner = ?1", "DELETE FROM CAT.tab_privs WHERE ?1 IN (grantee, owner, grantor)",
           "DELETE FROM CAT.sys_privs WHERE grantee = ?1", "DELETE FROM CAT.role_privs WHERE grantee = ?1",
           "DELETE FROM CAT.users WHERE username = ?1"})
       sqliteExec(db, QString::fromLatin1(sql), {user});

@@ -117,7 +117,7 @@ void DdlRunner::requireAccess(const QString& owner) const {
 
 void DdlRunner::requireCreate(const QString& owner, const QString& kind) const {
   if (owner == m_c.user())
-    m_c.requireSystemPrivilege(QStringLiteral("CREATE ") + kind);
+    m_c.requireSystemPrivilege(QString(QStringLiteral("CREATE ") + kind));
   else
     requireAccess(owner);
 }

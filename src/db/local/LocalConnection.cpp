@@ -3,8 +3,8 @@
 #include "db/local/OracleFunctions.h"
 #include "db/local/SessionContext.h"
 
-#include "db/local/Catalogue.h"
 #include "db/local/CastFunction.h"
+#include "db/local/Catalogue.h"
 #include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/DecimalAggregates.h"
@@ -122,9 +122,10 @@ qint64 takeNext(LocalConnection* c, const QString& owner, const QString& name) {
     SqliteStmt s(side, QStringLiteral("SELECT last_number, increment_by, min_value, max_value, cycle_flag FROM "
                                       "CAT.sequences WHERE owner = ?1 AND sequence_name = ?2"));
     s.bindAll({owner, name});
-    // Another schema's sequence is there only for those granted SELECT on it.
+    // Another schema's sequence is there only for those granted SELECT on it or on any.
     const bool granted =
-        owner == c->user() || c->isDba() ||
+        owner == c->user() ||
+        Privileges::holdsSystem(side, c->user(), c->isDba(), QStringLiteral("SELECT ANY SEQUENCE")) ||
         sqliteValue(side,
                     QStringLiteral("SELECT 1 FROM CAT.tab_privs WHERE grantee IN (?1, 'PUBLIC') AND owner = ?2 AND "
                                    "table_name = ?3 AND privilege = 'SELECT'"),
@@ -369,8 +370,8 @@ SqlTranslator LocalConnection::translator(bool binds) {
   return SqlTranslator(context);
 }
 
-void LocalConnection::requireSystemPrivilege(const QString& privilege) const {
-  if (!Privileges::holdsSystem(m_db, m_logon.user, m_logon.dba, privilege))
+void LocalConnection::requireSystemPrivilege(QStringView privilege) const {
+  if (!Privileges::holdsSystem(m_db, m_logon.user, m_logon.dba, privilege.toString()))
     throw OraError(1031, QStringLiteral("insufficient privileges"));
 }
 

@@ -86,7 +86,7 @@ public:
   QHash<QString, qint64>& currentValues() { return m_currval; }
   // ORA-01031 unless the session holds the system privilege ("CREATE TABLE",
   // "CREATE PUBLIC SYNONYM" ...), directly, through a role or as a DBA.
-  void requireSystemPrivilege(const QString& privilege) const;
+  void requireSystemPrivilege(QStringView privilege) const;
   // Whether the session may use owner's table for privilege (SELECT, INSERT, UPDATE, DELETE):
   // its own tables and, for a DBA or a holder of privilege ANY TABLE, every table; others only
   // as granted to it or to PUBLIC.

@@ -12,10 +12,10 @@ const QStringList& connectRole() {
 }
 
 const QStringList& resourceRole() {
-  static const QStringList privileges{
-      QStringLiteral("CREATE TABLE"),   QStringLiteral("CREATE SEQUENCE"),  QStringLiteral("CREATE PROCEDURE"),
-      QStringLiteral("CREATE TRIGGER"), QStringLiteral("CREATE TYPE"),      QStringLiteral("CREATE CLUSTER"),
-      QStringLiteral("CREATE INDEXTYPE"), QStringLiteral("CREATE OPERATOR")};
+  static const QStringList privileges{QStringLiteral("CREATE TABLE"),     QStringLiteral("CREATE SEQUENCE"),
+                                      QStringLiteral("CREATE PROCEDURE"), QStringLiteral("CREATE TRIGGER"),
+                                      QStringLiteral("CREATE TYPE"),      QStringLiteral("CREATE CLUSTER"),
+                                      QStringLiteral("CREATE INDEXTYPE"), QStringLiteral("CREATE OPERATOR")};
   return privileges;
 }
 
@@ -85,9 +85,7 @@ const char* const RoleGrants = "SELECT grantee, granted_role, admin_option FROM 
 
 bool isSystemPrivilege(const QString& name) { return systemPrivileges().contains(name); }
 
-bool isRole(const QString& name) {
-  return name == u"CONNECT" || name == u"RESOURCE" || name == u"DBA";
-}
+bool isRole(const QString& name) { return name == u"CONNECT" || name == u"RESOURCE" || name == u"DBA"; }
 
 bool holdsSystem(sqlite3* db, const QString& user, bool dba, const QString& privilege) {
   if (dba)
@@ -110,16 +108,16 @@ void installViews(sqlite3* db, const QString& user, bool dba) {
       QStringLiteral("SELECT privilege FROM CAT.sys_privs WHERE grantee IN (%1, 'PUBLIC') UNION SELECT r.privilege "
                      "FROM (%2) r JOIN (%3) g ON g.granted_role = r.role WHERE g.grantee IN (%1, 'PUBLIC')")
           .arg(me, roleRows(), QLatin1String(RoleGrants));
-  QString sql = QStringLiteral(
-                    "CREATE TEMP VIEW \"USER_SYS_PRIVS\" AS SELECT grantee AS \"USERNAME\", privilege AS "
-                    "\"PRIVILEGE\", admin_option AS \"ADMIN_OPTION\", 'NO' AS \"COMMON\", 'NO' AS \"INHERITED\" "
-                    "FROM CAT.sys_privs WHERE grantee IN (%1, 'PUBLIC');\n"
-                    "CREATE TEMP VIEW \"USER_ROLE_PRIVS\" AS SELECT grantee AS \"USERNAME\", granted_role AS "
-                    "\"GRANTED_ROLE\", admin_option AS \"ADMIN_OPTION\", 'NO' AS \"DELEGATE_OPTION\", 'YES' AS "
-                    "\"DEFAULT_ROLE\", 'NO' AS \"COMMON\", 'NO' AS \"INHERITED\" FROM (%2) WHERE grantee IN (%1, "
-                    "'PUBLIC');\n"
-                    "CREATE TEMP VIEW \"SESSION_PRIVS\" AS SELECT privilege AS \"PRIVILEGE\" FROM (%3);\n")
-                    .arg(me, QLatin1String(RoleGrants), held);
+  QString sql =
+      QStringLiteral("CREATE TEMP VIEW \"USER_SYS_PRIVS\" AS SELECT grantee AS \"USERNAME\", privilege AS "
+                     "\"PRIVILEGE\", admin_option AS \"ADMIN_OPTION\", 'NO' AS \"COMMON\", 'NO' AS \"INHERITED\" "
+                     "FROM CAT.sys_privs WHERE grantee IN (%1, 'PUBLIC');\n"
+                     "CREATE TEMP VIEW \"USER_ROLE_PRIVS\" AS SELECT grantee AS \"USERNAME\", granted_role AS "
+                     "\"GRANTED_ROLE\", admin_option AS \"ADMIN_OPTION\", 'NO' AS \"DELEGATE_OPTION\", 'YES' AS "
+                     "\"DEFAULT_ROLE\", 'NO' AS \"COMMON\", 'NO' AS \"INHERITED\" FROM (%2) WHERE grantee IN (%1, "
+                     "'PUBLIC');\n"
+                     "CREATE TEMP VIEW \"SESSION_PRIVS\" AS SELECT privilege AS \"PRIVILEGE\" FROM (%3);\n")
+          .arg(me, QLatin1String(RoleGrants), held);
   if (dba)
     sql += QStringLiteral("CREATE TEMP VIEW \"DBA_SYS_PRIVS\" AS SELECT grantee AS \"GRANTEE\", privilege AS "
                           "\"PRIVILEGE\", admin_option AS \"ADMIN_OPTION\", 'NO' AS \"COMMON\", 'NO' AS "

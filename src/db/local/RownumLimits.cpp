@@ -87,9 +87,7 @@ qint64& passedCount(sqlite3_value** argv) {
 }
 
 // dbsweep_rownum_next(statement, filter): the number the row being filtered would get.
-void nextRownum(sqlite3_context* ctx, int, sqlite3_value** argv) {
-  sqlite3_result_int64(ctx, passedCount(argv) + 1);
-}
+void nextRownum(sqlite3_context* ctx, int, sqlite3_value** argv) { sqlite3_result_int64(ctx, passedCount(argv) + 1); }
 
 // dbsweep_rownum_pass(statement, filter, condition): whether the row passes, counting it if so.
 void passRownum(sqlite3_context* ctx, int, sqlite3_value** argv) {
@@ -123,9 +121,9 @@ public:
         out.push_back(m_t[close]);
         i = close + 1;
       } else if (m_filter > 0 && m_t[i].is(u"ROWNUM")) {
-        for (const SqlToken& k : {word(QStringLiteral("dbsweep_rownum_next")), sym(QStringLiteral("(")),
-                                  number(m_statement), sym(QStringLiteral(",")), number(m_filter),
-                                  sym(QStringLiteral(")"))})
+        for (const SqlToken& k :
+             {word(QStringLiteral("dbsweep_rownum_next")), sym(QStringLiteral("(")), number(m_statement),
+              sym(QStringLiteral(",")), number(m_filter), sym(QStringLiteral(")"))})
           out.push_back(k);
         ++i;
       } else {
@@ -144,9 +142,9 @@ private:
     if (m_depth > 0)
       throw OraError(3001, QStringLiteral("unimplemented feature"));
     const int saved = std::exchange(m_filter, ++m_filters);
-    for (const SqlToken& k : {word(QStringLiteral("dbsweep_rownum_pass")), sym(QStringLiteral("(")),
-                              number(m_statement), sym(QStringLiteral(",")), number(m_filter),
-                              sym(QStringLiteral(",")), sym(QStringLiteral("("))})
+    for (const SqlToken& k :
+         {word(QStringLiteral("dbsweep_rownum_pass")), sym(QStringLiteral("(")), number(m_statement),
+          sym(QStringLiteral(",")), number(m_filter), sym(QStringLiteral(",")), sym(QStringLiteral("("))})
       out.push_back(k);
     for (size_t k = 0; k < conditions.size(); ++k) {
       if (k > 0)
@@ -320,10 +318,8 @@ std::vector<SqlToken> rewrite(const std::vector<SqlToken>& tokens, size_t begin,
 }
 
 void registerFunctions(sqlite3* db) {
-  sqlite3_create_function_v2(db, "dbsweep_rownum_next", 2, SQLITE_UTF8, nullptr, nextRownum, nullptr, nullptr,
-                             nullptr);
-  sqlite3_create_function_v2(db, "dbsweep_rownum_pass", 3, SQLITE_UTF8, nullptr, passRownum, nullptr, nullptr,
-                             nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_rownum_next", 2, SQLITE_UTF8, nullptr, nextRownum, nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(db, "dbsweep_rownum_pass", 3, SQLITE_UTF8, nullptr, passRownum, nullptr, nullptr, nullptr);
 }
 
 } // namespace RownumLimits
