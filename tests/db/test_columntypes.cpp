@@ -93,6 +93,8 @@ private Q_SLOTS:
     QCOMPARE(ids("pairs.c <> pairs.v"), QStringList({"1"}));
     QCOMPARE(ids("c > v"), QStringList({"1"}));
     QCOMPARE(rowsOf(*m_db, "select count(*) from pairs p join pairs q on p.c = q.v"), QStringList({"1"}));
+    QCOMPARE(rowsOf(*m_db, "select count(*) from (select c cc from pairs) p, pairs q where p.cc = q.v"),
+             QStringList({"1"}));
     // CHAR against CHAR of another length, or a literal: padded.
     QCOMPARE(ids("c = w"), QStringList({"1"}));
     QCOMPARE(ids("c = 'b'"), QStringList({"2"}));

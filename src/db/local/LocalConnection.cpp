@@ -331,7 +331,7 @@ QString LocalConnection::schemaOf(const QString& owner) {
 
 SqlTranslator LocalConnection::translator(bool binds) {
   SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}, {},
-                                 binds};
+                                 binds, {}};
   context.hasColumn = [this](std::vector<SqlToken> item, const QString& column) {
     item.push_back(SqlToken{});
     try {
@@ -355,6 +355,20 @@ SqlTranslator LocalConnection::translator(bool binds) {
     } catch (const SqliteFailure&) {
       return std::nullopt; // a column of an outer query, or none at all
     }
+  };
+  context.charColumnNames = [this](const QStringList& names) {
+    QStringList marks;
+    QVariantList values;
+    for (const QString& n : names)
+      marks << QStringLiteral("?"), values << n;
+    SqliteStmt s(m_db, QStringLiteral("SELECT DISTINCT column_name FROM CAT.columns WHERE data_type IN ('CHAR', "
+                                      "'NCHAR') AND column_name IN (%1)")
+                           .arg(marks.join(u',')));
+    s.bindAll(values);
+    QSet<QString> found;
+    while (s.step())
+      found << s.text(0);
+    return found;
   };
   context.columnNames = [this](const QString& sql) -> std::optional<QStringList> {
     try {

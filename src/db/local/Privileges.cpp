@@ -65,8 +65,9 @@ const QStringList& systemPrivileges() {
 
 QString quoted(const QString& text) { return u'\'' + QString(text).replace(u'\'', QStringLiteral("''")) + u'\''; }
 
-// The privileges of the roles, as rows (role, privilege).
-QString roleRows() {
+// The privileges of the roles, as rows (role, privilege) of a table of the session: written
+// out in every view that reads them, they would make each statement's parse cost more.
+QString roleTable() {
   QStringList rows;
   for (const QString& p : connectRole())
     rows << QStringLiteral("('CONNECT', %1)").arg(quoted(p));
@@ -74,8 +75,12 @@ QString roleRows() {
     rows << QStringLiteral("('RESOURCE', %1)").arg(quoted(p));
   for (const QString& p : systemPrivileges())
     rows << QStringLiteral("('DBA', %1)").arg(quoted(p));
-  return QStringLiteral("SELECT column1 AS role, column2 AS privilege FROM (VALUES %1)").arg(rows.join(u", "));
+  return QStringLiteral("CREATE TEMP TABLE dbsweep_role_privileges(role TEXT, privilege TEXT);\n"
+                        "INSERT INTO temp.dbsweep_role_privileges VALUES %1;\n")
+      .arg(rows.join(u", "));
 }
+
+const char* const RolePrivileges = "SELECT role, privilege FROM temp.dbsweep_role_privileges";
 
 // The roles granted, DBA being the catalogue's flag of a user.
 const char* const RoleGrants = "SELECT grantee, granted_role, admin_option FROM CAT.role_privs UNION ALL "
@@ -107,8 +112,9 @@ void installViews(sqlite3* db, const QString& user, bool dba) {
   const QString held =
       QStringLiteral("SELECT privilege FROM CAT.sys_privs WHERE grantee IN (%1, 'PUBLIC') UNION SELECT r.privilege "
                      "FROM (%2) r JOIN (%3) g ON g.granted_role = r.role WHERE g.grantee IN (%1, 'PUBLIC')")
-          .arg(me, roleRows(), QLatin1String(RoleGrants));
+          .arg(me, QLatin1String(RolePrivileges), QLatin1String(RoleGrants));
   QString sql =
+      roleTable() +
       QStringLiteral("CREATE TEMP VIEW \"USER_SYS_PRIVS\" AS SELECT grantee AS \"USERNAME\", privilege AS "
                      "\"PRIVILEGE\", admin_option AS \"ADMIN_OPTION\", 'NO' AS \"COMMON\", 'NO' AS \"INHERITED\" "
                      "FROM CAT.sys_privs WHERE grantee IN (%1, 'PUBLIC');\n"
@@ -126,7 +132,7 @@ void installViews(sqlite3* db, const QString& user, bool dba) {
                           "CREATE TEMP VIEW \"DBA_ROLE_PRIVS\" AS SELECT grantee AS \"GRANTEE\", granted_role AS "
                           "\"GRANTED_ROLE\", admin_option AS \"ADMIN_OPTION\", 'NO' AS \"DELEGATE_OPTION\", 'YES' AS "
                           "\"DEFAULT_ROLE\", 'NO' AS \"COMMON\", 'NO' AS \"INHERITED\" FROM (%2);\n")
-               .arg(roleRows(), QLatin1String(RoleGrants));
+               .arg(QLatin1String(RolePrivileges), QLatin1String(RoleGrants));
   sqliteExec(db, sql);
 }
 

@@ -729,6 +729,25 @@ bool SqlTranslator::mixesCharAndVarchar(const std::vector<SqlToken>& t, size_t b
   const auto blankPadded = [](const QString& type) { return type.startsWith(u"CHAR") || type.startsWith(u"NCHAR"); };
   if (!QueryBlock::isColumn(t, begin, op) || !QueryBlock::isColumn(t, op + 1, end))
     return false;
+  // The dictionary tells more cheaply than probes that neither name is a CHAR column's, when no
+  // query of the statement's own (an inline view, WITH) can have given a column a new name.
+  const bool nested = std::count_if(t.begin(), t.end(), [](const SqlToken& k) { return k.is(u"SELECT"); }) > 1;
+  if (m_context.charColumnNames && !nested) {
+    if (!*m_charNames) {
+      QStringList names;
+      for (const SqlToken& k : t)
+        if (k.isName())
+          names << k.name();
+      const QSet<QString> chars = m_context.charColumnNames(names);
+      QHash<QString, bool> known;
+      for (const QString& n : std::as_const(names))
+        known.insert(n, chars.contains(n));
+      *m_charNames = known;
+    }
+    // A name the lookup did not see (one a rewrite brought in) is probed.
+    if (!(*m_charNames)->value(t[op - 1].name(), true) && !(*m_charNames)->value(t[end - 1].name(), true))
+      return false;
+  }
   const QString left = declaredType(t, begin, op);
   if (!isTextType(left))
     return false;
