@@ -65,6 +65,8 @@ private Q_SLOTS:
     QCOMPARE(text, QString("ORA-03001: unimplemented feature"));
     QCOMPARE(errorOf([&] { rows("select k from scores s where exists (select 1 from dual where rownum = s.k)"); }),
              3001);
+    QCOMPARE(errorOf([&] { rows("select sys_connect_by_path(name, rownum) from scores connect by prior k = k - 1"); }),
+             3001);
   }
 };
 
