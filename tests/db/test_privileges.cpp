@@ -156,6 +156,8 @@ private Q_SLOTS:
     QCOMPARE(runs("grant create table to auditor"), 0);
     QCOMPARE(runs("grant create view to auditor"), 1031);
     QCOMPARE(runs("grant create table to auditor with grant option"), 1939);
+    QCOMPARE(clerkRuns("grant select on sales.prices to auditor with admin option", &text), 993);
+    QCOMPARE(text, QString("ORA-00993: missing GRANT keyword"));
     // Reading or changing another schema's table without an object privilege on it.
     QCOMPARE(errorOf([&] { rowsOf(*newbie, "select k from sales.prices"); }), 942);
     system->ExecuteSQL("grant select any table to newbie");

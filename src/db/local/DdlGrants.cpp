@@ -187,6 +187,8 @@ void DdlRunner::grantSystem(bool revoke, const QStringList& privileges, const QS
   sqlite3* db = m_c.db();
   for (const QString& p : privileges) {
     const bool role = Privileges::isRole(p);
+    if (p == u"ALL PRIVILEGES")
+      throw OraError(3001, QStringLiteral("unimplemented feature"));
     if (!role && !Privileges::isSystemPrivilege(p)) {
       if (p.contains(u' '))
         throw OraError(990, QStringLiteral("missing or invalid privilege"));

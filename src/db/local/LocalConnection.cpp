@@ -3,8 +3,8 @@
 #include "db/local/OracleFunctions.h"
 #include "db/local/SessionContext.h"
 
-#include "db/local/CastFunction.h"
 #include "db/local/Catalogue.h"
+#include "db/local/CastFunction.h"
 #include "db/local/ColumnTypes.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/DecimalAggregates.h"

@@ -727,21 +727,24 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
 // would make 'a  ' equal 'a'.
 bool SqlTranslator::mixesCharAndVarchar(const std::vector<SqlToken>& t, size_t begin, size_t op, size_t end) const {
   const auto blankPadded = [](const QString& type) { return type.startsWith(u"CHAR") || type.startsWith(u"NCHAR"); };
-  if (!QueryBlock::isColumn(t, begin, op) || !QueryBlock::isColumn(t, op + 1, end))
+  if (m_probing || !QueryBlock::isColumn(t, begin, op) || !QueryBlock::isColumn(t, op + 1, end))
     return false;
   // The dictionary tells more cheaply than probes that neither name is a CHAR column's, when no
   // query of the statement's own (an inline view, WITH) can have given a column a new name.
   const bool nested = std::count_if(t.begin(), t.end(), [](const SqlToken& k) { return k.is(u"SELECT"); }) > 1;
   if (m_context.charColumnNames && !nested) {
     if (!*m_charNames) {
-      QStringList names;
+      QSet<QString> names;
       for (const SqlToken& k : t)
         if (k.isName())
           names << k.name();
-      const QSet<QString> chars = m_context.charColumnNames(names);
+      // A statement of very many names is probed rather than looked up in one go.
       QHash<QString, bool> known;
-      for (const QString& n : std::as_const(names))
-        known.insert(n, chars.contains(n));
+      if (names.size() <= 500) {
+        const QSet<QString> chars = m_context.charColumnNames(names.values());
+        for (const QString& n : std::as_const(names))
+          known.insert(n, chars.contains(n));
+      }
       *m_charNames = known;
     }
     // A name the lookup did not see (one a rewrite brought in) is probed.
