@@ -75,6 +75,7 @@ private Q_SLOTS:
     LocalEngine::createInstance(m_dir.filePath("inst"), "manager");
     auto system = LocalEngine::connect(m_dir.filePath("inst"), "system", "manager");
     system->execute("CREATE USER scott IDENTIFIED BY tiger");
+    system->execute("GRANT CREATE SESSION TO scott");
   }
 
   void firstStartOffersTheDemoLogon() {

@@ -79,7 +79,7 @@ private Q_SLOTS:
     auto system = LocalEngine::connect(Browser::folder(m), "system", "manager");
     for (const QString& user : {QString("shop"), QString("other")}) {
       system->execute("CREATE USER " + user + " IDENTIFIED BY pw");
-      system->execute("GRANT CONNECT, RESOURCE TO " + user);
+      system->execute("GRANT CONNECT, RESOURCE, CREATE VIEW TO " + user);
     }
     auto shop = LocalEngine::connect(Browser::folder(m), "SHOP", "pw");
     for (const QString& sql : ShopSchema)

@@ -53,7 +53,7 @@ private Q_SLOTS:
     auto system = LocalEngine::connect(Browser::folder(m), "system", "manager");
     for (const QString& user : {QString("sales"), QString("empty"), QString("other")}) {
       system->execute("CREATE USER " + user + " IDENTIFIED BY pw");
-      system->execute("GRANT CONNECT, RESOURCE TO " + user);
+      system->execute("GRANT CONNECT, RESOURCE, CREATE VIEW TO " + user);
     }
     auto sales = LocalEngine::connect(Browser::folder(m), "SALES", "pw");
     for (const QString& sql : SalesSchema)

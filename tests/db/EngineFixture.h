@@ -18,7 +18,7 @@ struct EngineFixture {
     LocalEngine::createInstance(folder, QStringLiteral("manager"));
     auto system = open(QStringLiteral("system"), QStringLiteral("manager"));
     system->ExecuteSQL(QStringLiteral("CREATE USER sales IDENTIFIED BY secret"));
-    system->ExecuteSQL(QStringLiteral("GRANT CONNECT, RESOURCE TO sales"));
+    system->ExecuteSQL(QStringLiteral("GRANT CONNECT, RESOURCE, CREATE VIEW, CREATE SYNONYM TO sales"));
   }
 
   std::shared_ptr<OraDatabase> open(const QString& user, const QString& password) const {

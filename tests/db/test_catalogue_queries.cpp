@@ -35,6 +35,7 @@ private Q_SLOTS:
     auto system = m_fx.open("system", "manager");
     system->ExecuteSQL("create user app identified by pw");
     system->ExecuteSQL("create user other identified by pw");
+    system->ExecuteSQL("grant connect, resource, create view to app, other");
     auto other = m_fx.open("other", "pw");
     QStringList wide;
     for (int c = 1; c <= 10; ++c)

@@ -80,6 +80,30 @@ private Q_SLOTS:
     QCOMPARE(column("code || '|'"), QStringList({"ab  |", "x   |"}));
   }
 
+  void charPadsOnlyAgainstCharOrLiterals() {
+    m_db->ExecuteSQL("create table pairs (id number, c char(3), v varchar2(3), w char(5))");
+    m_db->ExecuteSQL("insert into pairs values (1, 'a', 'a', 'a')");
+    m_db->ExecuteSQL("insert into pairs values (2, 'b', 'b  ', 'x')");
+    const auto ids = [&](const QString& condition) {
+      return rowsOf(*m_db, "select id from pairs where " + condition + " order by id");
+    };
+    // CHAR against VARCHAR2: the CHAR's blanks count.
+    QCOMPARE(ids("c = v"), QStringList({"2"}));
+    QCOMPARE(ids("v = c"), QStringList({"2"}));
+    QCOMPARE(ids("pairs.c <> pairs.v"), QStringList({"1"}));
+    QCOMPARE(ids("c > v"), QStringList({"1"}));
+    QCOMPARE(rowsOf(*m_db, "select count(*) from pairs p join pairs q on p.c = q.v"), QStringList({"1"}));
+    QCOMPARE(rowsOf(*m_db, "select count(*) from (select c cc from pairs) p, pairs q where p.cc = q.v"),
+             QStringList({"1"}));
+    // CHAR against CHAR of another length, or a literal: padded.
+    QCOMPARE(ids("c = w"), QStringList({"1"}));
+    QCOMPARE(ids("c = 'b'"), QStringList({"2"}));
+    // VARCHAR2 against a literal: as written.
+    QCOMPARE(ids("v = 'b'"), QStringList());
+    QCOMPARE(ids("v = 'b  '"), QStringList({"2"}));
+    m_db->ExecuteSQL("drop table pairs");
+  }
+
   void timestampsHoldTheirDigits() {
     m_db->ExecuteSQL("create table stamps (id number, ts timestamp, ms timestamp(3), tz timestamp with time zone)");
     const auto stamp = [&](const QString& values, QString* text = nullptr) {

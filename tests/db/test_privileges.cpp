@@ -1,5 +1,9 @@
 #include "EngineFixture.h"
 
+#include "db/local/Catalogue.h"
+
+#include <sqlite3.h>
+
 // Object privileges as Oracle keeps them: another schema's table is out of reach until its owner
 // or a DBA grants a privilege on it, to the user or to PUBLIC; each statement needs its own
 // privilege; the ALL_ views list what the session can reach, and only a DBA has DBA_ views.
@@ -9,6 +13,7 @@ class TestPrivileges final : public QObject {
   std::unique_ptr<EngineFixture> m_fx;
   std::shared_ptr<OraDatabase> m_sales;
   std::shared_ptr<OraDatabase> m_clerk;
+  std::shared_ptr<OraDatabase> m_auditor;
 
   int clerkRuns(const QString& sql, QString* text = nullptr) {
     return errorOf([&] { m_clerk->ExecuteSQL(sql); }, text);
@@ -22,14 +27,17 @@ private Q_SLOTS:
     m_fx = std::make_unique<EngineFixture>();
     auto system = m_fx->open("system", "manager");
     system->ExecuteSQL("create user clerk identified by c");
-    system->ExecuteSQL("grant connect, resource to clerk");
+    system->ExecuteSQL("create user auditor identified by a");
+    system->ExecuteSQL("grant connect, resource to clerk, auditor");
     m_sales = m_fx->sales();
     m_sales->ExecuteSQL("create table prices (k number, p number)");
     m_sales->ExecuteSQL("insert into prices values (1, 5)");
     m_sales->ExecuteSQL("create table hidden (k number)");
     m_clerk = m_fx->open("clerk", "c");
+    m_auditor = m_fx->open("auditor", "a");
   }
   void cleanupTestCase() {
+    m_auditor.reset();
     m_clerk.reset();
     m_sales.reset();
     m_fx.reset();
@@ -93,6 +101,114 @@ private Q_SLOTS:
     system->ExecuteSQL("revoke select on sales.hidden from clerk");
     QCOMPARE(clerkRuns("grant dba to clerk"), 1031);
     QCOMPARE(clerkRuns("alter system kill session '1,1'"), 1031);
+  }
+
+  void theGrantOptionPassesAPrivilegeOn() {
+    m_sales->ExecuteSQL("create table rates (k number)");
+    m_sales->ExecuteSQL("grant select, insert on rates to clerk with grant option");
+    m_sales->ExecuteSQL("grant update on rates to clerk");
+    QCOMPARE(clerkRuns("grant select on sales.rates to auditor"), 0);
+    QCOMPARE(rowsOf(*m_auditor, "select count(*) from sales.rates"), QStringList({"0"}));
+    // Only what the grantor holds with the option, and never to PUBLIC with it.
+    QCOMPARE(clerkRuns("grant update on sales.rates to auditor"), 1031);
+    QCOMPARE(clerkRuns("grant delete on sales.rates to auditor"), 1031);
+    QString text;
+    QCOMPARE(clerkRuns("grant select on sales.rates to public with grant option", &text), 1926);
+    QCOMPARE(text, QString("ORA-01926: cannot GRANT to a role WITH GRANT OPTION"));
+    QCOMPARE(clerkRuns("grant select on sales.rates to clerk", &text), 1749);
+    QCOMPARE(text, QString("ORA-01749: you may not GRANT/REVOKE privileges to/from yourself"));
+    // ALL: what the grantor may pass on.
+    QCOMPARE(clerkRuns("grant all on sales.rates to auditor with grant option"), 0);
+    QCOMPARE(errorOf([&] { m_auditor->ExecuteSQL("grant insert on sales.rates to sales"); }), 1749);
+    const QString privs = "select grantee || ' ' || grantor || ' ' || privilege || ' ' || grantable from %1 "
+                          "where table_name = 'RATES' order by 1";
+    const QStringList all{"AUDITOR CLERK INSERT YES", "AUDITOR CLERK SELECT YES", "CLERK SALES INSERT YES",
+                          "CLERK SALES SELECT YES", "CLERK SALES UPDATE NO"};
+    QCOMPARE(rowsOf(*m_sales, privs.arg("user_tab_privs")), all);
+    QCOMPARE(rowsOf(*m_clerk, privs.arg("all_tab_privs")), all);
+    QCOMPARE(rowsOf(*m_auditor, privs.arg("user_tab_privs")), all.mid(0, 2));
+    // Each grantor takes back only its own grants; the owner's revoke cascades through the clerk's.
+    QCOMPARE(errorOf([&] { m_auditor->ExecuteSQL("revoke update on sales.rates from clerk"); }), 1927);
+    m_sales->ExecuteSQL("revoke select, insert on rates from clerk");
+    QCOMPARE(rowsOf(*m_sales, privs.arg("user_tab_privs")), QStringList({"CLERK SALES UPDATE NO"}));
+    QCOMPARE(errorOf([&] { rowsOf(*m_auditor, "select * from sales.rates"); }), 942);
+    QCOMPARE(clerkRuns("revoke select on sales.rates from auditor"), 1927);
+    m_sales->ExecuteSQL("drop table rates");
+  }
+
+  void systemPrivilegesGovernWhatAUserMayDo() {
+    auto system = m_fx->open("system", "manager");
+    system->ExecuteSQL("create user newbie identified by n");
+    QString text;
+    QCOMPARE(errorOf([&] { m_fx->open("newbie", "n"); }, &text), 1045);
+    QCOMPARE(text, QString("ORA-01045: user NEWBIE lacks CREATE SESSION privilege; logon denied"));
+    system->ExecuteSQL("grant create session to newbie");
+    auto newbie = m_fx->open("newbie", "n");
+    const auto runs = [&](const QString& sql) { return errorOf([&] { newbie->ExecuteSQL(sql); }); };
+    QCOMPARE(runs("create table t (k number)"), 1031);
+    system->ExecuteSQL("grant create table, create sequence to newbie with admin option");
+    QCOMPARE(runs("create table t (k number)"), 0);
+    QCOMPARE(runs("create sequence s"), 0);
+    QCOMPARE(runs("create view v as select * from t"), 1031);
+    QCOMPARE(rowsOf(*newbie, "select privilege || ' ' || admin_option from user_sys_privs order by 1"),
+             QStringList({"CREATE SEQUENCE YES", "CREATE SESSION NO", "CREATE TABLE YES"}));
+    // A holder WITH ADMIN OPTION passes the privilege on, and nothing else.
+    QCOMPARE(runs("grant create table to auditor"), 0);
+    QCOMPARE(runs("grant create view to auditor"), 1031);
+    QCOMPARE(runs("grant create table to auditor with grant option"), 1939);
+    QCOMPARE(clerkRuns("grant select on sales.prices to auditor with admin option", &text), 993);
+    QCOMPARE(text, QString("ORA-00993: missing GRANT keyword"));
+    // Reading or changing another schema's table without an object privilege on it.
+    QCOMPARE(errorOf([&] { rowsOf(*newbie, "select k from sales.prices"); }), 942);
+    system->ExecuteSQL("grant select any table to newbie");
+    QCOMPARE(rowsOf(*newbie, "select k from sales.prices"), QStringList({"1"}));
+    QCOMPARE(runs("delete from sales.prices"), 1031);
+    system->ExecuteSQL("grant delete any table to newbie");
+    QCOMPARE(runs("delete from sales.prices"), 0);
+    newbie->ExecuteSQL("rollback");
+    QCOMPARE(errorOf([&] { rowsOf(*newbie, "select sales.tickets.nextval from dual"); }), 2289);
+    system->ExecuteSQL("grant select any sequence to newbie");
+    QCOMPARE(rowsOf(*newbie, "select sales.tickets.nextval from dual"), QStringList({"3"}));
+    // The roles as Oracle 19c defines them.
+    QCOMPARE(rowsOf(*m_clerk, "select privilege from session_privs order by 1"),
+             QStringList({"CREATE CLUSTER", "CREATE INDEXTYPE", "CREATE OPERATOR", "CREATE PROCEDURE",
+                          "CREATE SEQUENCE", "CREATE SESSION", "CREATE TABLE", "CREATE TRIGGER", "CREATE TYPE"}));
+    QCOMPARE(rowsOf(*system, "select privilege from dba_sys_privs where grantee = 'CONNECT'"),
+             QStringList({"CREATE SESSION"}));
+    QCOMPARE(rowsOf(*m_clerk, "select granted_role from user_role_privs order by 1"),
+             QStringList({"CONNECT", "RESOURCE"}));
+    QCOMPARE(runs("grant connect to auditor"), 1031);
+    QCOMPARE(errorOf([&] { system->ExecuteSQL("grant create nothing to newbie"); }, &text), 990);
+    QCOMPARE(text, QString("ORA-00990: missing or invalid privilege"));
+    QCOMPARE(errorOf([&] { system->ExecuteSQL("grant wizard to newbie"); }, &text), 1919);
+    QCOMPARE(text, QString("ORA-01919: role 'WIZARD' does not exist"));
+    QCOMPARE(errorOf([&] { system->ExecuteSQL("revoke create view from newbie"); }, &text), 1952);
+    QCOMPARE(text, QString("ORA-01952: system privileges not granted to 'NEWBIE'"));
+    QCOMPARE(errorOf([&] { system->ExecuteSQL("revoke connect from newbie"); }), 1951);
+    system->ExecuteSQL("revoke create session from newbie");
+    QCOMPARE(errorOf([&] { m_fx->open("newbie", "n"); }), 1045);
+    system->ExecuteSQL("revoke create table from auditor");
+  }
+
+  void aCatalogueOfAnEarlierVersionKeepsItsUsersAndGrants() {
+    EngineFixture fx;
+    fx.sales()->ExecuteSQL("create table kept (k number)");
+    fx.sales()->ExecuteSQL("grant select on kept to public");
+    // The catalogue as versions before grantors and system privileges made it.
+    sqlite3* catalogue = nullptr;
+    QCOMPARE(sqlite3_open(QString(fx.folder + "/" + Catalogue::FileName).toUtf8().constData(), &catalogue), SQLITE_OK);
+    QCOMPARE(sqlite3_exec(catalogue,
+                          "CREATE TABLE old(grantee TEXT, owner TEXT, table_name TEXT, privilege TEXT, PRIMARY "
+                          "KEY(grantee, owner, table_name, privilege)); INSERT INTO old SELECT grantee, owner, "
+                          "table_name, privilege FROM tab_privs; DROP TABLE tab_privs; ALTER TABLE old RENAME TO "
+                          "tab_privs; DROP TABLE sys_privs; DROP TABLE role_privs",
+                          nullptr, nullptr, nullptr),
+             SQLITE_OK);
+    sqlite3_close(catalogue);
+    auto sales = fx.sales();
+    sales->ExecuteSQL("create table made_after (k number)");
+    QCOMPARE(rowsOf(*sales, "select grantor || ' ' || grantee || ' ' || privilege from user_tab_privs"),
+             QStringList({"SALES PUBLIC SELECT"}));
   }
 
   void allViewsListWhatIsReachable() {

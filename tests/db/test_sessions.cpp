@@ -166,6 +166,7 @@ private Q_SLOTS:
     {
       auto system = fx.open("system", "manager");
       system->ExecuteSQL("create user temp identified by pw");
+      system->ExecuteSQL("grant connect, resource to temp");
       {
         auto temp = fx.open("temp", "pw");
         temp->ExecuteSQL("create table scratch (a number)");

@@ -55,6 +55,7 @@ private Q_SLOTS:
     sys->ExecuteSQL("create public synonym pt for sales.t");
     QCOMPARE(rows("select name from pt"), QStringList({"a"}));
     sys->ExecuteSQL("create user other identified by pw");
+    sys->ExecuteSQL("grant create session to other");
     auto other = m_fx->open(QStringLiteral("OTHER"), QStringLiteral("pw"));
     QCOMPARE(errorIn(*other, "select * from pt"), 942);
     QCOMPARE(errorIn(*other, "select * from sales.s"), 942);
@@ -65,6 +66,11 @@ private Q_SLOTS:
     QCOMPARE(errorOf([&] { other->ExecuteSQL("insert into t values (9, 'x')"); }), 942);
     QCOMPARE(rowsOf(*other, "select id from pt"), QStringList({"1"}));
     QCOMPARE(errorOf([&] { other->ExecuteSQL("delete from pt"); }), 1031);
+    // Creating one takes the system privilege for it, which RESOURCE does not hold.
+    QCOMPARE(errorOf([&] { other->ExecuteSQL("create synonym mine for sales.t"); }), 1031);
+    sys->ExecuteSQL("grant create synonym to other");
+    other->ExecuteSQL("create synonym mine for sales.t");
+    QCOMPARE(rowsOf(*other, "select id from mine"), QStringList({"1"}));
     QCOMPARE(error("drop public synonym pt"), 1031);
     sys->ExecuteSQL("drop public synonym pt");
     QCOMPARE(errorIn(*other, "select * from pt"), 942);

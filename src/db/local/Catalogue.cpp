@@ -24,6 +24,25 @@ QString schemaFile(const QString& folder, const QString& owner) {
   return folder + u'/' + owner + QStringLiteral(".schema");
 }
 
+namespace {
+
+// The object privileges granted, each by its grantor.
+QString tabPrivs(const QString& name) {
+  return QStringLiteral("CREATE TABLE %1(grantee TEXT, owner TEXT, table_name TEXT, privilege TEXT, grantor TEXT NOT "
+                        "NULL, grantable TEXT NOT NULL DEFAULT 'NO', PRIMARY KEY(grantee, owner, table_name, "
+                        "privilege, grantor));")
+      .arg(name);
+}
+
+// The system privileges and roles granted.
+const char* const SystemPrivileges = R"(
+CREATE TABLE CAT.sys_privs(grantee TEXT, privilege TEXT, admin_option TEXT NOT NULL, PRIMARY KEY(grantee, privilege));
+CREATE TABLE CAT.role_privs(grantee TEXT, granted_role TEXT, admin_option TEXT NOT NULL,
+  PRIMARY KEY(grantee, granted_role));
+)";
+
+} // namespace
+
 void upgrade(sqlite3* db) {
   const auto sequencesCurrent = [db] {
     return sqliteValue(db, QStringLiteral("SELECT 1 FROM pragma_table_info('sequences', 'CAT') WHERE name = "
@@ -39,15 +58,16 @@ void upgrade(sqlite3* db) {
   const auto synonymsCurrent = [db] {
     return sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.sqlite_master WHERE name = 'synonyms'")).isValid();
   };
-  if (sequencesCurrent() && identityCurrent() && synonymsCurrent())
+  const auto privilegesCurrent = [db] {
+    return sqliteValue(db, QStringLiteral("SELECT 1 FROM CAT.sqlite_master WHERE name = 'sys_privs'")).isValid();
+  };
+  if (sequencesCurrent() && identityCurrent() && synonymsCurrent() && privilegesCurrent())
     return;
   sqliteExec(db, QStringLiteral("BEGIN IMMEDIATE"));
   try {
     // Looked at again inside the transaction: another session may have just done it.
     if (!sequencesCurrent())
-      sqliteExec(db, QStringLiteral(R"(
-CREATE TABLE IF NOT EXISTS CAT.tab_privs(grantee TEXT, owner TEXT, table_name TEXT, privilege TEXT,
-  PRIMARY KEY(grantee, owner, table_name, privilege));
+      sqliteExec(db, tabPrivs(QStringLiteral("IF NOT EXISTS CAT.tab_privs")) + QStringLiteral(R"(
 ALTER TABLE CAT.sequences ADD COLUMN start_with INTEGER;
 ALTER TABLE CAT.sequences ADD COLUMN cache_size INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE CAT.sequences ADD COLUMN order_flag TEXT NOT NULL DEFAULT 'N';
@@ -56,6 +76,18 @@ ALTER TABLE CAT.sequences ADD COLUMN order_flag TEXT NOT NULL DEFAULT 'N';
       sqliteExec(db, QStringLiteral("ALTER TABLE CAT.columns ADD COLUMN identity TEXT"));
     if (!synonymsCurrent())
       sqliteExec(db, SynonymTables);
+    // Object privileges gain their grantor; the users, who could do everything CONNECT and
+    // RESOURCE allow before system privileges were kept, are given those roles.
+    if (!privilegesCurrent())
+      sqliteExec(db,
+                 tabPrivs(QStringLiteral("CAT.tab_privs_kept")) + QLatin1String(SystemPrivileges) + QStringLiteral(R"(
+INSERT INTO CAT.tab_privs_kept(grantee, owner, table_name, privilege, grantor)
+  SELECT grantee, owner, table_name, privilege, owner FROM CAT.tab_privs;
+DROP TABLE CAT.tab_privs;
+ALTER TABLE CAT.tab_privs_kept RENAME TO tab_privs;
+INSERT INTO CAT.role_privs SELECT username, role.column1, 'NO' FROM CAT.users, (VALUES ('CONNECT'), ('RESOURCE')) role
+  WHERE is_dba = 0;
+)"));
     sqliteExec(db, QStringLiteral("COMMIT"));
   } catch (...) {
     sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
@@ -64,9 +96,7 @@ ALTER TABLE CAT.sequences ADD COLUMN order_flag TEXT NOT NULL DEFAULT 'N';
 }
 
 void create(sqlite3* db) {
-  sqliteExec(db, QStringLiteral(R"(
-CREATE TABLE CAT.tab_privs(grantee TEXT, owner TEXT, table_name TEXT, privilege TEXT,
-  PRIMARY KEY(grantee, owner, table_name, privilege));
+  sqliteExec(db, tabPrivs(QStringLiteral("CAT.tab_privs")) + QLatin1String(SystemPrivileges) + QStringLiteral(R"(
 CREATE TABLE CAT.users(username TEXT PRIMARY KEY, password TEXT NOT NULL, is_dba INTEGER NOT NULL DEFAULT 0,
   user_id INTEGER NOT NULL, created TEXT NOT NULL);
 CREATE TABLE CAT.sessions(sid INTEGER PRIMARY KEY, serial INTEGER NOT NULL, username TEXT, osuser TEXT, machine TEXT,

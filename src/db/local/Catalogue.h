@@ -16,8 +16,8 @@ QString schemaFile(const QString& folder, const QString& owner);
 
 // Creates the catalogue's tables in the database attached as CAT.
 void create(sqlite3* db);
-// Brings a catalogue made by an earlier version up to this one's tables: the object privileges
-// granted, a sequence's start, cache and order.
+// Brings a catalogue made by an earlier version up to this one's tables: the privileges granted
+// and their grantors, a sequence's start, cache and order.
 void upgrade(sqlite3* db);
 
 // Oracle's dictionary views (ALL_*, USER_*, V$SESSION, DUAL) for one session, as temporary views.

@@ -1,4 +1,4 @@
-// The DDL of indexes, views, sequences, comments, drops, users, grants and sessions.
+// The DDL of indexes, views, sequences, comments, drops, users and sessions.
 #include "db/local/Catalogue.h"
 #include "db/local/DdlRunner.h"
 #include "db/local/IndexExpressions.h"
@@ -132,7 +132,7 @@ void DdlRunner::createIndex(bool unique) {
 void DdlRunner::createView(bool replace) {
   auto [ownerText, view] = m_t.qualifiedName();
   const QString owner = ownerOr(ownerText);
-  requireAccess(owner);
+  requireCreate(owner, QStringLiteral("VIEW"));
   const QString schema = schemaFor(owner);
   QStringList names;
   if (m_t.peek().is(u"("))
@@ -218,7 +218,7 @@ void DdlRunner::createView(bool replace) {
 void DdlRunner::createSequence() {
   auto [ownerText, name] = m_t.qualifiedName();
   const QString owner = ownerOr(ownerText);
-  requireAccess(owner);
+  requireCreate(owner, QStringLiteral("SEQUENCE"));
   schemaFor(owner);
   qint64 increment = 1;
   std::optional<qint64> start, low, high;
@@ -535,98 +535,14 @@ void DdlRunner::dropUser() {
           "DELETE FROM CAT.columns WHERE owner = ?1", "DELETE FROM CAT.tables WHERE owner = ?1",
           "DELETE FROM CAT.views WHERE owner = ?1", "DELETE FROM CAT.sequences WHERE owner = ?1",
           "DELETE FROM CAT.synonyms WHERE owner = ?1", "DELETE FROM CAT.objects WHERE owner = ?1",
+          "DELETE FROM CAT.tab_privs WHERE ?1 IN (grantee, owner, grantor)",
+          "DELETE FROM CAT.sys_privs WHERE grantee = ?1", "DELETE FROM CAT.role_privs WHERE grantee = ?1",
           "DELETE FROM CAT.users WHERE username = ?1"})
       sqliteExec(db, QString::fromLatin1(sql), {user});
   });
   const QString file = Catalogue::schemaFile(m_c.folder(), user);
   for (const QString& suffix : {QString(), QStringLiteral("-wal"), QStringLiteral("-shm")})
     QFile::remove(file + suffix);
-}
-
-void DdlRunner::grant(bool revoke) {
-  QStringList privileges;
-  QString objectOwner, object;
-  bool onObject = false;
-  while (!m_t.atEnd() && !m_t.peek().is(revoke ? u"FROM" : u"TO")) {
-    if (m_t.accept(u"ON")) {
-      onObject = true;
-      std::tie(objectOwner, object) = m_t.qualifiedName();
-    } else if (m_t.peek().isName()) {
-      privileges << m_t.next().upper();
-    } else {
-      m_t.next();
-    }
-  }
-  m_t.expect(revoke ? u"FROM" : u"TO", 905);
-  QStringList grantees;
-  do
-    grantees << m_t.name(987);
-  while (m_t.accept(u","));
-  skipClauses();
-  if (onObject)
-    return grantObject(revoke, privileges, ownerOr(objectOwner), object, grantees);
-  const bool dba = privileges.contains(QStringLiteral("DBA"));
-  requireDba();
-  inTransaction([&] {
-    for (const QString& g : grantees) {
-      if (g == u"PUBLIC")
-        continue;
-      requireUser(g);
-      if (dba)
-        sqliteExec(m_c.db(), QStringLiteral("UPDATE CAT.users SET is_dba = ?2 WHERE username = ?1"),
-                   {g, revoke ? 0 : 1});
-    }
-  });
-}
-
-void DdlRunner::requireUser(const QString& name) const {
-  if (!sqliteValue(m_c.db(), QStringLiteral("SELECT 1 FROM CAT.users WHERE username = ?1"), {name}).isValid())
-    throw OraError(1917, QStringLiteral("user or role '%1' does not exist").arg(name));
-}
-
-// SELECT, INSERT, UPDATE and DELETE (ALL: the four) on a table or view, SELECT on a sequence,
-// granted by its owner or a DBA to users or PUBLIC. The privileges the engine has no use for are
-// refused, not ignored.
-void DdlRunner::grantObject(bool revoke, QStringList privileges, const QString& owner, const QString& object,
-                            const QStringList& grantees) {
-  static const QStringList known = {QStringLiteral("SELECT"), QStringLiteral("INSERT"), QStringLiteral("UPDATE"),
-                                    QStringLiteral("DELETE")};
-  if (privileges == QStringList{QStringLiteral("ALL")} ||
-      privileges == QStringList{QStringLiteral("ALL"), QStringLiteral("PRIVILEGES")})
-    privileges = known;
-  const auto type = objectType(owner, object);
-  const bool sequence = type == QStringLiteral("SEQUENCE");
-  for (const QString& p : privileges)
-    if (!known.contains(p) || (sequence && p != u"SELECT"))
-      throw OraError(3001, QStringLiteral("unimplemented feature"));
-  if (type && type != QStringLiteral("TABLE") && type != QStringLiteral("VIEW") && !sequence)
-    throw OraError(3001, QStringLiteral("unimplemented feature"));
-  if (!type)
-    throw OraError(942, QStringLiteral("table or view does not exist"));
-  if (owner != m_c.user())
-    requireDba();
-  inTransaction([&] {
-    for (const QString& g : grantees) {
-      if (g != u"PUBLIC")
-        requireUser(g);
-      for (const QString& p : privileges) {
-        const QVariantList key{g, owner, object, p};
-        if (!revoke) {
-          sqliteExec(m_c.db(),
-                     QStringLiteral("INSERT OR IGNORE INTO CAT.tab_privs(grantee, owner, table_name, privilege) "
-                                    "VALUES (?1, ?2, ?3, ?4)"),
-                     key);
-          continue;
-        }
-        sqliteExec(m_c.db(),
-                   QStringLiteral("DELETE FROM CAT.tab_privs WHERE grantee = ?1 AND owner = ?2 AND table_name = ?3 "
-                                  "AND privilege = ?4"),
-                   key);
-        if (sqlite3_changes(m_c.db()) == 0)
-          throw OraError(1927, QStringLiteral("cannot REVOKE privileges you did not grant"));
-      }
-    }
-  });
 }
 
 void DdlRunner::alterSystem() {

@@ -118,6 +118,13 @@ void DdlRunner::requireAccess(const QString& owner) const {
     requireDba();
 }
 
+void DdlRunner::requireCreate(const QString& owner, const QString& kind) const {
+  if (owner == m_c.user())
+    m_c.requireSystemPrivilege(QString(QStringLiteral("CREATE ") + kind));
+  else
+    requireAccess(owner);
+}
+
 QString DdlRunner::schemaFor(const QString& owner, int missingUserError) {
   const QString schema = m_c.schemaOf(owner);
   if (schema.isEmpty()) {
@@ -352,7 +359,7 @@ void DdlRunner::skipClauses() {
 void DdlRunner::createTable() {
   auto [ownerText, table] = m_t.qualifiedName();
   const QString owner = ownerOr(ownerText);
-  requireAccess(owner);
+  requireCreate(owner, QStringLiteral("TABLE"));
   const QString schema = schemaFor(owner);
   if (m_t.peek().is(u"AS") || (m_t.peek().is(u"(") && m_t.peek(1).isName() &&
                                (m_t.peek(2).is(u",") || (m_t.peek(2).is(u")") && m_t.peek(3).is(u"AS")))))

@@ -66,7 +66,8 @@ private:
   void renameTable(const QString& owner, const QString& table, const QString& schema, const QString& to);
   void missingStoredUnit();
   void grantObject(bool revoke, QStringList privileges, const QString& owner, const QString& object,
-                   const QStringList& grantees);
+                   const QStringList& grantees, bool grantOption);
+  void grantSystem(bool revoke, const QStringList& privileges, const QStringList& grantees, bool adminOption);
 
   // Parsing.
   Column parseColumn(std::vector<Constraint>& constraints);
@@ -82,6 +83,9 @@ private:
   QString ownerOr(const QString& owner) const;
   QString schemaFor(const QString& owner, int missingUserError = 1918);
   void requireAccess(const QString& owner) const;
+  // CREATE TABLE, VIEW or SEQUENCE (kind) in owner's schema: the system privilege in one's own,
+  // a DBA's in another's.
+  void requireCreate(const QString& owner, const QString& kind) const;
   void requireDba() const;
   void requireUser(const QString& name) const;
   std::optional<QString> objectType(const QString& owner, const QString& name) const;

@@ -22,9 +22,9 @@ void DdlRunner::createSynonym(bool replace, bool isPublic) {
     TokenCursor::fail(933);
   const QString owner = isPublic ? Public : ownerOr(ownerText);
   if (isPublic)
-    requireDba();
+    m_c.requireSystemPrivilege(u"CREATE PUBLIC SYNONYM");
   else
-    requireAccess(owner), schemaFor(owner);
+    requireCreate(owner, QStringLiteral("SYNONYM")), schemaFor(owner);
   // An unqualified object is the creator's, whoever owns the synonym.
   const QString targetOwner = ownerOr(targetText);
   if (targetOwner == owner && target == name)
@@ -57,7 +57,7 @@ void DdlRunner::dropSynonym(bool isPublic) {
     TokenCursor::fail(933);
   const QString owner = isPublic ? Public : ownerOr(ownerText);
   if (isPublic)
-    requireDba();
+    m_c.requireSystemPrivilege(u"DROP PUBLIC SYNONYM");
   else
     requireAccess(owner);
   sqlite3* db = m_c.db();

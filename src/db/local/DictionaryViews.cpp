@@ -13,10 +13,9 @@ namespace {
 
 QString quoted(const QString& text) { return u'\'' + QString(text).replace(u'\'', QStringLiteral("''")) + u'\''; }
 
-// The privileges held, with the owner as grantor: the engine keeps no other.
 const char* const Privileges =
-    "SELECT grantee AS \"GRANTEE\", owner AS \"OWNER\", table_name AS \"TABLE_NAME\", owner AS \"GRANTOR\", "
-    "privilege AS \"PRIVILEGE\", 'NO' AS \"GRANTABLE\", 'NO' AS \"HIERARCHY\", 'NO' AS \"COMMON\", "
+    "SELECT grantee AS \"GRANTEE\", owner AS \"OWNER\", table_name AS \"TABLE_NAME\", grantor AS \"GRANTOR\", "
+    "privilege AS \"PRIVILEGE\", grantable AS \"GRANTABLE\", 'NO' AS \"HIERARCHY\", 'NO' AS \"COMMON\", "
     "CASE WHEN EXISTS (SELECT 1 FROM CAT.objects o WHERE o.owner = p.owner AND o.name = p.table_name AND "
     "o.type = 'VIEW') THEN 'VIEW' ELSE 'TABLE' END AS \"TYPE\", 'NO' AS \"INHERITED\" FROM CAT.tab_privs p";
 
@@ -45,14 +44,15 @@ void install(sqlite3* db, const QString& user, bool dba) {
   const QString banner =
       QStringLiteral("Oracle Database 19c compatible embedded engine Release 19.0.0.0.0 - Production");
   QString sql;
-  sql += QStringLiteral("CREATE TEMP VIEW \"USER_TAB_PRIVS\" AS SELECT * FROM (%1) WHERE \"GRANTEE\" = %2 OR "
-                        "\"OWNER\" = %2;\n")
+  sql += QStringLiteral("CREATE TEMP VIEW \"USER_TAB_PRIVS\" AS SELECT * FROM (%1) WHERE %2 IN (\"GRANTEE\", "
+                        "\"OWNER\", \"GRANTOR\");\n")
              .arg(QLatin1String(Privileges), me);
   // ALL_TAB_PRIVS names the owner TABLE_SCHEMA and shows the grants to PUBLIC as well.
   sql +=
       QStringLiteral("CREATE TEMP VIEW \"ALL_TAB_PRIVS\" AS SELECT \"GRANTOR\", \"GRANTEE\", \"OWNER\" AS "
                      "\"TABLE_SCHEMA\", \"TABLE_NAME\", \"PRIVILEGE\", \"GRANTABLE\", \"HIERARCHY\", \"COMMON\", "
-                     "\"TYPE\", \"INHERITED\" FROM (%1) WHERE %3 OR \"GRANTEE\" IN (%2, 'PUBLIC') OR \"OWNER\" = %2;\n")
+                     "\"TYPE\", \"INHERITED\" FROM (%1) WHERE %3 OR \"GRANTEE\" IN (%2, 'PUBLIC') OR %2 IN (\"OWNER\", "
+                     "\"GRANTOR\");\n")
           .arg(QLatin1String(Privileges), me, dba ? QStringLiteral("1") : QStringLiteral("0"));
   sql += QStringLiteral("CREATE TEMP VIEW \"USER_USERS\" AS SELECT \"USERNAME\", \"USER_ID\", \"ACCOUNT_STATUS\", "
                         "\"LOCK_DATE\", \"EXPIRY_DATE\", \"DEFAULT_TABLESPACE\", \"TEMPORARY_TABLESPACE\", \"CREATED\" "

@@ -17,7 +17,9 @@
 #include "db/local/MultiTableInsert.h"
 #include "db/local/OracleDateTime.h"
 #include "db/local/OrderedAggregates.h"
+#include "db/local/Privileges.h"
 #include "db/local/RowLocks.h"
+#include "db/local/RownumLimits.h"
 #include "db/local/SessionContext.h"
 #include "db/local/SqlErrors.h"
 #include "db/local/Synonyms.h"
@@ -122,9 +124,10 @@ qint64 takeNext(LocalConnection* c, const QString& owner, const QString& name) {
     SqliteStmt s(side, QStringLiteral("SELECT last_number, increment_by, min_value, max_value, cycle_flag FROM "
                                       "CAT.sequences WHERE owner = ?1 AND sequence_name = ?2"));
     s.bindAll({owner, name});
-    // Another schema's sequence is there only for those granted SELECT on it.
+    // Another schema's sequence is there only for those granted SELECT on it or on any.
     const bool granted =
-        owner == c->user() || c->isDba() ||
+        owner == c->user() ||
+        Privileges::holdsSystem(side, c->user(), c->isDba(), QStringLiteral("SELECT ANY SEQUENCE")) ||
         sqliteValue(side,
                     QStringLiteral("SELECT 1 FROM CAT.tab_privs WHERE grantee IN (?1, 'PUBLIC') AND owner = ?2 AND "
                                    "table_name = ?3 AND privilege = 'SELECT'"),
@@ -211,6 +214,7 @@ LocalConnection::LocalConnection(Logon logon, sqlite3* db, sqlite3* side)
   Catalogue::installViews(m_db, m_logon.user, m_logon.dba, m_watch->sid());
   DictionaryViews::install(m_db, m_logon.user, m_logon.dba);
   Synonyms::installViews(m_db, m_logon.user, m_logon.dba);
+  Privileges::installViews(m_db, m_logon.user, m_logon.dba);
 }
 
 LocalConnection::~LocalConnection() {
@@ -234,6 +238,7 @@ void LocalConnection::registerFunctions() {
   HierarchicalQueries::registerFunctions(m_db);
   SessionContext::registerAll(m_db, this);
   OrderedAggregates::registerFunctions(m_db);
+  RownumLimits::registerFunctions(m_db);
   DictionaryViews::registerFunctions(m_db, &m_settings);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 2, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(m_db, "dbsweep_nextval", 4, SQLITE_UTF8, this, nextval, nullptr, nullptr, nullptr);
@@ -330,7 +335,7 @@ QString LocalConnection::schemaOf(const QString& owner) {
 
 SqlTranslator LocalConnection::translator(bool binds) {
   SqlTranslator::Context context{m_logon.user, [this](const QString& owner) { return schemaOf(owner); }, {}, {}, {}, {},
-                                 binds};
+                                 binds, {}};
   context.hasColumn = [this](std::vector<SqlToken> item, const QString& column) {
     item.push_back(SqlToken{});
     try {
@@ -355,6 +360,20 @@ SqlTranslator LocalConnection::translator(bool binds) {
       return std::nullopt; // a column of an outer query, or none at all
     }
   };
+  context.charColumnNames = [this](const QStringList& names) {
+    QStringList marks;
+    QVariantList values;
+    for (const QString& n : names)
+      marks << QStringLiteral("?"), values << n;
+    SqliteStmt s(m_db, QStringLiteral("SELECT DISTINCT column_name FROM CAT.columns WHERE data_type IN ('CHAR', "
+                                      "'NCHAR') AND column_name IN (%1)")
+                           .arg(marks.join(u',')));
+    s.bindAll(values);
+    QSet<QString> found;
+    while (s.step())
+      found << s.text(0);
+    return found;
+  };
   context.columnNames = [this](const QString& sql) -> std::optional<QStringList> {
     try {
       SqliteStmt probe(m_db, sql);
@@ -373,8 +392,14 @@ std::vector<SqlToken> LocalConnection::resolveSynonyms(const std::vector<SqlToke
   return Synonyms::resolve(m_db, m_logon.user, tokens, m_attached);
 }
 
+void LocalConnection::requireSystemPrivilege(QStringView privilege) const {
+  if (!Privileges::holdsSystem(m_db, m_logon.user, m_logon.dba, privilege.toString()))
+    throw OraError(1031, QStringLiteral("insufficient privileges"));
+}
+
 void LocalConnection::checkAccess(const QString& owner, const QString& table, const QString& privilege) {
-  if (owner == m_logon.user || m_logon.dba)
+  if (owner == m_logon.user || m_logon.dba ||
+      Privileges::holdsSystem(m_db, m_logon.user, false, privilege + QStringLiteral(" ANY TABLE")))
     return;
   SqliteStmt s(m_db, QStringLiteral("SELECT privilege FROM CAT.tab_privs WHERE owner = ?1 AND table_name = ?2 AND "
                                     "grantee IN (?3, 'PUBLIC')"));
@@ -382,7 +407,8 @@ void LocalConnection::checkAccess(const QString& owner, const QString& table, co
   QStringList held;
   while (s.step())
     held << s.text(0);
-  if (held.isEmpty())
+  // A table read through SELECT ANY TABLE is there, just not for this statement.
+  if (held.isEmpty() && !Privileges::holdsSystem(m_db, m_logon.user, false, QStringLiteral("SELECT ANY TABLE")))
     throw OraError(942, QStringLiteral("table or view does not exist"));
   if (!held.contains(privilege))
     throw OraError(1031, QStringLiteral("insufficient privileges"));

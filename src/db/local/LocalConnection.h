@@ -87,8 +87,12 @@ public:
                        SqlErrors::Dml dml = SqlErrors::Dml::None,
                        const std::optional<SqlErrors::ForeignKey>& violated = std::nullopt) const;
   QHash<QString, qint64>& currentValues() { return m_currval; }
+  // ORA-01031 unless the session holds the system privilege ("CREATE TABLE",
+  // "CREATE PUBLIC SYNONYM" ...), directly, through a role or as a DBA.
+  void requireSystemPrivilege(QStringView privilege) const;
   // Whether the session may use owner's table for privilege (SELECT, INSERT, UPDATE, DELETE):
-  // its own tables and, for a DBA, every table; others only as granted to it or to PUBLIC.
+  // its own tables and, for a DBA or a holder of privilege ANY TABLE, every table; others only
+  // as granted to it or to PUBLIC.
   // ORA-00942 when it holds no privilege on the table, ORA-01031 when not this one.
   void checkAccess(const QString& owner, const QString& table, const QString& privilege);
   const SessionSettings& settings() const { return m_settings; }

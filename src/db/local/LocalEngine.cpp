@@ -4,6 +4,7 @@
 #include "db/OraError.h"
 #include "db/local/Catalogue.h"
 #include "db/local/LocalConnection.h"
+#include "db/local/Privileges.h"
 #include "platform/SystemInfo.h"
 
 #include <QDateTime>
@@ -118,6 +119,8 @@ std::shared_ptr<DbConnection> connect(const QString& folder, const QString& user
     if (!s.step() || !Catalogue::checkPassword(password, s.text(0)))
       throw OraError(1017, QStringLiteral("invalid username/password; logon denied"));
     dba = s.column(1).toInt() == 1;
+    if (!Privileges::holdsSystem(side, user, dba, QStringLiteral("CREATE SESSION")))
+      throw OraError(1045, QStringLiteral("user %1 lacks CREATE SESSION privilege; logon denied").arg(user));
   } catch (const SqliteFailure& f) {
     sqlite3_close(side);
     throw OraError(1034, QStringLiteral("ORACLE not available (%1)").arg(f.message));

@@ -226,6 +226,9 @@ OraError toOracle(sqlite3* db, const SqliteFailure& f, const QString& owner, con
       // OVER (name ...) names a window SQLite would look for; Oracle reads no name there.
       {QRegularExpression(QStringLiteral("^no such window")),
        [](const auto&) { return OraError(907, QStringLiteral("missing right parenthesis")); }},
+      // ROWNUM within what CONNECT BY walks row by row numbers nothing the engine can give.
+      {QRegularExpression(QStringLiteral("^cannot use window functions in recursive queries$")),
+       [](const auto&) { return OraError(3001, QStringLiteral("unimplemented feature")); }},
       {QRegularExpression(QStringLiteral("^misuse of window function")),
        [](const auto&) { return OraError(30483, QStringLiteral("window  functions are not allowed here")); }},
       {QRegularExpression(QStringLiteral("^default value of column .* is not constant$")),

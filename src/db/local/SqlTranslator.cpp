@@ -443,7 +443,7 @@ QString SqlTranslator::translate(const std::vector<SqlToken>& t, size_t begin, s
     for (size_t k = begin; k < end; ++k)
       if (t[k].is(u"SELECT"))
         GroupingCheck::check(t, k, end);
-    const auto limited = RownumLimits::rewrite(t, begin, end);
+    const auto limited = RownumLimits::rewrite(t, begin, end, m_statement);
     SqlTranslator inner(*this);
     inner.m_rownumDone = true;
     return inner.translate(limited, 0, limited.size());
@@ -676,6 +676,13 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
     i = after;
     return QStringLiteral("dbsweep_compare(%1, %2) %3 0").arg(left, right, token(t, o, end));
   }
+  if (mixesCharAndVarchar(t, i, op, after)) {
+    const QString left = translate(t, i, op);
+    const QString right = translate(t, op + 1, after);
+    size_t o = op;
+    i = after;
+    return QStringLiteral("%1 %2 %3 COLLATE BINARY").arg(left, token(t, o, end), right);
+  }
   const bool textLeft = isTextLiteral(t, i, op);
   const bool textRight = isTextLiteral(t, op + 1, after);
   const bool numberLeft = isNumberLiteral(t, i, op);
@@ -718,6 +725,42 @@ std::optional<QString> SqlTranslator::comparison(const std::vector<SqlToken>& t,
   size_t o = op;
   i = after;
   return (literalLeft ? literal : other) + u' ' + token(t, o, end) + u' ' + (literalLeft ? other : literal);
+}
+
+// Oracle ignores trailing blanks only when both sides are CHAR (or text literals): a CHAR column
+// compared with a VARCHAR2 one compares as written, where the CHAR column's RTRIM collation
+// would make 'a  ' equal 'a'.
+bool SqlTranslator::mixesCharAndVarchar(const std::vector<SqlToken>& t, size_t begin, size_t op, size_t end) const {
+  const auto blankPadded = [](const QString& type) { return type.startsWith(u"CHAR") || type.startsWith(u"NCHAR"); };
+  if (m_probing || !QueryBlock::isColumn(t, begin, op) || !QueryBlock::isColumn(t, op + 1, end))
+    return false;
+  // The dictionary tells more cheaply than probes that neither name is a CHAR column's, when no
+  // query of the statement's own (an inline view, WITH) can have given a column a new name.
+  const bool nested = std::count_if(t.begin(), t.end(), [](const SqlToken& k) { return k.is(u"SELECT"); }) > 1;
+  if (m_context.charColumnNames && !nested) {
+    if (!*m_charNames) {
+      QSet<QString> names;
+      for (const SqlToken& k : t)
+        if (k.isName())
+          names << k.name();
+      // A statement of very many names is probed rather than looked up in one go.
+      QHash<QString, bool> known;
+      if (names.size() <= 500) {
+        const QSet<QString> chars = m_context.charColumnNames(names.values());
+        for (const QString& n : std::as_const(names))
+          known.insert(n, chars.contains(n));
+      }
+      *m_charNames = known;
+    }
+    // A name the lookup did not see (one a rewrite brought in) is probed.
+    if (!(*m_charNames)->value(t[op - 1].name(), true) && !(*m_charNames)->value(t[end - 1].name(), true))
+      return false;
+  }
+  const QString left = declaredType(t, begin, op);
+  if (!isTextType(left))
+    return false;
+  const QString right = declaredType(t, op + 1, end);
+  return isTextType(right) && blankPadded(left) != blankPadded(right);
 }
 
 // "x op ANY|SOME|ALL (...)".

@@ -3,7 +3,9 @@
 #include "db/local/OuterJoins.h"
 #include "db/local/SqlLexer.h"
 
+#include <QHash>
 #include <QList>
+#include <QSet>
 
 #include <atomic>
 #include <functional>
@@ -34,6 +36,8 @@ public:
     // The statement holds ?N parameters of the engine's own (PL/SQL variables), kept as they are;
     // otherwise a bind variable is ORA-01008, as no value comes with it.
     bool binds = false;
+    // Which of the names are those of some table's or view's CHAR or NCHAR columns.
+    std::function<QSet<QString>(const QStringList& names)> charColumnNames;
   };
 
   explicit SqlTranslator(Context context) : m_context(std::move(context)), m_statement(++s_statements) {}
@@ -66,6 +70,7 @@ private:
   std::optional<QString> literalOperands(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
   std::optional<QString> quantified(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
   std::optional<QString> comparison(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
+  bool mixesCharAndVarchar(const std::vector<SqlToken>& t, size_t begin, size_t op, size_t end) const;
   std::optional<QString> arithmetic(const std::vector<SqlToken>& t, size_t& i, size_t begin, size_t end) const;
   QString term(const std::vector<SqlToken>& t, size_t begin, size_t end, bool numeric) const;
   bool isTextValue(const std::vector<SqlToken>& t, size_t begin, size_t end) const;
@@ -76,5 +81,9 @@ private:
   bool m_rewritten = false;  // translating a rewrite, whose source has been checked
   qint64 m_statement;        // tells one statement's sequence references from another's
   std::shared_ptr<std::optional<QList<bool>>> m_textColumns = std::make_shared<std::optional<QList<bool>>>();
+  // The names of the statement, looked up once for all its comparisons: whether CHAR columns
+  // have them.
+  std::shared_ptr<std::optional<QHash<QString, bool>>> m_charNames =
+      std::make_shared<std::optional<QHash<QString, bool>>>();
   static inline std::atomic<qint64> s_statements{0};
 };

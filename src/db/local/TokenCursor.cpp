@@ -16,6 +16,9 @@ QString TokenCursor::textOf(int error) {
   case 940: return QStringLiteral("invalid ALTER command");
   case 950: return QStringLiteral("invalid DROP option");
   case 953: return QStringLiteral("missing or invalid index name");
+  case 987: return QStringLiteral("missing or invalid username(s)");
+  case 993: return QStringLiteral("missing GRANT keyword");
+  case 994: return QStringLiteral("missing OPTION keyword");
   case 2000: return QStringLiteral("missing ( keyword");
   default: return QStringLiteral("syntax error");
   }
