@@ -171,6 +171,9 @@ private Q_SLOTS:
     QCOMPARE(eval("0.3 + 1e-38, 0.3 + 5e-39, 0.3"),
              QString(".3" + QString(36, '0') + "1|.3" + QString(37, '0') + "5|.3"));
     QCOMPARE(error("select 0.3 + 1e-38, 0.3 + 2e-38, 0.3 + 3e-38, 0.3 + 4e-38, 0.3 + 5e-38 from dual"), 3001);
+    // A value just above a short number whose nearest double is the next one travels on that.
+    QCOMPARE(eval("999 + 71416 / 86400, 999.826574074074"),
+             QString("999.826574074074074074074074074074074074|999.826574074074"));
     QCOMPARE(eval("3.141592653589793, 1 / 3 * 3"), QString("3.141592653589793|." + QString(40, '9')));
     m_db->ExecuteSQL("create table wide (n number, m number(10, 2), k number(38))");
     QCOMPARE(errorOf([&] { m_db->ExecuteSQL("insert into wide (n) values (1 / 3)"); }), 3001);

@@ -46,12 +46,14 @@ std::optional<double> WideNumbers::carry(double nearest, const QByteArray& text)
     return nearest;
   // The doubles to try: on the value's side of the number its nearest double is, which keeps
   // that double for the number (round(1/3, 16) beside 1/3), the second first, so that a value
-  // between that comes later still finds one.
+  // between that comes later still finds one. Where a short number's double is next to the
+  // nearest on that side (999.826574074074 below 999.8265740740741, with 999.826574074074074…
+  // between them), only the nearest itself is left.
   const int side = Decimal::read(text).compare(shortest(nearest));
   const double first = step(nearest, side);
   const double second = step(first, side);
   const double third = step(second, side);
-  const double candidates[] = {second, first, third, step(third, side)};
+  const double candidates[] = {second, first, third, step(third, side), nearest};
   for (const double c : candidates) {
     if (const auto it = m_texts.constFind(c); it != m_texts.cend() && !it->plain && it->text == text)
       return c;
