@@ -36,6 +36,8 @@ private Q_SLOTS:
     QCOMPARE(error("delete from vro"), 42399);
     QCOMPARE(rows("select constraint_type from user_constraints where table_name = 'VRO'"), QStringList({"O"}));
     exec("create view vagg as select dept, count(*) n from vt group by dept");
+    QCOMPARE(rows("select view_name || read_only from user_views where view_name in ('VRO', 'VAGG') order by 1"),
+             QStringList({"VAGGN", "VROY"}));
     QCOMPARE(error("update vagg set dept = 1"), 1732);
     exec("create view vd as select distinct dept from vt");
     QCOMPARE(error("delete from vd"), 1732);

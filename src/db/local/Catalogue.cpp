@@ -149,7 +149,9 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
        "CASE iot WHEN 1 THEN 'IOT' END AS IOT_TYPE, num_rows AS NUM_ROWS FROM CAT.tables",
        "OWNER", "OWNER", "TABLE_NAME"},
       {"ALL_VIEWS",
-       "SELECT owner AS OWNER, view_name AS VIEW_NAME, length(text) AS TEXT_LENGTH, text AS TEXT FROM CAT.views",
+       "SELECT owner AS OWNER, view_name AS VIEW_NAME, length(text) AS TEXT_LENGTH, text AS TEXT, CASE WHEN EXISTS "
+       "(SELECT 1 FROM CAT.constraints c WHERE c.owner = v.owner AND c.table_name = v.view_name AND "
+       "c.constraint_type = 'O') THEN 'Y' ELSE 'N' END AS READ_ONLY FROM CAT.views v",
        "OWNER", "OWNER", "VIEW_NAME"},
       {"ALL_TAB_COMMENTS",
        "SELECT o.owner AS OWNER, o.name AS TABLE_NAME, o.type AS TABLE_TYPE, c.comments AS COMMENTS FROM CAT.objects o "
