@@ -162,6 +162,13 @@ private Q_SLOTS:
     QCOMPARE(errorOf([&] { rowsOf(*newbie, "select k from sales.prices"); }), 942);
     system->ExecuteSQL("grant select any table to newbie");
     QCOMPARE(rowsOf(*newbie, "select k from sales.prices"), QStringList({"1"}));
+    // The ALL_ views of a session started with the privilege list what it reaches.
+    auto reader = m_fx->open("newbie", "n");
+    QCOMPARE(rowsOf(*reader, "select count(*) from all_tables where owner = 'SALES' and table_name = 'HIDDEN'"),
+             QStringList({"1"}));
+    QCOMPARE(rowsOf(*reader, "select count(*) from all_objects where owner = 'SALES' and object_type = 'SEQUENCE'"),
+             QStringList({"0"}));
+    reader.reset();
     QCOMPARE(runs("delete from sales.prices"), 1031);
     system->ExecuteSQL("grant delete any table to newbie");
     QCOMPARE(runs("delete from sales.prices"), 0);

@@ -132,7 +132,7 @@ CREATE TABLE CAT.sequences(owner TEXT, sequence_name TEXT, min_value INTEGER, ma
 )") + SynonymTables);
 }
 
-void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
+void installViews(sqlite3* db, const QString& user, bool dba, bool readsAnyTable, qint64 sid) {
   const QString me = QStringLiteral("'") + QString(user).replace(u'\'', QStringLiteral("''")) + u'\'';
   struct View {
     const char* name;
@@ -245,6 +245,10 @@ void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid) {
         reach += QStringLiteral(" OR EXISTS (SELECT 1 FROM CAT.tab_privs p WHERE p.grantee IN (%1, 'PUBLIC') AND "
                                 "p.owner = v.\"%2\" AND p.table_name = v.\"%3\")")
                      .arg(me, QLatin1String(v.reachOwner), QLatin1String(v.reachName));
+      // Its sequences are no tables: they stay with their own rule.
+      if (v.reachName && readsAnyTable)
+        reach += qstrcmp(v.name, "ALL_OBJECTS") == 0 ? QStringLiteral(" OR v.\"OBJECT_TYPE\" <> 'SEQUENCE'")
+                                                      : QStringLiteral(" OR 1");
       select = QStringLiteral("SELECT v.* FROM (%1) v WHERE %2").arg(select, reach);
     }
     sql += QStringLiteral("CREATE TEMP VIEW \"%1\" AS %2;\n").arg(QLatin1String(v.name), select);

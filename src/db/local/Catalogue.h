@@ -21,7 +21,9 @@ void create(sqlite3* db);
 void upgrade(sqlite3* db);
 
 // Oracle's dictionary views (ALL_*, USER_*, V$SESSION, DUAL) for one session, as temporary views.
-void installViews(sqlite3* db, const QString& user, bool dba, qint64 sid);
+// readsAnyTable: the user holds SELECT ANY TABLE, so the ALL_ views of tables, views and their
+// parts show every schema's, as they do for a DBA.
+void installViews(sqlite3* db, const QString& user, bool dba, bool readsAnyTable, qint64 sid);
 
 // A salted, stretched hash of a password, as "salt$hash" in hex.
 QString hashPassword(const QString& password);

@@ -211,7 +211,9 @@ LocalConnection::LocalConnection(Logon logon, sqlite3* db, sqlite3* side)
     std::lock_guard lock(m_mutex);
     rollbackQuietly();
   });
-  Catalogue::installViews(m_db, m_logon.user, m_logon.dba, m_watch->sid());
+  Catalogue::installViews(m_db, m_logon.user, m_logon.dba,
+                          Privileges::holdsSystem(m_db, m_logon.user, m_logon.dba, QStringLiteral("SELECT ANY TABLE")),
+                          m_watch->sid());
   DictionaryViews::install(m_db, m_logon.user, m_logon.dba);
   Synonyms::installViews(m_db, m_logon.user, m_logon.dba);
   Privileges::installViews(m_db, m_logon.user, m_logon.dba);
