@@ -10,9 +10,11 @@
 #include <QList>
 #include <QString>
 
+#include <algorithm>
 #include <cctype>
 #include <optional>
 #include <span>
+#include <utility>
 
 #include <sqlite3.h>
 
@@ -137,6 +139,49 @@ public:
       setNull();
     else
       sqlite3_result_value(m_ctx, m_argv[i]);
+  }
+  // The part SUBSTR and SUBSTRB take of a value of size units (characters or bytes), from
+  // arguments 1 and 2: its first unit, counted from 0, and how many; none when that is nothing.
+  // A start of 0 is 1, a negative one counts from the end.
+  std::optional<std::pair<qint64, qint64>> substringRange(qint64 size) const {
+    qint64 start = integer(1);
+    if (start == 0)
+      start = 1;
+    else if (start < 0)
+      start += size + 1;
+    if (start < 1 || start > size)
+      return std::nullopt;
+    qint64 length = size - start + 1;
+    if (m_argc == 3) {
+      const qint64 wanted = integer(2);
+      if (wanted < 1)
+        return std::nullopt;
+      length = qMin(length, wanted);
+    }
+    return std::pair{start - 1, length};
+  }
+  // INSTR and INSTRB over units of s: where the occurrence-th (argument 3) sub starts, searching
+  // from argument 2 (negative: backwards from that far from the end), 1-based; 0 when it is not.
+  template <typename Units> void setPosition(const Units& s, const Units& sub) {
+    const qint64 position = m_argc > 2 ? integer(2) : 1;
+    const qint64 occurrence = m_argc > 3 ? integer(3) : 1;
+    if (occurrence < 1)
+      throw OraError(1428, QStringLiteral("argument '%1' is out of range").arg(occurrence));
+    const qint64 size = s.size();
+    const qint64 width = sub.size();
+    const auto matchesAt = [&](qint64 at) { return std::equal(sub.begin(), sub.end(), s.begin() + at); };
+    qint64 found = 0;
+    if (position > 0) {
+      for (qint64 at = position - 1; at + width <= size; ++at)
+        if (matchesAt(at) && ++found == occurrence)
+          return set(Value::of(at + 1));
+    } else if (position < 0) {
+      // Backwards from the unit |position| from the end, matches may start there.
+      for (qint64 at = qMin(size + position, size - width); at >= 0; --at)
+        if (matchesAt(at) && ++found == occurrence)
+          return set(Value::of(at + 1));
+    }
+    set(Value::of(qint64(0)));
   }
   // Argument i in the type of argument model, as DECODE, GREATEST and LEAST return it.
   void setArgumentAs(int i, int model) {

@@ -72,48 +72,16 @@ void substr(Call& c) {
   if (c.anyNull())
     return c.setNull();
   const Chars s = c.chars(0);
-  const qint64 size = s.size();
-  qint64 start = c.integer(1);
-  if (start == 0)
-    start = 1;
-  else if (start < 0)
-    start += size + 1;
-  if (start < 1 || start > size)
+  const auto part = c.substringRange(s.size());
+  if (!part)
     return c.setNull();
-  qint64 length = size - start + 1;
-  if (c.count() == 3) {
-    const qint64 wanted = c.integer(2);
-    if (wanted < 1)
-      return c.setNull();
-    length = qMin(length, wanted);
-  }
-  c.set(fromChars(s.constData() + start - 1, length));
+  c.set(fromChars(s.constData() + part->first, part->second));
 }
 
 void instr(Call& c) {
   if (c.anyNull())
     return c.setNull();
-  const Chars s = c.chars(0);
-  const Chars sub = c.chars(1);
-  const qint64 position = c.count() > 2 ? c.integer(2) : 1;
-  const qint64 occurrence = c.count() > 3 ? c.integer(3) : 1;
-  if (occurrence < 1)
-    throw OraError(1428, QStringLiteral("argument '%1' is out of range").arg(occurrence));
-  const qint64 size = s.size();
-  const qint64 width = sub.size();
-  const auto matchesAt = [&](qint64 at) { return std::equal(sub.constBegin(), sub.constEnd(), s.constBegin() + at); };
-  qint64 found = 0;
-  if (position > 0) {
-    for (qint64 at = position - 1; at + width <= size; ++at)
-      if (matchesAt(at) && ++found == occurrence)
-        return c.set(Value::of(at + 1));
-  } else if (position < 0) {
-    // Backwards from the character |position| from the end, matches may start there.
-    for (qint64 at = qMin(size + position, size - width); at >= 0; --at)
-      if (matchesAt(at) && ++found == occurrence)
-        return c.set(Value::of(at + 1));
-  }
-  c.set(Value::of(qint64(0)));
+  c.setPosition(c.chars(0), c.chars(1));
 }
 
 void length(Call& c) {

@@ -55,23 +55,13 @@ void substrb(Call& c) {
     return c.setNull();
   const QByteArray s = c.utf8(0);
   const qint64 size = s.size();
-  qint64 start = c.integer(1);
-  if (start == 0)
-    start = 1;
-  else if (start < 0)
-    start += size + 1;
-  if (start < 1 || start > size)
+  const auto part = c.substringRange(size);
+  if (!part)
     return c.setNull();
-  qint64 last = size;
-  if (c.count() == 3) {
-    const qint64 length = c.integer(2);
-    if (length < 1)
-      return c.setNull();
-    last = qMin(size, start - 1 + length);
-  }
+  const qint64 last = part->first + part->second;
   const auto isContinuation = [&](qint64 at) { return at < size && (uchar(s[at]) & 0xC0) == 0x80; };
   QByteArray out;
-  qint64 at = start - 1;
+  qint64 at = part->first;
   for (; at < last && isContinuation(at); ++at)
     out += ' ';
   qint64 end = last;
@@ -85,23 +75,7 @@ void substrb(Call& c) {
 void instrb(Call& c) {
   if (c.anyNull())
     return c.setNull();
-  const QByteArray s = c.utf8(0);
-  const QByteArray sub = c.utf8(1);
-  const qint64 position = c.count() > 2 ? c.integer(2) : 1;
-  const qint64 occurrence = c.count() > 3 ? c.integer(3) : 1;
-  if (occurrence < 1)
-    throw OraError(1428, QStringLiteral("argument '%1' is out of range").arg(occurrence));
-  qint64 found = 0;
-  if (position > 0) {
-    for (qint64 at = s.indexOf(sub, position - 1); at >= 0; at = s.indexOf(sub, at + 1))
-      if (++found == occurrence)
-        return c.set(Value::of(at + 1));
-  } else if (position < 0) {
-    for (qint64 at = s.lastIndexOf(sub, s.size() + position); at >= 0; at = at > 0 ? s.lastIndexOf(sub, at - 1) : -1)
-      if (++found == occurrence)
-        return c.set(Value::of(at + 1));
-  }
-  c.set(Value::of(qint64(0)));
+  c.setPosition(c.utf8(0), c.utf8(1));
 }
 
 // ASCII and CHR: a character's code in the database character set, the bytes of its UTF-8 form
