@@ -118,26 +118,14 @@ public:
   explicit Rewriter(const Tokens& t) : m_t(t) {}
 
   void range(size_t begin, size_t end, Tokens& out) {
-    for (size_t i = begin; i < end;) {
-      if (m_t[i].is(u"SELECT")) {
-        const QueryBlock::Block b = QueryBlock::read(m_t, i, end);
-        if (b.group && hasGroupingSets(m_t, b.group, b.groupEnd)) {
-          block(i, b, out);
-          i = b.end;
-          continue;
-        }
-        out.push_back(m_t[i++]);
-      } else if (m_t[i].is(u"(")) {
-        const size_t close = closing(m_t, i, end) - 1;
-        out.push_back(m_t[i]);
-        range(i + 1, close, out);
-        if (close < end)
-          out.push_back(m_t[close]);
-        i = close + 1;
-      } else {
-        out.push_back(m_t[i++]);
-      }
-    }
+    QueryBlock::copyRewriting(m_t, begin, end, out,
+                              [this](size_t select, size_t, size_t to, Tokens& written) -> std::optional<size_t> {
+                                const QueryBlock::Block b = QueryBlock::read(m_t, select, to);
+                                if (!b.group || !hasGroupingSets(m_t, b.group, b.groupEnd))
+                                  return std::nullopt;
+                                block(select, b, written);
+                                return b.end;
+                              });
   }
 
 private:

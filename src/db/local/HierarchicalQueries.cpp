@@ -121,27 +121,15 @@ public:
   Rewriter(const Tokens& t, const ColumnsOf& columnsOf) : m_t(t), m_columnsOf(columnsOf) {}
 
   void range(size_t begin, size_t end, Tokens& out) {
-    for (size_t i = begin; i < end;) {
-      if (m_t[i].is(u"SELECT")) {
-        const size_t blockEnd = QueryBlock::read(m_t, i, end).end;
-        if (hasConnectBy(m_t, i, blockEnd)) {
+    QueryBlock::copyRewriting(
+        m_t, begin, end, out, [this](size_t select, size_t from, size_t to, Tokens& written) -> std::optional<size_t> {
+          const size_t blockEnd = QueryBlock::read(m_t, select, to).end;
+          if (!hasConnectBy(m_t, select, blockEnd))
+            return std::nullopt;
           // Each block has a walk of its own, also one in a subquery of another's.
-          Rewriter(m_t, m_columnsOf).block(i, blockEnd, !(i == begin && blockEnd == end), out);
-          i = blockEnd;
-          continue;
-        }
-        out.push_back(m_t[i++]);
-      } else if (m_t[i].is(u"(")) {
-        const size_t close = QueryBlock::closing(m_t, i, end) - 1;
-        out.push_back(m_t[i]);
-        range(i + 1, close, out);
-        if (close < end)
-          out.push_back(m_t[close]);
-        i = close + 1;
-      } else {
-        out.push_back(m_t[i++]);
-      }
-    }
+          Rewriter(m_t, m_columnsOf).block(select, blockEnd, !(select == from && blockEnd == to), written);
+          return blockEnd;
+        });
   }
 
 private:

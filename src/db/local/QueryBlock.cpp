@@ -73,6 +73,27 @@ size_t closing(const Tokens& t, size_t open, size_t end) {
   return end;
 }
 
+void copyRewriting(const Tokens& t, size_t begin, size_t end, Tokens& out, const BlockRewrite& rewrite) {
+  for (size_t i = begin; i < end;) {
+    if (t[i].is(u"SELECT")) {
+      if (const auto past = rewrite(i, begin, end, out)) {
+        i = *past;
+        continue;
+      }
+      out.push_back(t[i++]);
+    } else if (t[i].is(u"(")) {
+      const size_t close = closing(t, i, end) - 1;
+      out.push_back(t[i]);
+      copyRewriting(t, i + 1, close, out, rewrite);
+      if (close < end)
+        out.push_back(t[close]);
+      i = close + 1;
+    } else {
+      out.push_back(t[i++]);
+    }
+  }
+}
+
 // The ranges between commas at depth 0 of [begin, end).
 std::vector<Range> split(const Tokens& t, size_t begin, size_t end) {
   std::vector<Range> parts;

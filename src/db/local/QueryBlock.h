@@ -2,6 +2,9 @@
 
 #include "db/local/SqlLexer.h"
 
+#include <functional>
+#include <optional>
+
 // The parts of one query block read from its tokens, for the checks that Oracle makes of a
 // block's select list before it runs it.
 namespace QueryBlock {
@@ -26,6 +29,11 @@ Block read(const Tokens& t, size_t select, size_t end);
 
 // Past the parenthesis closing the one at open; end when it is never closed.
 size_t closing(const Tokens& t, size_t open, size_t end);
+// A rewrite of the query block whose SELECT is at select, within [begin, end): writes the block
+// to out and returns past it, or nullopt to leave it as written.
+using BlockRewrite = std::function<std::optional<size_t>(size_t select, size_t begin, size_t end, Tokens& out)>;
+// Copies [begin, end) to out, going into parentheses, with every query block offered to rewrite.
+void copyRewriting(const Tokens& t, size_t begin, size_t end, Tokens& out, const BlockRewrite& rewrite);
 // The ranges between commas at depth 0 of [begin, end).
 std::vector<Range> split(const Tokens& t, size_t begin, size_t end);
 // Words that are no column where a name could stand.
