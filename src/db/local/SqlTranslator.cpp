@@ -1142,7 +1142,7 @@ QString SqlTranslator::token(const std::vector<SqlToken>& t, size_t& i, size_t e
     if (upper == u"RATIO_TO_REPORT" && next(0).is(u"(")) {
       const size_t close = afterGroup(t, i, end);
       if (close == NoEnd || close + 1 >= end || !t[close].is(u"OVER") || !t[close + 1].is(u"("))
-        throw OraError(30484, QStringLiteral("missing window specification for this function"));
+        throw OraError(30484, QStringLiteral("missing OVER clause for this function"));
       const size_t windowEnd = afterGroup(t, close + 1, end);
       if (windowEnd == NoEnd)
         throw OraError(907, QStringLiteral("missing right parenthesis"));
